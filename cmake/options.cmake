@@ -1,0 +1,13 @@
+# Compiler options that every target of this project shares.
+add_library(morvunp_options INTERFACE)
+target_compile_options(morvunp_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion
+                                                 -Wnon-virtual-dtor -Wold-style-cast)
+if(MORVUNP_WERROR)
+  target_compile_options(morvunp_options INTERFACE -Werror)
+endif()
+if(MORVUNP_SANITIZE)
+  target_compile_options(morvunp_options INTERFACE -fsanitize=address,undefined
+                                                   -fno-sanitize-recover=all
+                                                   -fno-omit-frame-pointer)
+  target_link_options(morvunp_options INTERFACE -fsanitize=address,undefined)
+endif()

@@ -1,0 +1,84 @@
+// File attributes. Read-only is the owner's missing write bit; hidden and
+// system are kept where other systems that share files with Windows keep them:
+// in user.DOSATTRIB, as "0x" and a hexadecimal number.
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+
+#include "platform/files.h"
+#include "platform/text.h"
+
+namespace {
+
+constexpr const char* kDosAttributes = "user.DOSATTRIB";
+constexpr DWORD kStoredAttributes = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM;
+
+DWORD StoredAttributes(const std::string& path) {
+  // Some writers append binary data after the text's terminating zero; only
+  // the text is looked at.
+  std::array<char, 256> text{};
+  const ssize_t length = lgetxattr(path.c_str(), kDosAttributes, text.data(), text.size() - 1);
+  if (length <= 0) return 0;
+  return static_cast<DWORD>(std::strtoul(text.data(), nullptr, 16)) & kStoredAttributes;
+}
+
+BOOL StoreAttributes(const std::string& path, DWORD attributes) {
+  if (attributes == 0) {
+    // Nothing stored reads the same as zero, so a refusal changes nothing.
+    lremovexattr(path.c_str(), kDosAttributes);
+    return TRUE;
+  }
+  std::array<char, 16> text{};
+  const int length = std::snprintf(text.data(), text.size(), "0x%x", attributes);
+  if (lsetxattr(path.c_str(), kDosAttributes, text.data(), static_cast<std::size_t>(length), 0) !=
+      0) {
+    return platform::FailWithErrno(errno);
+  }
+  return TRUE;
+}
+
+/// A link counts as a folder when it leads to one, as on the host's system.
+DWORD AttributesOfLink(const std::string& path) {
+  struct stat target {};
+  const bool toFolder = stat(path.c_str(), &target) == 0 && S_ISDIR(target.st_mode);
+  return FILE_ATTRIBUTE_REPARSE_POINT | (toFolder ? FILE_ATTRIBUTE_DIRECTORY : 0);
+}
+
+}  // namespace
+
+DWORD GetFileAttributesW(LPCWSTR path) {
+  const std::string native = platform::ToNativePath(path);
+  struct stat status {};
+  if (lstat(native.c_str(), &status) != 0) {
+    platform::FailWithErrno(errno);
+    return INVALID_FILE_ATTRIBUTES;
+  }
+  if (S_ISLNK(status.st_mode)) return AttributesOfLink(native);
+  DWORD attributes = StoredAttributes(native);
+  if (S_ISDIR(status.st_mode)) attributes |= FILE_ATTRIBUTE_DIRECTORY;
+  if ((status.st_mode & S_IWUSR) == 0) attributes |= FILE_ATTRIBUTE_READONLY;
+  return attributes != 0 ? attributes : FILE_ATTRIBUTE_NORMAL;
+}
+
+BOOL SetFileAttributesW(LPCWSTR path, DWORD attributes) {
+  const std::string native = platform::ToNativePath(path);
+  struct stat status {};
+  if (lstat(native.c_str(), &status) != 0) return platform::FailWithErrno(errno);
+  if (S_ISLNK(status.st_mode)) return platform::FailWithErrno(ELOOP);
+  // Extended attributes cannot be written to a file without its write bit.
+  const bool readOnly = (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+  const mode_t writable = (status.st_mode & 07777) | S_IWUSR;
+  if (!readOnly && writable != (status.st_mode & 07777) && chmod(native.c_str(), writable) != 0) {
+    return platform::FailWithErrno(errno);
+  }
+  const BOOL stored = StoreAttributes(native, attributes & kStoredAttributes);
+  if (readOnly && chmod(native.c_str(), writable & ~mode_t{0222}) != 0) {
+    return platform::FailWithErrno(errno);
+  }
+  return stored;
+}

@@ -1,0 +1,55 @@
+// Decoding and encoding in one named code page, over iconv.
+#pragma once
+
+#include <iconv.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace platform {
+
+/// A pair of converters between a code page and wide text. Not thread-safe.
+class CodePage {
+ public:
+  /// Null when the system does not know `name`, or when the code page is not
+  /// a superset of ASCII (the path gate and the ASCII short cut rely on that).
+  static std::unique_ptr<CodePage> Open(const std::string& name);
+
+  ~CodePage();
+  CodePage(const CodePage&) = delete;
+  CodePage& operator=(const CodePage&) = delete;
+
+  /// None when the bytes are not valid in this code page.
+  std::optional<std::wstring> Decode(std::string_view bytes) const;
+  /// Decodes what it can; each byte that has no meaning becomes
+  /// `privateBase` + byte.
+  std::wstring DecodeLoosely(std::string_view bytes, wchar_t privateBase) const;
+  /// One character; none when the code page lacks it.
+  std::optional<std::string> EncodeOne(wchar_t character) const;
+
+ private:
+  CodePage(iconv_t decoder, iconv_t encoder) : m_decoder(decoder), m_encoder(encoder) {}
+  bool CoversAscii() const;
+  /// Appends the characters of the longest valid start of `bytes` to `wide`;
+  /// returns how many bytes that was.
+  std::size_t DecodeStart(std::string_view bytes, std::wstring& wide) const;
+
+  iconv_t m_decoder;
+  iconv_t m_encoder;
+};
+
+/// The code page in force: what a host set, or else the locale's codeset.
+const CodePage& AnsiCodePage();
+/// The codeset of the locale, whatever a host set: the code page of file names
+/// and terminals.
+const CodePage& LocaleCodePage();
+/// The Windows code page of the locale's language (1252 where nothing better
+/// is known).
+const CodePage& LanguageCodePage();
+
+/// True when every character is ASCII other than NUL.
+bool IsPlainAscii(std::string_view text);
+
+}  // namespace platform

@@ -1,0 +1,194 @@
+#include "platform/files.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "platform/descriptors.h"
+#include "platform/text.h"
+
+namespace platform {
+namespace {
+
+constexpr int kFirstDescriptor = 3;
+
+int CloseWithErrno(int descriptor, int error) {
+  close(descriptor);
+  errno = error;
+  return -1;
+}
+
+/// Moves a descriptor out of the range of the standard streams.
+int MoveUp(int descriptor) {
+  if (descriptor < 0 || descriptor >= kFirstDescriptor) return descriptor;
+  const int moved = fcntl(descriptor, F_DUPFD_CLOEXEC, kFirstDescriptor);
+  const int error = errno;
+  close(descriptor);
+  errno = error;
+  return moved;
+}
+
+bool LockedByOthers(int descriptor, Share share) {
+  if (share == Share::kAnything) return false;
+  const int mode = share == Share::kNothing ? LOCK_EX : LOCK_SH;
+  // File systems without locks refuse with other codes; sharing is a courtesy,
+  // so that is no reason to fail.
+  return flock(descriptor, mode | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+}
+
+/// Checks what an existing path turned out to be.
+int ErrorOfExisting(int descriptor, bool writing) {
+  struct stat status {};
+  if (fstat(descriptor, &status) != 0) return errno;
+  if (!S_ISREG(status.st_mode) && !S_ISBLK(status.st_mode)) return EACCES;
+  // Root may write what its owner may not; a read-only file stays protected.
+  if (writing && (status.st_mode & S_IWUSR) == 0) return EACCES;
+  return 0;
+}
+
+}  // namespace
+
+int OpenDescriptor(const std::string& path, int flags, Share share) {
+  const int openFlags = (flags & ~O_TRUNC) | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
+  const int descriptor = MoveUp(open(path.c_str(), openFlags, 0666));
+  if (descriptor < 0) return -1;
+  if ((flags & O_EXCL) == 0) {
+    const int error = ErrorOfExisting(descriptor, (flags & O_ACCMODE) != O_RDONLY);
+    if (error != 0) return CloseWithErrno(descriptor, error);
+  }
+  if (LockedByOthers(descriptor, share)) return CloseWithErrno(descriptor, EWOULDBLOCK);
+  if ((flags & O_TRUNC) != 0 && ftruncate(descriptor, 0) != 0) {
+    return CloseWithErrno(descriptor, errno);
+  }
+  return descriptor;
+}
+
+}  // namespace platform
+
+namespace {
+
+/// A search for one exact path holds nothing, so all share one handle.
+constexpr char exactSearch = 0;
+
+using platform::DescriptorOf;
+using platform::FailWithErrno;
+
+int OpenFlags(DWORD access, DWORD disposition, DWORD flags) {
+  int result = (access & GENERIC_WRITE) == 0  ? O_RDONLY
+               : (access & GENERIC_READ) == 0 ? O_WRONLY
+                                              : O_RDWR;
+  if (disposition == CREATE_NEW) result |= O_CREAT | O_EXCL;
+  if (disposition == CREATE_ALWAYS) result |= O_CREAT | O_TRUNC;
+  if ((flags & FILE_FLAG_OPEN_REPARSE_POINT) != 0) result |= O_NOFOLLOW;
+  return result;
+}
+
+platform::Share ShareOf(DWORD share) {
+  if ((share & FILE_SHARE_WRITE) != 0) return platform::Share::kAnything;
+  if ((share & FILE_SHARE_READ) != 0) return platform::Share::kReadersOnly;
+  return platform::Share::kNothing;
+}
+
+FILETIME FileTimeOf(const timespec& time) {
+  return platform::FileTimeOfTimespec(time.tv_sec, static_cast<std::uint32_t>(time.tv_nsec));
+}
+
+timespec TimespecOf(const FILETIME* time) {
+  if (time == nullptr) return {0, UTIME_OMIT};
+  const auto units = ULONGLONG{time->dwHighDateTime} << 32 | time->dwLowDateTime;
+  return {platform::SecondsOfFileTime(*time), static_cast<long>(units % 10'000'000 * 100)};
+}
+
+template <class Call>
+ssize_t RetryInterrupted(Call call) {
+  ssize_t result = 0;
+  do {
+    result = call();
+  } while (result < 0 && errno == EINTR);
+  return result;
+}
+
+}  // namespace
+
+HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES*, DWORD disposition,
+                   DWORD flags, HANDLE) {
+  const int descriptor = platform::OpenDescriptor(
+      platform::ToNativePath(path), OpenFlags(access, disposition, flags), ShareOf(share));
+  if (descriptor >= 0) return platform::HandleOf(descriptor);
+  FailWithErrno(errno);
+  return INVALID_HANDLE_VALUE;
+}
+
+BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD length, DWORD* read, OVERLAPPED* position) {
+  const int descriptor = DescriptorOf(file);
+  const ssize_t result = RetryInterrupted([&] {
+    if (position == nullptr) return ::read(descriptor, buffer, length);
+    const auto offset = std::uint64_t{position->OffsetHigh} << 32 | position->Offset;
+    return pread(descriptor, buffer, length, static_cast<off_t>(offset));
+  });
+  *read = result > 0 ? static_cast<DWORD>(result) : 0;
+  return result >= 0 ? TRUE : FailWithErrno(errno);
+}
+
+BOOL WriteFile(HANDLE file, const void* buffer, DWORD length, DWORD* written, OVERLAPPED*) {
+  const auto* bytes = static_cast<const char*>(buffer);
+  *written = 0;
+  while (*written < length) {
+    const ssize_t result = RetryInterrupted(
+        [&] { return write(DescriptorOf(file), bytes + *written, length - *written); });
+    if (result < 0) return FailWithErrno(errno);
+    if (result == 0) break;
+    *written += static_cast<DWORD>(result);
+  }
+  return TRUE;
+}
+
+BOOL CloseHandle(HANDLE file) {
+  return close(DescriptorOf(file)) == 0 ? TRUE : FailWithErrno(errno);
+}
+
+BOOL DeleteFileW(LPCWSTR path) {
+  return unlink(platform::ToNativePath(path).c_str()) == 0 ? TRUE : FailWithErrno(errno);
+}
+
+BOOL CreateDirectoryW(LPCWSTR path, SECURITY_ATTRIBUTES*) {
+  if (mkdir(platform::ToNativePath(path).c_str(), 0777) == 0) return TRUE;
+  const bool exists = errno == EEXIST;
+  FailWithErrno(errno);
+  if (exists) SetLastError(ERROR_ALREADY_EXISTS);
+  return FALSE;
+}
+
+HANDLE FindFirstFileW(LPCWSTR path, WIN32_FIND_DATAW* data) {
+  struct stat status {};
+  if (lstat(platform::ToNativePath(path).c_str(), &status) != 0) {
+    FailWithErrno(errno);
+    return INVALID_HANDLE_VALUE;
+  }
+  const auto size = static_cast<std::uint64_t>(status.st_size);
+  data->dwFileAttributes = GetFileAttributesW(path);
+  data->ftLastWriteTime = FileTimeOf(status.st_mtim);
+  data->nFileSizeHigh = static_cast<DWORD>(size >> 32);
+  data->nFileSizeLow = static_cast<DWORD>(size);
+  return const_cast<char*>(&exactSearch);
+}
+
+BOOL FindClose(HANDLE) { return TRUE; }
+
+BOOL GetFileTime(HANDLE file, FILETIME* creation, FILETIME* lastAccess, FILETIME* lastWrite) {
+  struct stat status {};
+  if (fstat(DescriptorOf(file), &status) != 0) return FailWithErrno(errno);
+  if (creation != nullptr) *creation = FileTimeOf(status.st_ctim);
+  if (lastAccess != nullptr) *lastAccess = FileTimeOf(status.st_atim);
+  if (lastWrite != nullptr) *lastWrite = FileTimeOf(status.st_mtim);
+  return TRUE;
+}
+
+BOOL SetFileTime(HANDLE file, const FILETIME*, const FILETIME* lastAccess,
+                 const FILETIME* lastWrite) {
+  const timespec times[] = {TimespecOf(lastAccess), TimespecOf(lastWrite)};
+  return futimens(DescriptorOf(file), times) == 0 ? TRUE : FailWithErrno(errno);
+}

@@ -1,0 +1,83 @@
+// Files, folders and attributes.
+//
+// Paths use backslashes and are turned into the system's own form at the call
+// (see platform/text.h). Attributes: read-only is the absence of the owner's
+// write bit; hidden and system live in the extended attribute user.DOSATTRIB
+// as a hexadecimal text. Sharing is advisory (flock): readers share, a writer
+// that asks is refused. A failing call leaves its reason in GetLastError.
+#pragma once
+
+#include "platform/times.h"
+#include "platform/types.h"
+
+inline constexpr DWORD GENERIC_READ = 0x80000000;
+inline constexpr DWORD GENERIC_WRITE = 0x40000000;
+inline constexpr DWORD FILE_SHARE_READ = 1;
+inline constexpr DWORD FILE_SHARE_WRITE = 2;
+
+inline constexpr DWORD CREATE_NEW = 1;
+inline constexpr DWORD CREATE_ALWAYS = 2;
+inline constexpr DWORD OPEN_EXISTING = 3;
+
+inline constexpr DWORD FILE_ATTRIBUTE_READONLY = 0x1;
+inline constexpr DWORD FILE_ATTRIBUTE_HIDDEN = 0x2;
+inline constexpr DWORD FILE_ATTRIBUTE_SYSTEM = 0x4;
+inline constexpr DWORD FILE_ATTRIBUTE_DIRECTORY = 0x10;
+inline constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;
+/// A symbolic link. FILE_ATTRIBUTE_DIRECTORY is set beside it when the link
+/// leads to a folder.
+inline constexpr DWORD FILE_ATTRIBUTE_REPARSE_POINT = 0x400;
+inline constexpr DWORD INVALID_FILE_ATTRIBUTES = 0xFFFFFFFF;
+
+/// Refuse to open a symbolic link (its target is never followed).
+inline constexpr DWORD FILE_FLAG_OPEN_REPARSE_POINT = 0x00200000;
+
+inline constexpr std::size_t MAX_PATH = 260;
+
+struct SECURITY_ATTRIBUTES;
+
+/// The byte offset of a positioned read (the only use of this record here).
+struct OVERLAPPED {
+  DWORD Offset = 0;
+  DWORD OffsetHigh = 0;
+};
+
+struct WIN32_FIND_DATAW {
+  DWORD dwFileAttributes = 0;
+  FILETIME ftLastWriteTime;
+  DWORD nFileSizeHigh = 0;
+  DWORD nFileSizeLow = 0;
+};
+
+/// Opens a regular file or a block device; anything else is refused, and no
+/// open ever waits. CREATE_NEW never follows a link; CREATE_ALWAYS truncates
+/// only after the share is granted and refuses a read-only file.
+MORVUNP_API HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES*,
+                               DWORD disposition, DWORD flags, HANDLE templateFile);
+
+/// Reads at the offset of `position`, or at the file pointer when it is null.
+/// TRUE with `*read` 0 at the end of the file.
+MORVUNP_API BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD length, DWORD* read,
+                          OVERLAPPED* position);
+MORVUNP_API BOOL WriteFile(HANDLE file, const void* buffer, DWORD length, DWORD* written,
+                           OVERLAPPED*);
+MORVUNP_API BOOL CloseHandle(HANDLE file);
+
+/// INVALID_FILE_ATTRIBUTES when the path does not exist. Looks at a symbolic
+/// link itself.
+MORVUNP_API DWORD GetFileAttributesW(LPCWSTR path);
+MORVUNP_API BOOL SetFileAttributesW(LPCWSTR path, DWORD attributes);
+MORVUNP_API BOOL DeleteFileW(LPCWSTR path);
+MORVUNP_API BOOL CreateDirectoryW(LPCWSTR path, SECURITY_ATTRIBUTES*);
+
+/// Looks one exact path up; patterns are not supported. Close with FindClose.
+MORVUNP_API HANDLE FindFirstFileW(LPCWSTR path, WIN32_FIND_DATAW* data);
+MORVUNP_API BOOL FindClose(HANDLE search);
+
+/// Any of the three may be null.
+MORVUNP_API BOOL GetFileTime(HANDLE file, FILETIME* creation, FILETIME* lastAccess,
+                             FILETIME* lastWrite);
+/// A null time is left as it is. The creation time cannot be set on this
+/// system and is ignored.
+MORVUNP_API BOOL SetFileTime(HANDLE file, const FILETIME* creation, const FILETIME* lastAccess,
+                             const FILETIME* lastWrite);

@@ -1,0 +1,23 @@
+// The one place that chooses where the host system's services come from.
+//
+// The library is written against the services by their own names. On the
+// system that offers them its real headers are included here; on this one a
+// small layer of our own, in this folder, stands in their place.
+#pragma once
+
+#ifdef _WIN32
+#include <afxwin.h>
+#include <fcntl.h>
+#include <io.h>
+#include <share.h>
+#include <sys/stat.h>
+#include <time.h>
+#else
+#include "platform/crt.h"
+#include "platform/files.h"
+#include "platform/framework.h"
+#include "platform/text.h"
+#include "platform/times.h"
+#include "platform/types.h"
+#include "platform/windows.h"
+#endif

@@ -1,0 +1,48 @@
+// Text conversion, and the two forms of a path.
+//
+// A wide string holds one code point per character. "The ANSI code page" is
+// the locale's codeset unless a host sets another one.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "platform/types.h"
+
+inline constexpr UINT CP_ACP = 0;
+
+/// Decodes `length` bytes in the ANSI code page. Bytes that are not valid in
+/// it make the whole text be decoded in the Windows code page of the locale's
+/// language; bytes undefined there too become the private characters U+F780 to
+/// U+F7FF, so that no two texts collide. Never fails. With `capacity` 0 only
+/// the needed number of characters is returned.
+MORVUNP_API int MultiByteToWideChar(UINT codePage, DWORD flags, const char* bytes, int length,
+                                    wchar_t* wide, int capacity);
+/// Encodes `length` characters in the ANSI code page; a character that it
+/// lacks becomes '?'. With `capacity` 0 only the needed number of bytes is
+/// returned.
+MORVUNP_API int WideCharToMultiByte(UINT codePage, DWORD flags, const wchar_t* wide, int length,
+                                    char* bytes, int capacity, const char* defaultChar,
+                                    BOOL* usedDefault);
+
+/// Compares ignoring case, in the locale. Below, equal or above 0.
+MORVUNP_API int _wcsicmp(LPCWSTR left, LPCWSTR right);
+
+namespace platform {
+
+/// Makes `name` (an iconv name such as "CP932") the ANSI code page of this
+/// process; an empty name goes back to the locale's codeset. False when the
+/// system does not know it or it is not a superset of ASCII.
+MORVUNP_API bool SetAnsiCodePage(const std::string& name);
+
+/// A path of this system in the library's form: `/home/ann` becomes
+/// `\home\ann`. Bytes that are not valid in the locale's codeset and literal
+/// backslashes become U+DC00 + byte, which ToNativePath turns back.
+MORVUNP_API std::wstring ToLibraryPath(std::string_view native);
+/// The inverse: the bytes that a system call gets.
+MORVUNP_API std::string ToNativePath(std::wstring_view path);
+
+/// UTF-8 or the locale's codeset made readable on this system's terminals.
+MORVUNP_API std::string ToNativeText(std::wstring_view text);
+
+}  // namespace platform

@@ -1,0 +1,30 @@
+// File times and calendar times.
+#pragma once
+
+#include <ctime>
+
+#include "platform/types.h"
+
+/// 100 ns units since 1601-01-01 00:00, as two halves.
+struct FILETIME {
+  DWORD dwLowDateTime = 0;
+  DWORD dwHighDateTime = 0;
+};
+
+/// Seconds since 1970-01-01 00:00 UTC.
+using __time64_t = std::int64_t;
+
+/// Local calendar time to a time value; -1 when it cannot be represented
+/// (years before 1970 or after 3000, as the C runtime of the host system).
+MORVUNP_API __time64_t _mktime64(std::tm* local);
+/// Time value to local calendar time; 0 on success, an errno value otherwise
+/// (negative values and values after the year 3000 are refused).
+MORVUNP_API int _localtime64_s(std::tm* local, const __time64_t* time);
+MORVUNP_API __time64_t _time64(__time64_t* time);
+
+namespace platform {
+/// Exact conversions between the two scales of UTC time. Times before 1601
+/// become the zero file time.
+MORVUNP_API FILETIME FileTimeOfTimespec(std::int64_t seconds, std::uint32_t nanoseconds);
+MORVUNP_API std::int64_t SecondsOfFileTime(FILETIME time);
+}  // namespace platform

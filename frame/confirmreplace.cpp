@@ -1,0 +1,45 @@
+#include "frame/confirmreplace.h"
+
+#include "frame/dialogids.h"
+
+namespace frame {
+
+BOOL CConfirmReplace::OnInitDialog() {
+  CDialog::OnInitDialog();
+  SetDlgItemTextW(kIdReplaceMessage, m_strMessage.c_str());
+  SetDlgItemTextW(kIdReplaceName, m_strFileName.c_str());
+  SetIcon(kIdReplaceOldIcon, m_strPath, SHGFI_ICON);
+  SetDlgItemTextW(kIdReplaceOldSize, m_strOldSize.c_str());
+  SetDlgItemTextW(kIdReplaceOldModified, m_strOldModified.c_str());
+  const std::size_t dot = m_strPath.rfind(L'.');
+  SetIcon(kIdReplaceNewIcon, dot != std::wstring::npos ? m_strPath.substr(dot) : std::wstring(),
+          SHGFI_ICON | SHGFI_USEFILEATTRIBUTES);
+  SetDlgItemTextW(kIdReplaceNewSize, m_strNewSize.c_str());
+  SetDlgItemTextW(kIdReplaceNewModified, m_strNewModified.c_str());
+  return TRUE;
+}
+
+BOOL CConfirmReplace::OnCommand(WPARAM wParam, LPARAM lParam) {
+  struct Button {
+    UINT id;
+    INT_PTR result;
+  };
+  constexpr Button kButtons[] = {{kIdReplaceYes, kYes},
+                                 {kIdReplaceYesToAll, kYesToAll},
+                                 {kIdReplaceNo, kNo},
+                                 {kIdReplaceCancel, kCancel}};
+  for (const Button& button : kButtons) {
+    if ((wParam & 0xFFFF) != button.id) continue;
+    EndDialog(static_cast<int>(button.result));
+    return TRUE;
+  }
+  return CDialog::OnCommand(wParam, lParam);
+}
+
+void CConfirmReplace::SetIcon(int control, const std::wstring& path, UINT flags) {
+  SHFILEINFOW info;
+  SHGetFileInfoW(path.c_str(), 0, &info, sizeof info, flags);
+  SendDlgItemMessageW(control, STM_SETICON, reinterpret_cast<WPARAM>(info.hIcon), 0);
+}
+
+}  // namespace frame

@@ -1,0 +1,42 @@
+// The modal dialog "Confirm File Replace".
+#pragma once
+
+#include <string>
+
+#include "platform/platform.h"
+
+namespace frame {
+
+/// Shows an existing file beside the one that would replace it. The caller
+/// fills the texts, then runs the dialog; the result is one of the constants.
+class CConfirmReplace : public CDialog {
+ public:
+  static constexpr UINT kTemplate = 1001;
+  static constexpr INT_PTR kYes = 1;
+  static constexpr INT_PTR kYesToAll = 2;
+  static constexpr INT_PTR kNo = 3;
+  static constexpr INT_PTR kCancel = 4;
+
+  CConfirmReplace() : CDialog(kTemplate) {}
+
+  /// The name in single quotes, followed by a full stop.
+  std::wstring m_strFileName;
+  /// Full path of the existing file.
+  std::wstring m_strPath;
+  std::wstring m_strMessage;
+  std::wstring m_strOldModified;
+  std::wstring m_strOldSize;
+  std::wstring m_strNewModified;
+  std::wstring m_strNewSize;
+
+ protected:
+  BOOL OnInitDialog() override;
+  BOOL OnCommand(WPARAM wParam, LPARAM lParam) override;
+  BOOL OnHelpInfo(HELPINFO*) override { return TRUE; }
+  void OnCancel() override { EndDialog(kCancel); }
+
+ private:
+  void SetIcon(int control, const std::wstring& path, UINT flags);
+};
+
+}  // namespace frame

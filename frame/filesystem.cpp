@@ -1,0 +1,41 @@
+#include "frame/filesystem.h"
+
+#include "frame/itempath.h"
+
+namespace frame {
+
+bool CreateFolder(CUnpackState& state, const std::wstring& path, const FolderReport& report) {
+  if (path.empty()) return false;
+  const DWORD attributes = GetFileAttributesW(path.c_str());
+  if (attributes != INVALID_FILE_ATTRIBUTES) return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+  if (!HasParent(path)) return true;
+  // The root of the file system has an empty text before its backslash.
+  const std::wstring parent(ParentOf(path));
+  if (!parent.empty() && !CreateFolder(state, parent, report)) return false;
+  if (CreateDirectoryW(path.c_str(), nullptr) == FALSE) return false;
+  state.m_strLastTarget = path;
+  report(path);
+  return true;
+}
+
+bool FileExists(const std::wstring& path) {
+  return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+bool SetTimeModified(HANDLE file, __time64_t time) {
+  std::tm local{};
+  if (_localtime64_s(&local, &time) != 0) return false;
+  const FILETIME written = platform::FileTimeOfTimespec(time, 0);
+  return SetFileTime(file, &written, nullptr, &written) != FALSE;
+}
+
+bool SetFileTimeModified(const std::wstring& path, __time64_t time) {
+  const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
+                                  OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return false;
+  const bool set = SetTimeModified(file, time);
+  CloseHandle(file);
+  return set;
+}
+
+}  // namespace frame

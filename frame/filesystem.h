@@ -1,0 +1,28 @@
+// Making folders, and the times of written files.
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "morvunp/unpackstate.h"
+
+namespace frame {
+
+/// Told of every folder that CreateFolder makes, parents first.
+using FolderReport = std::function<void(const std::wstring& path)>;
+
+/// Makes a folder with its missing ancestors. True when it exists afterwards
+/// as a folder. `state.m_strLastTarget` becomes the last folder made.
+bool CreateFolder(CUnpackState& state, const std::wstring& path, const FolderReport& report);
+
+/// True when the path exists, as a file or a folder.
+bool FileExists(const std::wstring& path);
+
+/// Gives an open file its creation and last-write time; the last-access time
+/// stays. False when the time has no local calendar time or cannot be set.
+bool SetTimeModified(HANDLE file, __time64_t time);
+
+/// The same for a file by its path, opened without sharing.
+bool SetFileTimeModified(const std::wstring& path, __time64_t time);
+
+}  // namespace frame

@@ -1,0 +1,62 @@
+#include "frame/progress.h"
+
+#include "frame/summary.h"
+#include "morvunp/messages.h"
+
+namespace frame {
+namespace {
+
+bool NextMessage(MSG& message) { return PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != FALSE; }
+
+bool AskInterrupt() {
+  const CWnd* const owner = AfxGetMainWnd();
+  return MessageBoxW(owner != nullptr ? owner->GetSafeHwnd() : nullptr, L"Interrupt the unpack?",
+                     kCaption, MB_YESNO | MB_ICONQUESTION) == IDYES;
+}
+
+}  // namespace
+
+void SendProgress(const CUnpackState& state, DWORD percentage, const std::wstring& text) {
+  if (state.m_hDialogProgress == nullptr) return;
+  SendMessageW(state.m_hDialogProgress, WM_UNPACK_PROGRESS, percentage,
+               text.empty() ? 0 : reinterpret_cast<LPARAM>(text.c_str()));
+}
+
+void UpdateProgress(const CUnpackState& state, ULONGLONG done, ULONGLONG total,
+                    const std::wstring& text) {
+  SendProgress(state, static_cast<DWORD>(PercentageOf(done, total)), text);
+}
+
+void DoEvents(CUnpackState& state) {
+  MSG message;
+  while (NextMessage(message)) {
+    if (state.m_bStopRequest != 0) return;
+    if (IsDialogMessageW(state.m_hDialogProgress, &message) == FALSE) {
+      DispatchMessageW(&message);
+    } else if (message.message == WM_UNPACK_STOP) {
+      state.m_bStopRequest = 1;
+      return;
+    }
+  }
+}
+
+bool ReportBlock(CUnpackState& state, ULONGLONG done, ULONGLONG total) {
+  UpdateProgress(state, done, total, {});
+  DoEvents(state);
+  if (state.m_bStopRequest == 0) return true;
+  if (AskInterrupt()) {
+    state.m_bCancel = 1;
+    return false;
+  }
+  state.m_bStopRequest = 0;
+  return true;
+}
+
+void UpdateFileTree(const CUnpackState& state, std::wstring& lastReport, const std::wstring& path) {
+  lastReport = path;
+  if (state.m_pWndFileTree == nullptr) return;
+  SendMessageW(state.m_pWndFileTree->GetSafeHwnd(), WM_UNPACK_FILETREE, 0,
+               reinterpret_cast<LPARAM>(lastReport.c_str()));
+}
+
+}  // namespace frame

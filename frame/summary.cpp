@@ -1,0 +1,58 @@
+#include "frame/summary.h"
+
+#include <array>
+#include <cwchar>
+
+namespace frame {
+namespace {
+
+constexpr std::size_t kTimeTextLength = 128;
+// Sizes that an archive invents may give a ratio that no integer holds.
+constexpr double kLargestPercentage = 9.0e18;
+
+}  // namespace
+
+std::wstring FormatOfNumber64(ULONGLONG number) {
+  std::wstring text = std::to_wstring(number);
+  for (std::size_t i = text.size(); i > 3; i -= 3) text.insert(i - 3, 1, L' ');
+  return text;
+}
+
+double ConvUInt64ToDouble(ULONGLONG number) {
+  const auto high = static_cast<double>(number >> 32);
+  const auto low = static_cast<double>(number & 0xFFFFFFFF);
+  return (high * 4294967295.0 + low) + high;
+}
+
+LONGLONG PercentageOf(ULONGLONG part, ULONGLONG whole) {
+  if (whole == 0) return 0;
+  const double percentage = ConvUInt64ToDouble(part) / ConvUInt64ToDouble(whole) * 100.0;
+  return percentage < kLargestPercentage ? static_cast<LONGLONG>(percentage)
+                                         : static_cast<LONGLONG>(kLargestPercentage);
+}
+
+std::wstring LocalTimeText(__time64_t time, LPCWSTR format) {
+  std::tm local{};
+  if (_localtime64_s(&local, &time) != 0) return {};
+  std::array<wchar_t, kTimeTextLength> text{};
+  return {text.data(), std::wcsftime(text.data(), text.size(), format, &local)};
+}
+
+void Totals::AddFile(ULONGLONG size, ULONGLONG packed) {
+  ++nFiles;
+  nSize += size;
+  nPacked += packed;
+}
+
+std::wstring Totals::Text() const {
+  return L"Files - " + FormatOfNumber64(nFiles) + L", Folders - " +
+         FormatOfNumber64(folders.size()) + L", " + SizesText(nSize, nPacked);
+}
+
+std::wstring SizesText(ULONGLONG size, ULONGLONG packed) {
+  return L"Size - " + FormatOfNumber64(size) + L" bytes, Packed - " + FormatOfNumber64(packed) +
+         L" bytes, Ratio - " + std::to_wstring(static_cast<LONG>(PercentageOf(packed, size))) +
+         L"%";
+}
+
+}  // namespace frame

@@ -1,0 +1,8 @@
+// Everything that a host of the library includes.
+#pragma once
+
+#include "morvunp/isounpacker.h"
+#include "morvunp/messages.h"
+#include "morvunp/outputplace.h"
+#include "morvunp/records.h"
+#include "morvunp/unpacker.h"

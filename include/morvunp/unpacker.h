@@ -1,0 +1,67 @@
+// The contract that all unpacker classes share, as a concept.
+//
+// There is no common base class: a host holds a std::variant of the classes
+// and visits it. One object opens one archive at a time, on one thread:
+//
+//   construct; SetIni, SetIniYesToAll; SetWndFileTree, SetHandleDialogProgress;
+//   OpenArchive; walk and read records and texts; unpack; GetIniYesToAll;
+//   CloseArchive; destroy.
+//
+// Paths inside an archive are joined by one backslash, without a leading one.
+// Target folders are absolute paths in the library's form (see
+// platform::ToLibraryPath), without a trailing backslash. Every operation
+// reports failure as false or an empty text.
+#pragma once
+
+#include <concepts>
+#include <string>
+
+#include "morvunp/records.h"
+
+template <class T>
+concept Unpacker = requires(T unpacker, const INIUNPACK& settings, INIYESTOALL& answers,
+                            CWnd* window, HWND dialog, const std::wstring& text,
+                            typename T::ShortInfo& shortInfo, typename T::FullInfo& fullInfo) {
+  { unpacker.SetIni(settings) } -> std::same_as<void>;
+  { unpacker.SetIniYesToAll(answers) } -> std::same_as<void>;
+  { unpacker.GetIniYesToAll(answers) } -> std::same_as<void>;
+  { unpacker.SetWndFileTree(window) } -> std::same_as<void>;
+  { unpacker.SetHandleDialogProgress(dialog) } -> std::same_as<void>;
+  { unpacker.OpenArchive(text) } -> std::same_as<bool>;
+  { unpacker.CloseArchive() } -> std::same_as<bool>;
+  { unpacker.FindFile() } -> std::same_as<bool>;
+  { unpacker.FindNextFile() } -> std::same_as<bool>;
+  { unpacker.GetFileShortInfo(shortInfo) } -> std::same_as<bool>;
+  { unpacker.GetFileFullInfo(fullInfo) } -> std::same_as<bool>;
+  { unpacker.IsFolder(text) } -> std::same_as<bool>;
+  { unpacker.GetFileOutputInfo(text) } -> std::same_as<std::wstring>;
+  { unpacker.GetFolderOutputInfo(text) } -> std::same_as<std::wstring>;
+  { unpacker.GetArchiveOutputInfo() } -> std::same_as<std::wstring>;
+  { unpacker.UnpackCurrentFile(text, text) } -> std::same_as<bool>;
+  { unpacker.UnpackFile(text, text) } -> std::same_as<bool>;
+  { unpacker.UnpackFolder(text, text) } -> std::same_as<bool>;
+  { unpacker.UnpackArchive(text) } -> std::same_as<bool>;
+};
+
+/// Reads the current item into either record of the class.
+template <class U>
+bool ReadItem(U& unpacker, typename U::ShortInfo& record) {
+  return unpacker.GetFileShortInfo(record);
+}
+template <class U>
+bool ReadItem(U& unpacker, typename U::FullInfo& record) {
+  return unpacker.GetFileFullInfo(record);
+}
+
+/// Walks all items of an open archive and calls `visit` with a record of each
+/// until it returns false. `Record` is the class's ShortInfo or FullInfo. Uses
+/// the object's own cursor.
+template <class Record, class U, class Visit>
+void WalkItems(U& unpacker, Visit visit) {
+  Record record;
+  bool more = unpacker.FindFile();
+  while (more) {
+    more = unpacker.FindNextFile();
+    if (!ReadItem(unpacker, record) || !visit(record)) return;
+  }
+}

@@ -1,0 +1,26 @@
+// What every unpacker object holds beside the state of its format.
+#pragma once
+
+#include <string>
+
+#include "morvunp/records.h"
+
+/// Settings, standing answers, host hooks and the state of the running unpack.
+/// A plain value: the operations on it are in frame/.
+struct CUnpackState {
+  INIUNPACK m_iniUnpack;
+  INIYESTOALL m_iniYesToAll;
+  /// When set, OpenArchive keeps m_iniYesToAll. The library never sets it.
+  BYTE m_bKeepYesToAll = 0;
+  /// Receives WM_UNPACK_PROGRESS and is pumped while unpacking; may be null.
+  HWND m_hDialogProgress = nullptr;
+  /// Receives WM_UNPACK_FILETREE; may be null. Not owned.
+  CWnd* m_pWndFileTree = nullptr;
+  /// The running unpack was cancelled, in the replace dialog or by Yes to
+  /// "Interrupt the unpack?".
+  BYTE m_bCancel = 0;
+  /// The progress dialog asked to stop and the question is not answered yet.
+  BYTE m_bStopRequest = 0;
+  /// Full path of the file being written or of the folder last created.
+  std::wstring m_strLastTarget;
+};

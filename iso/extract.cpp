@@ -1,0 +1,65 @@
+#include "iso/extract.h"
+
+#include <algorithm>
+
+#include "frame/progress.h"
+
+namespace iso {
+namespace {
+
+// Reads below this size take what follows along, which is likely the next file.
+constexpr std::uint64_t kSmallRead = 65536;
+
+}  // namespace
+
+bool CopyBuffer::Fill(ByteSource& source, std::uint64_t offset, std::uint32_t length) {
+  m_bytes.resize(kCapacity);
+  m_nLength = 0;
+  const std::int64_t read = source.ReadAt(offset, m_bytes.data(), length);
+  if (read < 0) return false;
+  m_nOffset = offset;
+  m_nLength = static_cast<std::uint32_t>(read);
+  return true;
+}
+
+std::optional<std::span<const BYTE>> CopyBuffer::Read(ByteSource& source, std::uint64_t offset,
+                                                      std::uint64_t length) {
+  const auto wanted = static_cast<std::uint32_t>(std::min<std::uint64_t>(length, kCapacity));
+  const bool held =
+      !m_bytes.empty() && offset >= m_nOffset && offset - m_nOffset + wanted <= m_nLength;
+  if (!held) {
+    const bool ahead = wanted < kSmallRead && Fill(source, offset, kCapacity);
+    // What lies ahead may be unreadable where the file itself is not.
+    if (!ahead && !Fill(source, offset, wanted)) return std::nullopt;
+  }
+  const auto start = static_cast<std::size_t>(offset - m_nOffset);
+  return std::span<const BYTE>(m_bytes).subspan(start,
+                                                std::min<std::size_t>(wanted, m_nLength - start));
+}
+
+CopyResult OutputFile::Write(std::span<const BYTE> block) {
+  DWORD written = 0;
+  const auto length = static_cast<DWORD>(block.size());
+  if (WriteFile(m_hFile, block.data(), length, &written, nullptr) == FALSE || written != length) {
+    return CopyResult::kFailed;
+  }
+  m_nDone += written;
+  return frame::ReportBlock(m_state, m_nDone, m_nTotal) ? CopyResult::kDone
+                                                        : CopyResult::kCancelled;
+}
+
+CopyResult CopyExtent(ByteSource& source, CopyBuffer& buffer, std::uint64_t offset,
+                      std::uint64_t length, OutputFile& output) {
+  while (length > 0) {
+    const auto block = buffer.Read(source, offset, length);
+    if (!block) return CopyResult::kFailed;
+    if (block->empty()) break;
+    const CopyResult result = output.Write(*block);
+    if (result != CopyResult::kDone) return result;
+    offset += block->size();
+    length -= block->size();
+  }
+  return CopyResult::kDone;
+}
+
+}  // namespace iso

@@ -1,0 +1,96 @@
+#include "iso/image.h"
+
+#include "frame/filesystem.h"
+#include "iso/iso9660scan.h"
+#include "iso/recognition.h"
+
+namespace iso {
+namespace {
+
+/// 0 when the file cannot be opened.
+int OpenForReading(const std::wstring& path) {
+  int descriptor = 0;
+  const int error =
+      _wsopen_s(&descriptor, path.c_str(), _O_RDONLY | _O_BINARY, _SH_DENYWR, _S_IREAD);
+  return error == 0 ? descriptor : 0;
+}
+
+}  // namespace
+
+Image::~Image() { Close(); }
+
+bool Image::Open(const std::wstring& path) {
+  Close();
+  if (path.empty()) return false;
+  CheckIsoImage(path);
+  if (!m_bISO9660 || !OpenISO9660(path)) return false;
+  m_items.RemoveAllItems();
+  Iso9660Scan scan(*m_pSource, m_nBlockSize, m_items);
+  scan.InitScanISO9660(m_nRootLocation, m_nRootLength, {});
+  m_bListComplete = scan.IsComplete();
+  return true;
+}
+
+bool Image::Close() {
+  if (m_nFile == 0) return true;
+  if (_close(m_nFile) != 0) return false;
+  m_nFile = 0;
+  m_pSource.reset();
+  return true;
+}
+
+void Image::CheckIsoImage(const std::wstring& path) {
+  m_bISO9660 = false;
+  m_bUDF = false;
+  const int descriptor = OpenForReading(path);
+  if (descriptor == 0) return;
+  DescriptorSource source(descriptor);
+  const FileSystem found = RecogniseFileSystem(source);
+  m_bISO9660 = found == FileSystem::kISO9660;
+  m_bUDF = found == FileSystem::kUDF;
+  _close(descriptor);
+}
+
+bool Image::OpenDescriptor(const std::wstring& path) {
+  m_nFile = OpenForReading(path);
+  if (m_nFile == 0) return false;
+  m_pSource = std::make_unique<DescriptorSource>(m_nFile);
+  return true;
+}
+
+bool Image::OpenISO9660(const std::wstring& path) {
+  if (!OpenDescriptor(path)) return false;
+  const auto descriptor = FindPrimaryVolumeDescriptor(*m_pSource);
+  if (!descriptor) return false;
+  m_nBlockSize = descriptor->blockSize;
+  m_nRootLocation = descriptor->rootLocation;
+  m_nRootLength = descriptor->rootLength;
+  return true;
+}
+
+ULONGLONG Image::SizeOf(const CIsoItemInfo& item) const {
+  return m_bISO9660 ? item.m_nSize : item.m_nSize64;
+}
+
+ULONGLONG Image::PackedSizeOf(const CIsoItemInfo& item) const { return item.m_nSize64; }
+
+bool Image::WriteItem(const CIsoItemInfo& item, HANDLE file, CUnpackState& state) {
+  const CopyBuffer::Lease lease(m_buffer);
+  OutputFile output(file, state, SizeOf(item));
+  const CopyResult result = CopyItem(item, output);
+  if (result == CopyResult::kDone) frame::SetTimeModified(file, item.m_timeModified);
+  const bool closed = CloseHandle(file) != FALSE;
+  if (result == CopyResult::kCancelled) DeleteFileW(state.m_strLastTarget.c_str());
+  if (result != CopyResult::kDone || !closed) return false;
+  if (item.m_bHidden != 0) {
+    SetFileAttributesW(state.m_strLastTarget.c_str(), FILE_ATTRIBUTE_HIDDEN);
+  }
+  return true;
+}
+
+CopyResult Image::CopyItem(const CIsoItemInfo& item, OutputFile& output) {
+  return CopyExtent(*m_pSource, m_buffer, ULONGLONG{m_nBlockSize} * item.m_nLocation, item.m_nSize,
+                    output);
+}
+
+}  // namespace iso

@@ -1,0 +1,66 @@
+// An open image: its file, what it was recognised as, and its items.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "iso/bytesource.h"
+#include "iso/extract.h"
+#include "iso/itemlist.h"
+
+namespace iso {
+
+class Image {
+ public:
+  Image() = default;
+  ~Image();
+  Image(const Image&) = delete;
+  Image& operator=(const Image&) = delete;
+
+  /// Closes what is open, recognises the file, opens it and lists its items.
+  /// Throws CAtlException when a recorded date is impossible.
+  bool Open(const std::wstring& path);
+  /// True when nothing was open or the file closed. The items stay.
+  bool Close();
+  /// Sets m_bISO9660, m_bUDF or neither.
+  void CheckIsoImage(const std::wstring& path);
+
+  ItemList& Items() { return m_items; }
+  const ItemList& Items() const { return m_items; }
+  bool IsOpen() const { return m_nFile != 0; }
+
+  /// False when a directory of the image could not be read whole.
+  bool IsListComplete() const { return m_bListComplete; }
+  bool IsISO9660() const { return m_bISO9660; }
+
+  /// Size in bytes of an item's data.
+  ULONGLONG SizeOf(const CIsoItemInfo& item) const;
+  /// UDF: bytes in the recorded blocks, or the size when none are recorded.
+  ULONGLONG PackedSizeOf(const CIsoItemInfo& item) const;
+
+  /// Writes an item's data to `file`, open at `state.m_strLastTarget`, and
+  /// closes it; then gives it its time and attribute. False when the copy
+  /// failed, leaving what was written, or was cancelled, leaving no file.
+  bool WriteItem(const CIsoItemInfo& item, HANDLE file, CUnpackState& state);
+  /// The buffer of all copies; lease it for a run.
+  CopyBuffer& Buffer() { return m_buffer; }
+
+ private:
+  bool OpenISO9660(const std::wstring& path);
+  bool OpenDescriptor(const std::wstring& path);
+  CopyResult CopyItem(const CIsoItemInfo& item, OutputFile& output);
+
+  /// C runtime descriptor; 0 when no image is open.
+  int m_nFile = 0;
+  std::unique_ptr<DescriptorSource> m_pSource;
+  bool m_bISO9660 = false;
+  bool m_bUDF = false;
+  DWORD m_nBlockSize = 0;
+  DWORD m_nRootLocation = 0;
+  DWORD m_nRootLength = 0;
+  ItemList m_items;
+  bool m_bListComplete = true;
+  CopyBuffer m_buffer;
+};
+
+}  // namespace iso

@@ -1,0 +1,78 @@
+#include "iso/iso9660scan.h"
+
+#include <optional>
+
+namespace iso {
+namespace {
+
+// ECMA-119 6.8.2.2: the directory itself and its parent come first.
+constexpr int kSpecialRecords = 2;
+
+/// Steps through the records of a directory's bytes.
+class RecordReader {
+ public:
+  RecordReader(std::span<const BYTE> bytes, DWORD blockSize)
+      : m_bytes(bytes), m_nBlockSize(blockSize) {}
+
+  /// None at the end of the directory, which is also where it is damaged.
+  std::optional<DirectoryRecord> Next() {
+    if (!SkipPadding()) return std::nullopt;
+    auto record = DecodeDirectoryRecord(m_bytes.subspan(m_nOffset));
+    if (record) m_nOffset += record->recordLength;
+    m_bDamaged = !record;
+    return record;
+  }
+
+  /// The directory ended at a record that cannot be one.
+  bool IsDamaged() const { return m_bDamaged; }
+
+ private:
+  /// A zero byte says that the rest of this logical block is padding. True
+  /// when a record follows.
+  bool SkipPadding() {
+    if (m_nOffset < m_bytes.size() && m_bytes[m_nOffset] == 0) {
+      m_nOffset += m_nBlockSize - m_nOffset % m_nBlockSize;
+    }
+    return m_nOffset < m_bytes.size() && m_bytes[m_nOffset] != 0;
+  }
+
+  std::span<const BYTE> m_bytes;
+  DWORD m_nBlockSize;
+  std::size_t m_nOffset = 0;
+  bool m_bDamaged = false;
+};
+
+}  // namespace
+
+void Iso9660Scan::InitScanISO9660(DWORD location, DWORD length, const ItemFolder& parent) {
+  const ULONGLONG offset = ULONGLONG{m_nBlockSize} * location;
+  const std::uint32_t available = AvailableLength(m_source, offset, length);
+  if (!m_guard.Enter(location, available, parent.path)) {
+    m_bComplete = false;
+    return;
+  }
+  const auto bytes = ReadWhole(m_source, offset, available);
+  RecordReader records(bytes, m_nBlockSize);
+  int seen = 0;
+  for (auto record = records.Next(); record; record = records.Next()) {
+    if (++seen > kSpecialRecords) AddItem(*record, parent);
+  }
+  const bool whole = bytes.size() == length && seen >= kSpecialRecords && !records.IsDamaged();
+  m_bComplete = m_bComplete && whole;
+}
+
+void Iso9660Scan::AddItem(const DirectoryRecord& record, const ItemFolder& parent) {
+  CIsoItemInfo item = MakeItem(GetNameItemISO9660(record), parent);
+  item.m_bFolder = record.directory ? 1 : 0;
+  item.m_nLocation = record.location;
+  item.m_nSize = record.dataLength;
+  item.m_timeModified = m_dates.TimeOf(record.date);
+  item.m_bHidden = record.hidden ? 1 : 0;
+  m_guard.CountPath(item.m_strPath);
+  const CIsoItemInfo& added = m_items.Append(std::move(item));
+  if (record.directory) {
+    InitScanISO9660(record.location, record.dataLength, {added.m_strPath, added.m_bSafe != 0});
+  }
+}
+
+}  // namespace iso

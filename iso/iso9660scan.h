@@ -1,0 +1,39 @@
+// The walk over an ISO 9660 directory tree.
+#pragma once
+
+#include <string>
+
+#include "iso/bytesource.h"
+#include "iso/iso9660.h"
+#include "iso/itemlist.h"
+#include "iso/recorddate.h"
+#include "iso/scanguard.h"
+
+namespace iso {
+
+/// Appends every item below a root to a list, in depth-first pre-order.
+/// Directories that cannot be read add nothing, but the scan remembers.
+class Iso9660Scan {
+ public:
+  Iso9660Scan(ByteSource& source, DWORD blockSize, ItemList& items)
+      : m_source(source), m_nBlockSize(blockSize), m_items(items), m_guard(source.Size()) {}
+
+  /// Adds the items of one directory extent and of every folder below it.
+  /// Throws CAtlException for an impossible recording date; the items before
+  /// it stay in the list.
+  void InitScanISO9660(DWORD location, DWORD length, const ItemFolder& parent);
+  /// False when a directory could not be read whole or was not entered.
+  bool IsComplete() const { return m_bComplete; }
+
+ private:
+  void AddItem(const DirectoryRecord& record, const ItemFolder& parent);
+
+  ByteSource& m_source;
+  DWORD m_nBlockSize;
+  ItemList& m_items;
+  ScanGuard m_guard;
+  DateConverter m_dates;
+  bool m_bComplete = true;
+};
+
+}  // namespace iso

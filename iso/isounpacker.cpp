@@ -1,0 +1,257 @@
+#include "morvunp/isounpacker.h"
+
+#include "frame/filesystem.h"
+#include "frame/foldermap.h"
+#include "frame/itempath.h"
+#include "frame/outputfolders.h"
+#include "frame/pathgate.h"
+#include "frame/progress.h"
+#include "frame/replace.h"
+#include "frame/summary.h"
+#include "iso/image.h"
+#include "morvunp/outputplace.h"
+#include "morvunp/unpacker.h"
+
+static_assert(Unpacker<CIsoUnpacker>);
+
+CIsoUnpacker::CIsoUnpacker() : m_pImage(std::make_unique<iso::Image>()) {}
+
+CIsoUnpacker::~CIsoUnpacker() = default;
+
+// Settings, answers and windows.
+
+void CIsoUnpacker::SetIni(const INIUNPACK& settings) { m_state.m_iniUnpack = settings; }
+
+void CIsoUnpacker::SetIniYesToAll(const INIYESTOALL& answers) { m_state.m_iniYesToAll = answers; }
+
+void CIsoUnpacker::GetIniYesToAll(INIYESTOALL& answers) const { answers = m_state.m_iniYesToAll; }
+
+void CIsoUnpacker::SetWndFileTree(CWnd* window) { m_state.m_pWndFileTree = window; }
+
+void CIsoUnpacker::SetHandleDialogProgress(HWND dialog) { m_state.m_hDialogProgress = dialog; }
+
+// Opening and closing.
+
+bool CIsoUnpacker::OpenArchive(const std::wstring& path) {
+  if (!m_pImage->Open(path)) return false;
+  if (m_state.m_bKeepYesToAll == 0) m_state.m_iniYesToAll = {};
+  return true;
+}
+
+bool CIsoUnpacker::CloseArchive() { return m_pImage->Close(); }
+
+void CIsoUnpacker::CheckIsoImage(const std::wstring& path) { m_pImage->CheckIsoImage(path); }
+
+bool CIsoUnpacker::IsListComplete() const { return m_pImage->IsListComplete(); }
+
+void CIsoUnpacker::RemoveUDFAllItems() {}
+
+void CIsoUnpacker::RemoveAllItems() { m_pImage->Items().RemoveAllItems(); }
+
+// The walk and the records.
+
+bool CIsoUnpacker::FindFile() { return m_pImage->Items().FindFile(); }
+
+bool CIsoUnpacker::FindNextFile() { return m_pImage->Items().FindNextFile(); }
+
+namespace {
+
+/// Empties what both records share. The texts keep their memory: a walk fills
+/// the same record for every item.
+template <class Info>
+void EmptyCommon(Info& info) {
+  info.strExt.clear();
+  info.strTitle.clear();
+  info.strName.clear();
+  info.strPath.clear();
+  info.bInFolder = 0;
+  info.bFolder = 0;
+}
+
+/// The fields that both records share.
+template <class Info>
+void FillCommon(Info& info, const iso::CIsoItemInfo& item) {
+  info.strPath = item.m_strPath;
+  info.strName = item.m_strName;
+  info.strExt = frame::ExtensionOf(item.m_strName);
+  info.strTitle = frame::TitleOf(item.m_strName);
+  info.bInFolder = frame::HasParent(item.m_strPath) ? 1 : 0;
+  info.bFolder = item.m_bFolder;
+}
+
+}  // namespace
+
+void CIsoUnpacker::EmptyShortInfo(ISOFILESHORTINFO& info) const { EmptyCommon(info); }
+
+void CIsoUnpacker::EmptyFullInfo(ISOFILEFULLINFO& info) const {
+  EmptyCommon(info);
+  info.nLocation = 0;
+  info.nSize = 0;
+  info.nSize64 = 0;
+  info.nPackedSize = 0;
+  info.timeModified = 0;
+  info.timeAccessed = 0;
+  info.bHidden = 0;
+}
+
+bool CIsoUnpacker::GetFileShortInfo(ISOFILESHORTINFO& info) const {
+  EmptyShortInfo(info);
+  const iso::CIsoItemInfo* const item = m_pImage->Items().Current();
+  if (item == nullptr) return false;
+  FillCommon(info, *item);
+  return true;
+}
+
+bool CIsoUnpacker::GetFileFullInfo(ISOFILEFULLINFO& info) const {
+  EmptyFullInfo(info);
+  const iso::CIsoItemInfo* const item = m_pImage->Items().Current();
+  if (item == nullptr) return false;
+  FillCommon(info, *item);
+  info.nLocation = item->m_nLocation;
+  info.nSize = item->m_nSize;
+  info.nSize64 = item->m_nSize64;
+  info.nPackedSize = m_pImage->PackedSizeOf(*item);
+  info.timeModified = item->m_timeModified;
+  info.timeAccessed = item->m_timeAccessed;
+  info.bHidden = item->m_bHidden;
+  return true;
+}
+
+bool CIsoUnpacker::LocateFile(const std::wstring& path) {
+  return m_pImage->Items().LocateFile(path);
+}
+
+bool CIsoUnpacker::IsFolder(const std::wstring& path) {
+  bool found = false;
+  WalkItems<ISOFILESHORTINFO>(*this, [&](const ISOFILESHORTINFO& info) {
+    found = info.bFolder != 0 && info.strPath.find(path) != std::wstring::npos;
+    return !found;
+  });
+  return found;
+}
+
+// Summary texts.
+
+namespace {
+
+/// What an item's record tells of its sizes. An ISO 9660 image packs nothing.
+frame::ItemSizes SizesOf(const ISOFILEFULLINFO& info, bool iso9660) {
+  if (iso9660) return {info.nSize, info.nSize};
+  return {info.nSize64, info.nPackedSize};
+}
+
+}  // namespace
+
+std::wstring CIsoUnpacker::GetFileOutputInfo(const std::wstring& path) {
+  ISOFILEFULLINFO info;
+  if (!LocateFile(path) || !GetFileFullInfo(info)) return {};
+  const bool iso9660 = m_pImage->IsISO9660();
+  std::wstring text = L"Modified - " + frame::DateTimeText(info.timeModified) + L", ";
+  if (!iso9660) text += L"Accessed - " + frame::DateTimeText(info.timeAccessed) + L", ";
+  const frame::ItemSizes sizes = SizesOf(info, iso9660);
+  return text + frame::SizesText(sizes.size, sizes.packed);
+}
+
+std::wstring CIsoUnpacker::GetFolderOutputInfo(const std::wstring& path) {
+  const bool iso9660 = m_pImage->IsISO9660();
+  return frame::SumItems(*this, path + frame::kSeparator,
+                         [&](const ISOFILEFULLINFO& info) { return SizesOf(info, iso9660); })
+      .Text();
+}
+
+std::wstring CIsoUnpacker::GetArchiveOutputInfo() {
+  const bool iso9660 = m_pImage->IsISO9660();
+  return frame::SumItems(*this, {},
+                         [&](const ISOFILEFULLINFO& info) { return SizesOf(info, iso9660); })
+      .Text();
+}
+
+// Unpacking.
+
+bool CIsoUnpacker::UnpackCurrentFile(const std::wstring& name, const std::wstring& folder) {
+  const std::wstring_view fileName = frame::NameOf(name);
+  const iso::CIsoItemInfo* const item = m_pImage->Items().Current();
+  if (!frame::IsSafeName(fileName, true)) return false;
+  m_state.m_strLastTarget = frame::Join(folder, fileName);
+  if (item == nullptr || item->m_bFolder != 0 || item->m_bSafe == 0) return false;
+  if (!m_pImage->IsOpen()) return false;
+  const HANDLE file = frame::CreateOutputFile(m_state, m_state.m_strLastTarget,
+                                              {m_pImage->SizeOf(*item), item->m_timeModified});
+  if (file == INVALID_HANDLE_VALUE) return false;
+  m_state.m_bStopRequest = 0;
+  m_state.m_bCancel = 0;
+  frame::SendProgress(m_state, 0, item->m_strName);
+  if (!m_pImage->WriteItem(*item, file, m_state)) return false;
+  UpdateFileTree(m_state.m_strLastTarget);
+  return true;
+}
+
+bool CIsoUnpacker::UnpackFile(const std::wstring& path, const std::wstring& target) {
+  if (!LocateFile(path)) return false;
+  if (m_pImage->Items().Current()->m_bSafe == 0) return false;
+  const auto report = [this](const std::wstring& folder) { UpdateFileTree(folder); };
+  frame::OutputFolders folders(m_state, target, report);
+  return frame::WriteItem(*this, folders, PlaceOfFile(m_state.m_iniUnpack, path, target), target);
+}
+
+template <class PlaceOf>
+bool CIsoUnpacker::UnpackItems(const std::wstring& target, PlaceOf placeOf) {
+  const iso::CopyBuffer::Lease lease(m_pImage->Buffer());
+  return frame::UnpackByWalking(
+      *this, m_state, target, [this](const std::wstring& folder) { UpdateFileTree(folder); },
+      placeOf, [this] { return m_pImage->Items().Current()->m_bSafe != 0; });
+}
+
+bool CIsoUnpacker::UnpackFolder(const std::wstring& path, const std::wstring& target) {
+  return UnpackItems(target, [&](const ISOFILESHORTINFO& info) {
+    return PlaceInFolderRun(m_state.m_iniUnpack, path, info.strPath, info.bFolder != 0, target);
+  });
+}
+
+bool CIsoUnpacker::UnpackArchive(const std::wstring& target) {
+  return UnpackItems(target, [&](const ISOFILESHORTINFO& info) {
+    return PlaceInArchiveRun(m_state.m_iniUnpack, info.strPath, info.bFolder != 0, target);
+  });
+}
+
+// What all unpackers share.
+
+void CIsoUnpacker::DoEvents() { frame::DoEvents(m_state); }
+
+void CIsoUnpacker::UpdateProgress(ULONGLONG done, ULONGLONG total, const std::wstring& text) {
+  frame::UpdateProgress(m_state, done, total, text);
+}
+
+void CIsoUnpacker::UpdateFileTree(const std::wstring& path) {
+  static std::wstring lastReport;
+  frame::UpdateFileTree(m_state, lastReport, path);
+}
+
+std::wstring CIsoUnpacker::FormatOfNumber64(ULONGLONG number) const {
+  return frame::FormatOfNumber64(number);
+}
+
+double CIsoUnpacker::ConvUInt64ToDouble(ULONGLONG number) const {
+  return frame::ConvUInt64ToDouble(number);
+}
+
+DWORD CIsoUnpacker::HashKey(LPCWSTR text) const { return frame::HashKey(text); }
+
+DWORD CIsoUnpacker::CheckFolderMap(FolderMap& map, const std::wstring& path) const {
+  return frame::CheckFolderMap(map, path);
+}
+
+bool CIsoUnpacker::CheckFolder(std::vector<std::wstring>& list, const std::wstring& path) const {
+  return frame::CheckFolder(list, path);
+}
+
+bool CIsoUnpacker::CreateFolder(const std::wstring& path) {
+  return frame::CreateFolder(m_state, path,
+                             [this](const std::wstring& folder) { UpdateFileTree(folder); });
+}
+
+bool CIsoUnpacker::FileExists(const std::wstring& path) const { return frame::FileExists(path); }
+
+bool CIsoUnpacker::SetFileTimeModified(const std::wstring& path, __time64_t time) const {
+  return frame::SetFileTimeModified(path, time);
+}

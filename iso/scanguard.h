@@ -1,0 +1,37 @@
+// Bounds that keep the scan of a hostile image finite.
+#pragma once
+
+#include <string>
+#include <unordered_set>
+
+#include "platform/platform.h"
+
+namespace iso {
+
+/// Decides whether the contents of a folder are read. Folders that are not
+/// entered stay in the list, empty. Honest images never meet these bounds:
+///
+/// - a folder is entered once, so that loops and folders with many parents
+///   end;
+/// - all directories together hold no more bytes than the image, so that
+///   overlapping extents cannot multiply what it holds;
+/// - a path is no longer than the system can create, and all paths together
+///   stay in proportion to the directory bytes that made them.
+class ScanGuard {
+ public:
+  explicit ScanGuard(ULONGLONG imageSize) : m_nBytesLeft(imageSize) {}
+
+  /// `key` names the folder's place in the image; `length` is the number of
+  /// bytes that reading it takes.
+  bool Enter(ULONGLONG key, ULONGLONG length, const std::wstring& path);
+  /// Counts an item that was listed.
+  void CountPath(const std::wstring& path) { m_nPathCharacters += path.size(); }
+
+ private:
+  ULONGLONG m_nBytesLeft;
+  ULONGLONG m_nBytesRead = 0;
+  ULONGLONG m_nPathCharacters = 0;
+  std::unordered_set<ULONGLONG> m_entered;
+};
+
+}  // namespace iso

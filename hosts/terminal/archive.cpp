@@ -1,0 +1,107 @@
+#include "archive.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <optional>
+
+#include "exitcode.h"
+#include "platform/text.h"
+#include "text.h"
+
+namespace terminal {
+namespace {
+
+std::string ReasonOfErrno(int error) {
+  switch (error) {
+    case ENOENT:
+    case ENOTDIR:
+      return "no such file";
+    case EACCES:
+    case EPERM:
+      return "no permission to read it";
+    default:
+      return std::strerror(error);
+  }
+}
+
+/// Why a file of this kind cannot be an archive; none when it can.
+std::optional<std::string> ReasonOfKind(const struct stat& status) {
+  if (S_ISDIR(status.st_mode)) return "it is a folder";
+  if (S_ISBLK(status.st_mode)) return std::nullopt;
+  if (!S_ISREG(status.st_mode)) return "not a regular file";
+  if (status.st_size == 0) return "the file is empty";
+  return std::nullopt;
+}
+
+/// The unpackers answer only "no", so everything that the system can tell
+/// about the file is found out before they are asked.
+std::optional<std::string> ReasonAgainstFile(const std::string& path) {
+  struct stat status {};
+  if (stat(path.c_str(), &status) != 0) return ReasonOfErrno(errno);
+  if (auto reason = ReasonOfKind(status)) return reason;
+  const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (descriptor < 0) return ReasonOfErrno(errno);
+  close(descriptor);
+  return std::nullopt;
+}
+
+std::string ReasonOfException(const CAtlException& exception) {
+  if (exception.m_hr == E_INVALIDARG) return "a recorded date is impossible";
+  char code[32];
+  std::snprintf(code, sizeof code, "error 0x%08x", static_cast<unsigned>(exception.m_hr));
+  return code;
+}
+
+template <class U>
+std::unique_ptr<U> TryFormat(const std::wstring& path, const ArchiveSetup& setup) {
+  auto unpacker = std::make_unique<U>();
+  unpacker->SetIni(setup.settings);
+  unpacker->SetIniYesToAll(INIYESTOALL{});
+  unpacker->SetWndFileTree(setup.fileTree);
+  unpacker->SetHandleDialogProgress(setup.progressWindow);
+  if (!unpacker->OpenArchive(path)) return nullptr;
+  return unpacker;
+}
+
+/// Tries the formats of the variant in their order.
+template <class... U>
+std::optional<std::variant<std::unique_ptr<U>...>> TryFormats(
+    std::type_identity<std::variant<std::unique_ptr<U>...>>, const std::wstring& path,
+    const ArchiveSetup& setup) {
+  std::optional<std::variant<std::unique_ptr<U>...>> archive;
+  const auto tryOne = [&](std::unique_ptr<U>... none) {
+    ((none = TryFormat<U>(path, setup), none ? (archive = std::move(none), true) : false) || ...);
+  };
+  tryOne(std::unique_ptr<U>{}...);
+  return archive;
+}
+
+std::optional<Archive> TryAllFormats(const std::string& path, const ArchiveSetup& setup) {
+  try {
+    return TryFormats(std::type_identity<Archive>{}, platform::ToLibraryPath(path), setup);
+  } catch (const CAtlException& exception) {
+    throw CommandError(ShownNativePath(path) + ": " + ReasonOfException(exception));
+  }
+}
+
+}  // namespace
+
+Archive OpenArchiveFile(const std::string& path, const ArchiveSetup& setup) {
+  if (const auto reason = ReasonAgainstFile(path)) {
+    throw CommandError(ShownNativePath(path) + ": " + *reason);
+  }
+  SetLastError(ERROR_SUCCESS);
+  auto archive = TryAllFormats(path, setup);
+  if (archive) return std::move(*archive);
+  if (GetLastError() == ERROR_SHARING_VIOLATION) {
+    throw CommandError(ShownNativePath(path) + ": another program is writing to it");
+  }
+  throw CommandError(ShownNativePath(path) + ": not an archive that morvunp knows, or damaged");
+}
+
+}  // namespace terminal

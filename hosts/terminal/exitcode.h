@@ -1,0 +1,23 @@
+// How the command ends, and the error that ends it early.
+#pragma once
+
+#include <stdexcept>
+
+namespace terminal {
+
+inline constexpr int kExitComplete = 0;
+/// Something was skipped, refused or failed; each is named on stderr.
+inline constexpr int kExitIncomplete = 1;
+/// The archive cannot be opened or the command line is wrong.
+inline constexpr int kExitUnusable = 2;
+/// The user stopped the run.
+inline constexpr int kExitInterrupted = 130;
+
+/// Ends the command with kExitUnusable; what() is the reason, fit for a
+/// terminal.
+class CommandError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+}  // namespace terminal

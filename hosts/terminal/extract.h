@@ -1,0 +1,25 @@
+// The command "extract".
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace terminal {
+
+enum class Overwrite { kAsk, kAll, kNone };
+
+struct ExtractCommand {
+  std::string archive;
+  /// What to unpack; everything when empty.
+  std::vector<std::string> paths;
+  std::string directory = ".";
+  bool isFlat = false;
+  bool isRelative = false;
+  bool isQuiet = false;
+  Overwrite overwrite = Overwrite::kAsk;
+};
+
+/// The exit code. Throws CommandError.
+int Extract(const ExtractCommand& command);
+
+}  // namespace terminal

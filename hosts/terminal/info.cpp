@@ -1,0 +1,46 @@
+#include "info.h"
+
+#include "archive.h"
+#include "exitcode.h"
+#include "output.h"
+#include "selection.h"
+#include "text.h"
+
+namespace terminal {
+namespace {
+
+std::wstring TextOf(Archive& archive, const Selection& selection) {
+  return WithUnpacker(archive, [&](auto& unpacker) {
+    return selection.isFolder ? unpacker.GetFolderOutputInfo(selection.path)
+                              : unpacker.GetFileOutputInfo(selection.path);
+  });
+}
+
+int WriteSelections(Archive& archive, const std::vector<std::string>& paths,
+                    StandardOutput& output) {
+  int exitCode = kExitComplete;
+  const auto selections = FindSelections(archive, paths);
+  for (std::size_t i = 0; i < paths.size(); ++i) {
+    if (selections[i]) {
+      AppendPath(output.Text(), selections[i]->path);
+      output.Text() += ": " + ShownText(TextOf(archive, *selections[i])) + "\n";
+    } else {
+      PrintError(ShownNativePath(paths[i]) + ": not in the archive");
+      exitCode = kExitIncomplete;
+    }
+  }
+  return exitCode;
+}
+
+}  // namespace
+
+int Info(const std::string& archivePath, const std::vector<std::string>& paths) {
+  Archive archive = OpenArchiveFile(archivePath, {});
+  StandardOutput output;
+  if (!paths.empty()) return output.Finish(WriteSelections(archive, paths, output));
+  const auto summary = WithUnpacker(archive, [](auto& u) { return u.GetArchiveOutputInfo(); });
+  output.Text() += ShownText(summary) + "\n";
+  return output.Finish(kExitComplete);
+}
+
+}  // namespace terminal

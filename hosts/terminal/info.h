@@ -1,0 +1,13 @@
+// The command "info".
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace terminal {
+
+/// Writes the library's text about the whole archive, or about each of
+/// `paths`. The exit code. Throws CommandError.
+int Info(const std::string& archivePath, const std::vector<std::string>& paths);
+
+}  // namespace terminal

@@ -1,0 +1,29 @@
+// One view of an item for all archive formats.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "morvunp/morvunp.h"
+
+namespace terminal {
+
+/// Refers to the record that it was made from and must not outlive it.
+struct Item {
+  /// In the library's form: components joined by a backslash.
+  const std::wstring& path;
+  const std::wstring& name;
+  bool isFolder;
+  bool isHidden;
+  /// Bytes.
+  std::uint64_t size;
+  /// Bytes that the item occupies in the archive.
+  std::uint64_t packedSize;
+  /// Seconds since 1970-01-01 00:00 UTC; 0 when not recorded.
+  std::int64_t modified;
+  std::int64_t accessed;
+};
+
+Item ItemOf(const ISOFILEFULLINFO& record);
+
+}  // namespace terminal

@@ -1,0 +1,42 @@
+#include <fcntl.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <clocale>
+#include <exception>
+#include <new>
+#include <string>
+
+#include "commandline.h"
+#include "exitcode.h"
+#include "output.h"
+
+namespace {
+
+/// A standard stream that the caller has closed would be given to the next
+/// file that is opened, and messages would end in it. Standard output is made
+/// unwritable instead, so that its loss is noticed.
+void OccupyStandardStreams() {
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(stream, F_GETFD) == -1) open("/dev/null", O_RDONLY);
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  OccupyStandardStreams();
+  std::setlocale(LC_ALL, "");
+  // A reader that goes away must not end an unpack in the middle of a file.
+  signal(SIGPIPE, SIG_IGN);
+  try {
+    return terminal::RunCommandLine(argc, argv);
+  } catch (const std::bad_alloc&) {
+    terminal::PrintError("out of memory");
+  } catch (const terminal::CommandError& error) {
+    terminal::PrintError(error.what());
+  } catch (const std::exception& error) {
+    terminal::PrintError(std::string("unexpected error: ") + error.what());
+  }
+  return terminal::kExitUnusable;
+}

@@ -1,0 +1,101 @@
+#include "outcomereport.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <string>
+
+#include "output.h"
+#include "platform/text.h"
+#include "text.h"
+
+namespace terminal {
+namespace {
+
+bool IsFolderOnDisk(const std::wstring& path) {
+  struct stat status {};
+  return stat(platform::ToNativePath(path).c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+/// What the disk tells about a file that the library could not write.
+std::string ReasonOfFailure(const OutputPlace& place) {
+  struct stat status {};
+  if (lstat(platform::ToNativePath(place.Path()).c_str(), &status) == 0) {
+    if (S_ISLNK(status.st_mode)) return "failed: a symbolic link stands in its place";
+    if (S_ISDIR(status.st_mode)) return "failed: a folder stands in its place";
+  }
+  if (!IsFolderOnDisk(place.folder)) return "failed: its folder could not be created";
+  return "failed: could not be written";
+}
+
+class Reporter {
+ public:
+  Reporter(const UnpackWatch& watch, const ReportSettings& settings)
+      : watch_(watch), settings_(settings) {}
+
+  void Visit(const Item& item, const OutputPlace& place) {
+    const std::size_t index = index_++;
+    const PlannedItem& planned = watch_.Items()[index];
+    if (planned.outcome == Outcome::kWritten ||
+        (planned.isFolder && planned.outcome == Outcome::kNone && IsFolderOnDisk(place.folder))) {
+      Count(planned);
+      return;
+    }
+    ++totals_.missing;
+    PrintError(ShownPath(item.path) + ": " + Reason(index, place));
+  }
+
+  const Totals& Result() const { return totals_; }
+
+ private:
+  void Count(const PlannedItem& planned) {
+    ++(planned.isFolder ? totals_.folders : totals_.files);
+    totals_.bytes += planned.size;
+  }
+
+  std::string Reason(std::size_t index, const OutputPlace& place) const {
+    const PlannedItem& planned = watch_.Items()[index];
+    if (planned.outcome == Outcome::kRefused) return "refused: unsafe name";
+    if (planned.outcome == Outcome::kCutShort)
+      return "cut short: the archive ends before the file does";
+    if (planned.outcome == Outcome::kKept) {
+      return settings_.keptUnasked ? "kept the existing file (no terminal to ask; use "
+                                     "--overwrite=all to replace)"
+                                   : "kept the existing file";
+    }
+    if (settings_.stopped && index >= watch_.Next()) {
+      return index == watch_.Next() && watch_.InFile() ? "interrupted" : "not reached";
+    }
+    if (planned.isFolder) return "failed: the folder could not be created";
+    return ReasonOfFailure(place);
+  }
+
+  const UnpackWatch& watch_;
+  ReportSettings settings_;
+  Totals totals_;
+  std::size_t index_ = 0;
+};
+
+Totals TotalsOfComplete(const Plan& plan) {
+  Totals totals;
+  for (const PlannedItem& item : plan) {
+    ++(item.isFolder ? totals.folders : totals.files);
+    totals.bytes += item.size;
+  }
+  return totals;
+}
+
+}  // namespace
+
+Totals ReportOutcome(Archive& archive, const Request& request, const UnpackWatch& watch,
+                     const ReportSettings& settings) {
+  const bool isComplete = std::ranges::all_of(
+      watch.Items(), [](const PlannedItem& item) { return item.outcome == Outcome::kWritten; });
+  if (isComplete) return TotalsOfComplete(watch.Items());
+  Reporter reporter(watch, settings);
+  ForEachPlanned(archive, request,
+                 [&](const Item& item, const OutputPlace& place) { reporter.Visit(item, place); });
+  return reporter.Result();
+}
+
+}  // namespace terminal

@@ -1,0 +1,72 @@
+// What a command should write, known before it begins.
+//
+// The library answers a run with the result of its last item only. A plan,
+// compared with what the library reports while it writes, tells about every
+// item. It holds numbers instead of names, so that an archive of a million
+// items needs little memory; names are found again by a second walk.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "archive.h"
+
+namespace terminal {
+
+enum class RunKind { kArchive, kFolder, kFolderFlat, kFile };
+
+/// One operation of the library, or a series of them for kFolderFlat.
+struct Run {
+  RunKind kind;
+  /// The selected item; empty for kArchive.
+  std::wstring path;
+};
+
+struct Request {
+  INIUNPACK settings;
+  /// Folder to unpack to, in the library's form.
+  std::wstring target;
+  std::vector<Run> runs;
+};
+
+/// kCutShort: written, but not with all of its bytes.
+enum class Outcome : std::uint8_t { kNone, kWritten, kCutShort, kKept, kRefused };
+
+struct PlannedItem {
+  /// Hash of the full output path.
+  std::uint64_t pathHash;
+  std::uint64_t size;
+  /// Hash of the output name; 0 for a folder.
+  std::uint32_t nameHash;
+  bool isFolder;
+  Outcome outcome;
+};
+
+using Plan = std::vector<PlannedItem>;
+
+std::uint64_t HashOfPath(std::wstring_view path);
+std::uint32_t HashOfName(std::wstring_view name);
+
+/// Where an item goes in a run; none when it does not belong to the run.
+std::optional<OutputPlace> PlaceInRun(const Request& request, const Run& run, const Item& item);
+
+/// Walks the items of all runs in the order in which the library writes them
+/// and calls `visit(const Item&, const OutputPlace&)`.
+template <class Visit>
+void ForEachPlanned(Archive& archive, const Request& request, Visit visit) {
+  for (const Run& run : request.runs) {
+    ForEachItem(archive, [&](const Item& item) {
+      const auto place = PlaceInRun(request, run, item);
+      if (place) visit(item, *place);
+      // A file selection is one item, however many share its path.
+      return !place || run.kind != RunKind::kFile;
+    });
+  }
+}
+
+Plan MakePlan(Archive& archive, const Request& request);
+
+}  // namespace terminal

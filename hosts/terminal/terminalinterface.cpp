@@ -1,0 +1,97 @@
+#include "terminalinterface.h"
+
+#include <string_view>
+
+#include "dialogquestion.h"
+#include "interrupt.h"
+#include "morvunp/messages.h"
+#include "output.h"
+#include "question.h"
+#include "text.h"
+
+namespace terminal {
+namespace {
+
+constexpr UINT kReplaceTemplate = 1001;
+constexpr UINT kReplaceNo = 1002;
+constexpr UINT kReplaceCancel = 1001;
+constexpr UINT kReplaceName = 1006;
+
+/// The dialog shows the name as a part of its sentence: in single quotes, with
+/// a full stop.
+std::wstring NameInDialog(const CDialog& dialog) {
+  const std::wstring text = dialog.ControlText(kReplaceName);
+  if (text.size() < 3 || !text.starts_with(L"'") || !text.ends_with(L"'.")) return text;
+  return text.substr(1, text.size() - 3);
+}
+
+}  // namespace
+
+TerminalInterface::TerminalInterface(UnpackWatch& watch, ProgressLine& line, bool keepExisting)
+    : watch_(watch), line_(line), keepExisting_(keepExisting), canAsk_(CanAsk()) {
+  platform::RegisterUserInterface(this);
+}
+
+TerminalInterface::~TerminalInterface() { platform::RegisterUserInterface(nullptr); }
+
+bool TerminalInterface::RunDialog(CDialog& dialog) {
+  line_.Clear();
+  if (dialog.Template().id == kReplaceTemplate) {
+    RunReplaceDialog(dialog);
+    return true;
+  }
+  const auto pressed = canAsk_ ? AskDialog(dialog) : std::nullopt;
+  if (pressed) {
+    dialog.Press(*pressed);
+  } else {
+    dialog.PressEscape();
+  }
+  return true;
+}
+
+void TerminalInterface::RunReplaceDialog(CDialog& dialog) {
+  const bool keepUnasked = keepExisting_ || !canAsk_;
+  const UINT pressed = keepUnasked ? kReplaceNo : AskDialog(dialog).value_or(kReplaceCancel);
+  if (pressed == kReplaceNo || pressed == kReplaceCancel) watch_.Kept(NameInDialog(dialog));
+  if (pressed == kReplaceCancel) stopped_ = true;
+  dialog.Press(pressed);
+}
+
+int TerminalInterface::ShowMessageBox(const std::wstring& text, const std::wstring&, UINT type) {
+  line_.Clear();
+  if ((type & MB_YESNO) == 0) {
+    PrintError(ShownText(text));
+    return IDOK;
+  }
+  if (stopRequested_) return AnswerStopRequest(text) ? IDYES : IDNO;
+  if (!canAsk_) return IDNO;
+  return Ask(ShownText(text), {{'y', "Yes"}, {'n', "No"}}, 1) == 0U ? IDYES : IDNO;
+}
+
+bool TerminalInterface::AnswerStopRequest(const std::wstring& text) {
+  stopRequested_ = false;
+  // From here on Ctrl-C is an answer, not another request.
+  ForgetInterrupt();
+  if (canAsk_) {
+    stopped_ = Ask(ShownText(text), {{'y', "Yes"}, {'n', "No"}}, 1).value_or(0) == 0;
+  } else {
+    PrintError("interrupted");
+    stopped_ = true;
+  }
+  return stopped_;
+}
+
+void TerminalInterface::RunPendingEvents() {
+  if (!InterruptPending() || progressWindow_ == nullptr) return;
+  // The library may drop a request between two files, so it is made again
+  // until the question appears; not at every call, because the library calls
+  // for each message that it takes.
+  constexpr std::chrono::milliseconds kInterval{50};
+  const auto now = Clock::now();
+  if (stopRequested_ && now - lastRequest_ < kInterval) return;
+  stopRequested_ = true;
+  lastRequest_ = now;
+  PostMessageW(progressWindow_, WM_UNPACK_STOP, 0, 0);
+}
+
+}  // namespace terminal

@@ -1,0 +1,184 @@
+#include "text.h"
+
+#include <wchar.h>
+
+#include <charconv>
+#include <cstdio>
+
+#include "platform/text.h"
+
+namespace terminal {
+namespace {
+
+enum class Form { kPath, kText };
+
+constexpr bool IsAsciiPrintable(wchar_t c) { return c >= 0x20 && c < 0x7f; }
+constexpr bool IsSurrogate(wchar_t c) { return c >= 0xd800 && c <= 0xdfff; }
+
+/// Characters that change the direction or the line of what follows them.
+constexpr bool IsLayoutControl(wchar_t c) {
+  return c == 0x061c || (c >= 0x200e && c <= 0x200f) || (c >= 0x2028 && c <= 0x202e) ||
+         (c >= 0x2066 && c <= 0x2069);
+}
+
+constexpr bool IsEncodable(wchar_t c) {
+  return static_cast<std::uint32_t>(c) <= 0x10ffff && !IsSurrogate(c);
+}
+
+constexpr bool NeedsEscape(wchar_t c) {
+  return c < 0x20 || (c >= 0x7f && c <= 0x9f) || IsLayoutControl(c) || !IsEncodable(c);
+}
+
+/// U+DC00 + byte stands for a byte of a file name that is no character.
+constexpr bool IsRawByte(wchar_t c) { return c >= 0xdc80 && c <= 0xdcff; }
+
+void AppendEscape(std::string& out, wchar_t c) {
+  if (c == 0xdc5c) {
+    out += "\\\\";
+    return;
+  }
+  const auto code = static_cast<std::uint32_t>(IsRawByte(c) ? c - 0xdc00 : c);
+  const char* format = code <= 0xff ? "\\x%02x" : code <= 0xffff ? "\\u%04x" : "\\U%08x";
+  char escape[16];
+  std::snprintf(escape, sizeof escape, format, code);
+  out += escape;
+}
+
+/// Appends the characters that need more than a copy or an escape in the
+/// terminal's codeset and returns how many they are.
+std::size_t AppendForeignRun(std::string& out, std::wstring_view text) {
+  std::size_t length = 0;
+  while (length < text.size() && text[length] > 0x9f && !NeedsEscape(text[length])) ++length;
+  out += platform::ToNativeText(text.substr(0, length));
+  return length;
+}
+
+/// Appends one ASCII character or escape.
+void AppendSimple(std::string& out, wchar_t c, Form form) {
+  if (form == Form::kPath && c == L'\\') {
+    out += '/';
+  } else if (form == Form::kPath && c == L'/') {
+    AppendEscape(out, c);
+  } else if (IsAsciiPrintable(c) || (form == Form::kText && c == L'\n')) {
+    out += static_cast<char>(c);
+  } else {
+    AppendEscape(out, c);
+  }
+}
+
+void AppendShown(std::string& out, std::wstring_view text, Form form) {
+  for (std::size_t i = 0; i < text.size();) {
+    const wchar_t c = text[i];
+    if (IsAsciiPrintable(c) || NeedsEscape(c)) {
+      AppendSimple(out, c, form);
+      ++i;
+    } else {
+      i += AppendForeignRun(out, text.substr(i));
+    }
+  }
+}
+
+/// Columns of a character that is shown as itself. The locale may not know
+/// it; then one column is the best guess.
+std::size_t ColumnsOf(wchar_t c) {
+  const int columns = wcwidth(c);
+  return columns < 0 ? 1 : static_cast<std::size_t>(columns);
+}
+
+void AppendUtf8(std::string& out, wchar_t c) {
+  const auto code = static_cast<std::uint32_t>(IsEncodable(c) ? c : L'\ufffd');
+  const auto put = [&](std::uint32_t byte) { out += static_cast<char>(byte); };
+  const auto putTail = [&](int shift) { put(0x80 | ((code >> shift) & 0x3f)); };
+  if (code < 0x80) {
+    put(code);
+  } else if (code < 0x800) {
+    put(0xc0 | (code >> 6));
+    putTail(0);
+  } else if (code < 0x10000) {
+    put(0xe0 | (code >> 12));
+    putTail(6);
+    putTail(0);
+  } else {
+    put(0xf0 | (code >> 18));
+    putTail(12);
+    putTail(6);
+    putTail(0);
+  }
+}
+
+void AppendJsonEscape(std::string& out, wchar_t c) {
+  if (c == L'"' || c == L'\\') {
+    out += '\\';
+    out += static_cast<char>(c);
+    return;
+  }
+  char escape[8];
+  std::snprintf(escape, sizeof escape, "\\u%04x", static_cast<unsigned>(c) & 0xff);
+  out += escape;
+}
+
+}  // namespace
+
+void AppendPath(std::string& out, std::wstring_view path) { AppendShown(out, path, Form::kPath); }
+
+void AppendPathCut(std::string& out, std::wstring_view path, std::size_t columns) {
+  std::string piece;
+  for (std::size_t i = 0; i < path.size(); ++i) {
+    piece.clear();
+    AppendShown(piece, path.substr(i, 1), Form::kPath);
+    const bool isForeign = !IsAsciiPrintable(path[i]) && !NeedsEscape(path[i]);
+    const std::size_t needed = isForeign ? ColumnsOf(path[i]) : piece.size();
+    if (needed > columns) return;
+    columns -= needed;
+    out += piece;
+  }
+}
+
+void AppendText(std::string& out, std::wstring_view text) { AppendShown(out, text, Form::kText); }
+
+std::string ShownPath(std::wstring_view path) {
+  std::string shown;
+  AppendPath(shown, path);
+  return shown;
+}
+
+std::string ShownNativePath(std::string_view path) {
+  return ShownPath(platform::ToLibraryPath(path));
+}
+
+std::string ShownText(std::wstring_view text) {
+  std::string shown;
+  AppendText(shown, text);
+  return shown;
+}
+
+void AppendJsonString(std::string& out, std::wstring_view text) {
+  out += '"';
+  for (const wchar_t c : text) {
+    if (c == L'"' || c == L'\\' || (c >= 0 && c < 0x20)) {
+      AppendJsonEscape(out, c);
+    } else {
+      AppendUtf8(out, c);
+    }
+  }
+  out += '"';
+}
+
+void AppendNumber(std::string& out, std::uint64_t number) { AppendNumber(out, number, 0); }
+
+void AppendNumber(std::string& out, std::uint64_t number, std::size_t columns) {
+  char digits[20];
+  const auto end = std::to_chars(digits, digits + sizeof digits, number).ptr;
+  const auto length = static_cast<std::size_t>(end - digits);
+  if (length < columns) out.append(columns - length, ' ');
+  out.append(digits, length);
+}
+
+std::string GroupedNumber(std::uint64_t number) {
+  std::string text;
+  AppendNumber(text, number);
+  for (std::size_t place = text.size(); place > 3; place -= 3) text.insert(place - 3, 1, ' ');
+  return text;
+}
+
+}  // namespace terminal

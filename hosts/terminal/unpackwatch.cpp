@@ -1,0 +1,87 @@
+#include "unpackwatch.h"
+
+#include <algorithm>
+#include <numeric>
+#include <utility>
+
+namespace terminal {
+
+void UnpackWatch::Start(Plan plan) {
+  plan_ = std::move(plan);
+  for (const PlannedItem& item : plan_) total_ += item.size;
+}
+
+void UnpackWatch::FileStarts(std::wstring_view name) {
+  AdvanceTo(name);
+  currentName_ = name;
+  inFile_ = true;
+  percentage_ = 0;
+}
+
+void UnpackWatch::FileProgress(unsigned percentage) { percentage_ = percentage; }
+
+void UnpackWatch::Created(std::wstring_view path, std::uint64_t size) {
+  const std::uint64_t hash = HashOfPath(path);
+  const bool isNext = next_ < plan_.size() && plan_[next_].pathHash == hash;
+  const std::size_t index = isNext ? next_ : Find(hash);
+  // A folder that no item of the archive stands for.
+  if (index == plan_.size()) return;
+  PlannedItem& item = plan_[index];
+  const bool isWhole = item.isFolder || item.size == size;
+  item.outcome = isWhole ? Outcome::kWritten : Outcome::kCutShort;
+  if (!item.isFolder) Pass(index + 1);
+}
+
+void UnpackWatch::Kept(std::wstring_view name) {
+  if (!AdvanceTo(name)) return;
+  plan_[next_].outcome = Outcome::kKept;
+  Pass(next_ + 1);
+}
+
+std::uint64_t UnpackWatch::BytesDone() const {
+  if (!inFile_ || next_ >= plan_.size()) return passed_;
+  const auto part = static_cast<double>(plan_[next_].size) * percentage_ / 100.0;
+  return passed_ + std::min(static_cast<std::uint64_t>(part), plan_[next_].size);
+}
+
+bool UnpackWatch::IsFileNamed(std::size_t index, std::uint32_t nameHash) const {
+  const PlannedItem& item = plan_[index];
+  return !item.isFolder && item.nameHash == nameHash && item.outcome == Outcome::kNone;
+}
+
+bool UnpackWatch::AdvanceTo(std::wstring_view name) {
+  if (!namesFollowPlan_) return false;
+  const std::uint32_t hash = HashOfName(name);
+  std::size_t index = next_;
+  while (index < plan_.size() && !IsFileNamed(index, hash)) ++index;
+  // Searching on for each of many unknown names would take quadratic time.
+  namesFollowPlan_ = index < plan_.size();
+  if (!namesFollowPlan_) return false;
+  Pass(index);
+  return true;
+}
+
+std::size_t UnpackWatch::Find(std::uint64_t pathHash) {
+  if (byPath_.size() != plan_.size()) {
+    byPath_.resize(plan_.size());
+    std::iota(byPath_.begin(), byPath_.end(), 0U);
+    std::stable_sort(byPath_.begin(), byPath_.end(), [&](std::uint32_t left, std::uint32_t right) {
+      return plan_[left].pathHash < plan_[right].pathHash;
+    });
+  }
+  auto found = std::lower_bound(
+      byPath_.begin(), byPath_.end(), pathHash,
+      [&](std::uint32_t index, std::uint64_t hash) { return plan_[index].pathHash < hash; });
+  for (; found != byPath_.end() && plan_[*found].pathHash == pathHash; ++found) {
+    const PlannedItem& item = plan_[*found];
+    if (item.isFolder || (*found >= next_ && item.outcome == Outcome::kNone)) return *found;
+  }
+  return plan_.size();
+}
+
+void UnpackWatch::Pass(std::size_t end) {
+  for (; next_ < end; ++next_) passed_ += plan_[next_].size;
+  inFile_ = false;
+}
+
+}  // namespace terminal

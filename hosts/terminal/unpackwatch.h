@@ -1,0 +1,58 @@
+// Follows the library through a plan.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "plan.h"
+
+namespace terminal {
+
+/// Told of everything that the library reports, in its order, it records the
+/// outcome of each planned item. The library works through the files of a plan
+/// from first to last, so whatever it passes over has failed.
+class UnpackWatch {
+ public:
+  void Start(Plan plan);
+
+  /// A file begins to be written.
+  void FileStarts(std::wstring_view name);
+  void FileProgress(unsigned percentage);
+  /// A folder was created, or a file of `size` bytes written.
+  void Created(std::wstring_view path, std::uint64_t size);
+  /// A file is not to replace the existing one.
+  void Kept(std::wstring_view name);
+
+  const Plan& Items() const { return plan_; }
+  /// Index of the first file that the library has not passed yet.
+  std::size_t Next() const { return next_; }
+  /// The file in hand has begun and is not finished.
+  bool InFile() const { return inFile_; }
+  const std::wstring& CurrentName() const { return currentName_; }
+  std::uint64_t TotalBytes() const { return total_; }
+  /// Bytes that are done with, those of failed and kept files included.
+  std::uint64_t BytesDone() const;
+
+ private:
+  bool IsFileNamed(std::size_t index, std::uint32_t nameHash) const;
+  /// Goes on to the next file of this name; false when there is none.
+  bool AdvanceTo(std::wstring_view name);
+  /// Index of the next planned item with this output path, or Items().size().
+  std::size_t Find(std::uint64_t pathHash);
+  void Pass(std::size_t end);
+
+  Plan plan_;
+  /// Indexes of the plan, by path; made when first needed.
+  std::vector<std::uint32_t> byPath_;
+  std::size_t next_ = 0;
+  std::uint64_t total_ = 0;
+  std::uint64_t passed_ = 0;
+  unsigned percentage_ = 0;
+  bool inFile_ = false;
+  bool namesFollowPlan_ = true;
+  std::wstring currentName_;
+};
+
+}  // namespace terminal

@@ -1,0 +1,51 @@
+#include "unpackwindows.h"
+
+#include <sys/stat.h>
+
+#include "morvunp/messages.h"
+#include "platform/text.h"
+
+namespace terminal {
+namespace {
+
+LPCWSTR TextOf(LPARAM lParam) { return reinterpret_cast<LPCWSTR>(lParam); }
+
+std::uint64_t SizeOnDisk(LPCWSTR path) {
+  struct stat status {};
+  if (lstat(platform::ToNativePath(path).c_str(), &status) != 0) return 0;
+  return static_cast<std::uint64_t>(status.st_size);
+}
+
+}  // namespace
+
+UnpackWindows::UnpackWindows(UnpackWatch& watch, ProgressLine& line)
+    : watch_(watch),
+      line_(line),
+      progress_(platform::MakeWindow(nullptr, [this](UINT message, WPARAM wParam, LPARAM lParam) {
+        return OnProgress(message, wParam, lParam);
+      })) {
+  fileTree_.m_hWnd = platform::MakeWindow(
+      nullptr, [this](UINT message, WPARAM, LPARAM lParam) { return OnFileTree(message, lParam); });
+}
+
+UnpackWindows::~UnpackWindows() {
+  DestroyWindow(progress_);
+  DestroyWindow(fileTree_.m_hWnd);
+}
+
+LRESULT UnpackWindows::OnProgress(UINT message, WPARAM wParam, LPARAM lParam) {
+  if (message != WM_UNPACK_PROGRESS) return 0;
+  if (lParam != 0) watch_.FileStarts(TextOf(lParam));
+  watch_.FileProgress(static_cast<unsigned>(wParam));
+  line_.Show(watch_.BytesDone(), watch_.CurrentName());
+  return 0;
+}
+
+LRESULT UnpackWindows::OnFileTree(UINT message, LPARAM lParam) {
+  if (message != WM_UNPACK_FILETREE || lParam == 0) return 0;
+  // The library takes a file for written even where the archive ended early.
+  watch_.Created(TextOf(lParam), SizeOnDisk(TextOf(lParam)));
+  return 0;
+}
+
+}  // namespace terminal

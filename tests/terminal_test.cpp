@@ -1,0 +1,373 @@
+// The terminal command as its users run it: a process, with and without a
+// terminal.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <pty.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "support/isobuilder.h"
+#include "support/tempfolder.h"
+
+namespace {
+
+using testsupport::Exists;
+using testsupport::ReadFile;
+using testsupport::TempFolder;
+using testsupport::TreeOf;
+using testsupport::WriteFile;
+using Arguments = std::vector<std::string>;
+
+struct Result {
+  int exitCode = -1;
+  std::string output;
+  std::string errors;
+};
+
+[[noreturn]] void Execute(const Arguments& arguments) {
+  std::vector<char*> pointers{const_cast<char*>(MORVUNP_COMMAND)};
+  for (const std::string& argument : arguments) {
+    pointers.push_back(const_cast<char*>(argument.c_str()));
+  }
+  pointers.push_back(nullptr);
+  signal(SIGINT, SIG_DFL);
+  setenv("LC_ALL", "C.UTF-8", 1);
+  setenv("TZ", "UTC", 1);
+  execv(pointers[0], pointers.data());
+  _exit(127);
+}
+
+int ExitCodeOf(pid_t process) {
+  int status = 0;
+  waitpid(process, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+
+/// Runs the command without a terminal.
+Result RunCommand(const Arguments& arguments) {
+  const TempFolder folder;
+  const pid_t process = fork();
+  if (process == 0) {
+    const auto redirect = [](const std::string& path, int descriptor) {
+      dup2(open(path.c_str(), O_RDWR | O_CREAT, 0600), descriptor);
+    };
+    redirect("/dev/null", STDIN_FILENO);
+    redirect(folder.Path("out"), STDOUT_FILENO);
+    redirect(folder.Path("err"), STDERR_FILENO);
+    Execute(arguments);
+  }
+  const int exitCode = ExitCodeOf(process);
+  return {exitCode, ReadFile(folder.Path("out")), ReadFile(folder.Path("err"))};
+}
+
+/// The command on a terminal of its own.
+class OnTerminal {
+ public:
+  explicit OnTerminal(const Arguments& arguments) {
+    process_ = forkpty(&terminal_, nullptr, nullptr, nullptr);
+    if (process_ == 0) Execute(arguments);
+  }
+  ~OnTerminal() {
+    if (process_ > 0) {
+      kill(process_, SIGKILL);
+      ExitCodeOf(process_);
+    }
+    close(terminal_);
+  }
+
+  void Type(const std::string& text) {
+    ASSERT_EQ(write(terminal_, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+  }
+
+  /// Waits until `text` has appeared after what was awaited before.
+  bool Await(const std::string& text) {
+    for (;;) {
+      const std::size_t found = shown_.find(text, seen_);
+      if (found != std::string::npos) {
+        seen_ = found + text.size();
+        return true;
+      }
+      if (!ReadSome()) return false;
+    }
+  }
+
+  int Finish() {
+    while (ReadSome()) {
+    }
+    return ExitCodeOf(std::exchange(process_, -1));
+  }
+
+  const std::string& Shown() const { return shown_; }
+
+ private:
+  bool ReadSome() {
+    pollfd input{terminal_, POLLIN, 0};
+    std::array<char, 4096> block;
+    if (poll(&input, 1, 20000) != 1) return false;
+    const ssize_t count = read(terminal_, block.data(), block.size());
+    if (count <= 0) return false;
+    shown_.append(block.data(), static_cast<std::size_t>(count));
+    return true;
+  }
+
+  int terminal_ = -1;
+  pid_t process_ = -1;
+  std::string shown_;
+  std::size_t seen_ = 0;
+};
+
+class TerminalTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    WriteFile(folder_.Path("in/README.TXT"), "new readme");
+    WriteFile(folder_.Path("in/DOCS/A.TXT"), "alpha");
+    WriteFile(folder_.Path("in/DOCS/DEEP/B.TXT"), "beta");
+    const std::string command =
+        "genisoimage -quiet -o " + Image() + " " + folder_.Path("in") + " 2>&1";
+    ASSERT_EQ(std::system(command.c_str()), 0);
+  }
+
+  std::string Image() const { return folder_.Path("test.iso"); }
+  std::string Out(const std::string& sub = "") const {
+    return folder_.Path(sub.empty() ? "out" : "out/" + sub);
+  }
+  Arguments Extract(const Arguments& more = {}) const {
+    Arguments arguments{"extract", Image(), "-C", Out()};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    return arguments;
+  }
+  /// Both files exist already, with another content.
+  void MakeExisting() const {
+    WriteFile(Out("README.TXT"), "old readme");
+    WriteFile(Out("DOCS/A.TXT"), "old alpha");
+  }
+  std::string WriteImage(testsupport::IsoBuilder& builder) const {
+    WriteFile(folder_.Path("made.iso"), builder.Build());
+    return folder_.Path("made.iso");
+  }
+
+  TempFolder folder_;
+};
+
+TEST_F(TerminalTest, ListsATable) {
+  const Result result = RunCommand({"list", Image()});
+  EXPECT_EQ(result.exitCode, 0);
+  EXPECT_NE(result.output.find(" 10  --    README.TXT\n"), std::string::npos) << result.output;
+  EXPECT_NE(result.output.find("  D-    DOCS/DEEP\n"), std::string::npos) << result.output;
+  EXPECT_NE(result.output.find("\nFiles - 3, Folders - 2, Size - 19 bytes"), std::string::npos);
+}
+
+TEST_F(TerminalTest, ListsJsonForProgramsWhateverTheNames) {
+  testsupport::IsoBuilder builder;
+  builder.Root().AddFolder("SUB").AddFile("Q\"\x01\x1b[2J.X;1", "12345");
+  const Result result = RunCommand({"list", WriteImage(builder), "--json"});
+  ASSERT_EQ(result.exitCode, 0) << result.errors;
+  const auto items = nlohmann::json::parse(result.output).at("items");
+  ASSERT_EQ(items.size(), 2U);
+  EXPECT_EQ(items[0].at("folder"), true);
+  EXPECT_EQ(items[1].at("path"), "SUB\\Q\"\x01\x1b[2J.X");
+  EXPECT_EQ(items[1].at("size"), 5);
+  EXPECT_EQ(items[1].at("modified"), "2001-02-03T04:05:06Z");
+  EXPECT_FALSE(items[1].contains("accessed"));
+}
+
+TEST_F(TerminalTest, ShowsControlCharactersOfNamesAsEscapes) {
+  testsupport::IsoBuilder builder;
+  builder.Root().AddFile("A\x1b[2J\x07\x7f\xc2\x9b\xe2\x80\xae\xc3\xa9;1", "x");
+  const std::string image = WriteImage(builder);
+  const Result listed = RunCommand({"list", image});
+  EXPECT_NE(listed.output.find(" A\\x1b[2J\\x07\\x7f\\x9b\\u202e\xc3\xa9\n"), std::string::npos)
+      << listed.output;
+  RunCommand({"extract", image, "-C", Out()});
+  const Result kept = RunCommand({"extract", image, "-C", Out()});
+  EXPECT_EQ(kept.errors.find('\x1b'), std::string::npos);
+  EXPECT_NE(kept.errors.find("A\\x1b[2J"), std::string::npos);
+}
+
+TEST_F(TerminalTest, TellsAboutItemsAndNamesUnknownOnes) {
+  const Result result = RunCommand({"info", Image(), "docs/", "DOCS\\a.txt", "nothing"});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_EQ(result.output.find("DOCS: Files - 2, Folders - 1, Size - 9 bytes"), 0U);
+  EXPECT_NE(result.output.find("\nDOCS/A.TXT: Modified - "), std::string::npos);
+  EXPECT_EQ(result.errors, "morvunp: nothing: not in the archive\n");
+}
+
+TEST_F(TerminalTest, ExtractsEverythingIntoANewFolder) {
+  const Result result = RunCommand({"extract", Image(), "-C", Out("a/b")});
+  EXPECT_EQ(result.exitCode, 0) << result.errors;
+  EXPECT_EQ(result.errors, "");
+  EXPECT_EQ(result.output, "3 files, 2 folders, 19 bytes unpacked to " + Out("a/b") + "\n");
+  EXPECT_EQ(TreeOf(Out("a/b")), TreeOf(folder_.Path("in")));
+}
+
+TEST_F(TerminalTest, ExtractsSelectedItems) {
+  EXPECT_EQ(RunCommand(Extract({"docs/deep", "readme.txt", "--relative", "-q"})).exitCode, 0);
+  const std::map<std::string, std::string> expected{
+      {"DEEP/", ""}, {"DEEP/B.TXT", "beta"}, {"README.TXT", "new readme"}};
+  EXPECT_EQ(TreeOf(Out()), expected);
+}
+
+TEST_F(TerminalTest, ExtractsAFolderFlat) {
+  const Result result = RunCommand(Extract({"DOCS", "--flat"}));
+  EXPECT_EQ(result.exitCode, 0) << result.errors;
+  const std::map<std::string, std::string> expected{{"A.TXT", "alpha"}, {"B.TXT", "beta"}};
+  EXPECT_EQ(TreeOf(Out()), expected);
+}
+
+TEST_F(TerminalTest, TakesTheFileThatIsSpelledExactlySo) {
+  testsupport::IsoBuilder builder;
+  auto& sub = builder.Root().AddFolder("SUB");
+  sub.AddFile("NAME;1", "upper");
+  sub.AddFile("name;1", "lower");
+  EXPECT_EQ(RunCommand({"extract", WriteImage(builder), "SUB/name", "-C", Out()}).exitCode, 0);
+  const std::map<std::string, std::string> expected{{"SUB/", ""}, {"SUB/name", "lower"}};
+  EXPECT_EQ(TreeOf(Out()), expected);
+}
+
+TEST_F(TerminalTest, KeepsExistingFilesWithoutATerminal) {
+  MakeExisting();
+  const Result result = RunCommand(Extract());
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_EQ(result.errors,
+            "morvunp: DOCS/A.TXT: kept the existing file (no terminal to ask; use "
+            "--overwrite=all to replace)\n"
+            "morvunp: README.TXT: kept the existing file (no terminal to ask; use "
+            "--overwrite=all to replace)\n");
+  EXPECT_EQ(ReadFile(Out("README.TXT")), "old readme");
+  EXPECT_EQ(ReadFile(Out("DOCS/DEEP/B.TXT")), "beta");
+}
+
+TEST_F(TerminalTest, ReplacesExistingFilesWhenTold) {
+  MakeExisting();
+  EXPECT_EQ(RunCommand(Extract({"--overwrite=all"})).exitCode, 0);
+  EXPECT_EQ(TreeOf(Out()), TreeOf(folder_.Path("in")));
+}
+
+TEST_F(TerminalTest, NamesWhatCouldNotBeWritten) {
+  WriteFile(folder_.Path("elsewhere"), "precious");
+  std::filesystem::create_directories(Out("README.TXT"));
+  std::filesystem::create_directories(Out("DOCS"));
+  std::filesystem::create_symlink(folder_.Path("elsewhere"), Out("DOCS/A.TXT"));
+  const Result result = RunCommand(Extract({"--overwrite=all"}));
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_EQ(result.errors,
+            "morvunp: DOCS/A.TXT: failed: a symbolic link stands in its place\n"
+            "morvunp: README.TXT: failed: a folder stands in its place\n");
+  EXPECT_EQ(ReadFile(folder_.Path("elsewhere")), "precious");
+}
+
+TEST_F(TerminalTest, NamesFilesThatTheImageLacksAPartOf) {
+  testsupport::IsoBuilder builder;
+  builder.Root().AddFile("FIRST;1", "whole");
+  const auto& last = builder.Root().AddFile("LAST;1", std::string(3000, 'x'));
+  const std::string image = WriteImage(builder);
+  std::filesystem::resize_file(image, builder.ContentOffsetOf(last) + 100);
+  const Result result = RunCommand({"extract", image, "-C", Out(), "-q"});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_EQ(result.errors, "morvunp: LAST: cut short: the archive ends before the file does\n");
+}
+
+TEST_F(TerminalTest, RefusesUnsafeNames) {
+  testsupport::IsoBuilder builder;
+  builder.Root().AddFile("..\\UP;1", "x");
+  builder.Root().AddFile("GOOD;1", "y");
+  const Result result = RunCommand({"extract", WriteImage(builder), "-C", Out("in")});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_NE(result.errors.find("UP: refused: unsafe name\n"), std::string::npos) << result.errors;
+  EXPECT_FALSE(Exists(Out("UP")));
+  EXPECT_EQ(ReadFile(Out("in/GOOD")), "y");
+}
+
+TEST_F(TerminalTest, TellsWhyAnArchiveCannotBeOpened) {
+  WriteFile(folder_.Path("empty"), "");
+  WriteFile(folder_.Path("text"), "no archive");
+  const auto reason = [&](const std::string& name) {
+    const Result result = RunCommand({"list", folder_.Path(name)});
+    EXPECT_EQ(result.exitCode, 2);
+    const std::string path = folder_.Path(name);
+    return result.errors.substr(result.errors.find(path) + path.size());
+  };
+  EXPECT_EQ(reason("missing"), ": no such file\n");
+  EXPECT_EQ(reason("empty"), ": the file is empty\n");
+  EXPECT_EQ(reason("text"), ": not an archive that morvunp knows, or damaged\n");
+  EXPECT_EQ(reason("in"), ": it is a folder\n");
+}
+
+TEST_F(TerminalTest, RefusesAWrongCommandLine) {
+  EXPECT_EQ(RunCommand({}).exitCode, 2);
+  EXPECT_EQ(RunCommand({"list", Image(), "--unknown"}).exitCode, 2);
+  EXPECT_EQ(RunCommand(Extract({"--overwrite=some"})).exitCode, 2);
+  const Result result = RunCommand({"list", Image(), "--codepage", "NO-SUCH"});
+  EXPECT_EQ(result.exitCode, 2);
+  EXPECT_NE(result.errors.find("NO-SUCH"), std::string::npos);
+  EXPECT_EQ(RunCommand({"--help"}).exitCode, 0);
+}
+
+TEST_F(TerminalTest, AsksBeforeItReplaces) {
+  MakeExisting();
+  OnTerminal command(Extract());
+  ASSERT_TRUE(command.Await("'A.TXT'.")) << command.Shown();
+  ASSERT_TRUE(command.Await("size: 9 bytes")) << command.Shown();
+  ASSERT_TRUE(command.Await("with file")) << command.Shown();
+  ASSERT_TRUE(command.Await("[c] Cancel")) << command.Shown();
+  command.Type("what\ny\n");
+  ASSERT_TRUE(command.Await("'README.TXT'.")) << command.Shown();
+  command.Type("\n");
+  EXPECT_EQ(command.Finish(), 1);
+  EXPECT_NE(command.Shown().find("README.TXT: kept the existing file\r\n"), std::string::npos);
+  EXPECT_EQ(ReadFile(Out("DOCS/A.TXT")), "alpha");
+  EXPECT_EQ(ReadFile(Out("README.TXT")), "old readme");
+}
+
+TEST_F(TerminalTest, AsksOnceAfterYesToAll) {
+  MakeExisting();
+  OnTerminal command(Extract());
+  ASSERT_TRUE(command.Await("[c] Cancel")) << command.Shown();
+  command.Type("a\n");
+  EXPECT_EQ(command.Finish(), 0) << command.Shown();
+  EXPECT_EQ(TreeOf(Out()), TreeOf(folder_.Path("in")));
+}
+
+TEST_F(TerminalTest, StopsWhenTheQuestionIsCancelled) {
+  for (const std::string answer : {"c\n", "\x1b\n", "\x04", "\x03"}) {
+    MakeExisting();
+    OnTerminal command(Extract());
+    ASSERT_TRUE(command.Await("[c] Cancel: ")) << command.Shown();
+    command.Type(answer);
+    EXPECT_EQ(command.Finish(), 130) << command.Shown();
+    EXPECT_NE(command.Shown().find("DOCS/A.TXT: kept"), std::string::npos) << command.Shown();
+    EXPECT_NE(command.Shown().find("README.TXT: not reached"), std::string::npos);
+    EXPECT_EQ(ReadFile(Out("DOCS/A.TXT")), "old alpha");
+  }
+}
+
+TEST_F(TerminalTest, CtrlCAsksAndYesLeavesNoPartialFile) {
+  // A sparse image whose file takes long enough to write.
+  constexpr std::uint32_t kLength = 0x80000000;
+  testsupport::IsoBuilder builder;
+  builder.Root().AddFile("BIG.BIN;1", "x").dataLength = kLength;
+  builder.Root().AddFile("Z.TXT;1", "last");
+  const std::string image = WriteImage(builder);
+  std::filesystem::resize_file(image, std::uintmax_t{kLength} + 0x100000);
+  OnTerminal command({"extract", image, "-C", Out()});
+  ASSERT_TRUE(command.Await("BIG.BIN")) << command.Shown();
+  command.Type("\x03");
+  ASSERT_TRUE(command.Await("Interrupt the unpack?")) << command.Shown();
+  ASSERT_TRUE(command.Await(": ")) << command.Shown();
+  command.Type("y\n");
+  EXPECT_EQ(command.Finish(), 130) << command.Shown();
+  EXPECT_NE(command.Shown().find("BIG.BIN: interrupted"), std::string::npos) << command.Shown();
+  EXPECT_NE(command.Shown().find("Z.TXT: not reached"), std::string::npos) << command.Shown();
+  EXPECT_FALSE(Exists(Out("BIG.BIN")));
+}
+
+}  // namespace

@@ -1,0 +1,95 @@
+#!/usr/bin/env python3
+"""Compares morvunp with other programs on ISO 9660 images. See README.md."""
+
+import subprocess
+import sys
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parent))
+import common  # noqa: E402
+
+
+def make_image(tree, image):
+    subprocess.run(["genisoimage", "-quiet", "-iso-level", "3", "-V", "BENCH", "-o", image, tree],
+                   check=True, stdin=subprocess.DEVNULL)
+
+
+def make_data(options, name, files, folders, size):
+    """A source tree and the image of it, kept for later runs."""
+    data = options.work / ("data-quick" if options.quick else "data")
+    data.mkdir(exist_ok=True)
+    tree = common.make_once(data / f"{name}-tree",
+                            lambda path: common.make_tree(path, files, folders, size))
+    image = common.make_once(data / f"{name}.iso", lambda path: make_image(tree, path))
+    return tree, image
+
+
+def listing(options, title, image):
+    path = str(image)
+    return common.Case(title, [
+        common.Contender(common.OURS, [str(options.morvunp), "list", path], image),
+        common.Contender("bsdtar", ["bsdtar", "-tf", path], image, ["bsdtar", "--version"]),
+        common.Contender("isoinfo", ["isoinfo", "-l", "-i", path], image,
+                         ["isoinfo", "--version"]),
+        common.Contender("7zz", ["7zz", "l", path], image, ["7zz"]),
+        common.Contender("xorriso", ["xorriso", "-indev", path, "-find", "/"], image,
+                         ["xorriso", "-version"]),
+    ])
+
+
+def extraction(options, title, tree, image):
+    path = str(image)
+    return common.Case(title, [
+        common.Contender(common.OURS,
+                         [str(options.morvunp), "extract", "-q", path, "-C", "{out}"], image),
+        common.Contender("cp -r of the source tree", ["cp", "-r", f"{tree}/.", "{out}"], tree,
+                         ["cp", "--version"]),
+        common.Contender("7zz", ["7zz", "x", "-y", "-bd", "-o{out}", path], image, ["7zz"]),
+        common.Contender("bsdtar", ["bsdtar", "-xf", path, "-C", "{out}"], image,
+                         ["bsdtar", "--version"]),
+        common.Contender("xorriso", ["xorriso", "-osirrox", "on", "-indev", path,
+                                     "-extract", "/", "{out}"], image, ["xorriso", "-version"]),
+    ], common.bytes_below(tree))
+
+
+def verify(options, tree, image):
+    """A fast wrong answer is worth nothing: the output must equal the tree."""
+    out = options.work / "verify"
+    common.remove(out)
+    out.mkdir()
+    common.execute([str(options.morvunp), "extract", "-q", str(image), "-C", str(out)],
+                   common.OURS)
+    different = common.differences(tree, out)
+    common.remove(out)
+    if different:
+        sys.exit(f"morvunp's output differs from {tree} in {len(different)} paths, "
+                 f"first {different[0]}")
+    print(f"\nverified: what morvunp extracts from {image.name} equals its source tree")
+
+
+def main():
+    options = common.parse_options(__doc__, cases=("list", "small", "large"))
+    quick = options.quick
+
+    def prepare(*what):
+        tree, image = make_data(options, *what)
+        verify(options, tree, image)
+        return tree, image
+
+    if "list" in options.cases:
+        files, folders = (5_000, 50) if quick else (100_000, 500)
+        _, image = prepare("many", files, folders, lambda generator: generator.randint(1, 200))
+        common.run_case(listing(options, f"Listing an image of {files:,} files", image), options)
+    if "small" in options.cases:
+        files, folders = (1_000, 20) if quick else (20_000, 200)
+        data = prepare("small", files, folders, lambda generator: generator.randint(1024, 8192))
+        common.run_case(extraction(options, f"Extracting {files:,} files of 1-8 KiB", *data),
+                        options)
+    if "large" in options.cases:
+        size = 8 if quick else 256
+        data = prepare("large", 4, 1, lambda _: size << 20)
+        common.run_case(extraction(options, f"Extracting 4 files of {size} MiB", *data), options)
+
+
+if __name__ == "__main__":
+    main()

@@ -33,3 +33,8 @@ bool OutputFolders::LinkOnTheWay(const std::wstring& folder) const {
 }
 
 }  // namespace frame
+
+bool MakeOutputFolder(const std::wstring& folder, const std::wstring& target) {
+  CUnpackState state;
+  return frame::OutputFolders(state, target, [](const std::wstring&) {}).Make(folder);
+}

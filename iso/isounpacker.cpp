@@ -72,9 +72,9 @@ void EmptyCommon(Info& info) {
 template <class Info>
 void FillCommon(Info& info, const iso::CIsoItemInfo& item) {
   info.strPath = item.m_strPath;
-  info.strName = item.m_strName;
-  info.strExt = frame::ExtensionOf(item.m_strName);
-  info.strTitle = frame::TitleOf(item.m_strName);
+  info.strName = item.Name();
+  info.strExt = frame::ExtensionOf(item.Name());
+  info.strTitle = frame::TitleOf(item.Name());
   info.bInFolder = frame::HasParent(item.m_strPath) ? 1 : 0;
   info.bFolder = item.m_bFolder;
 }
@@ -180,7 +180,7 @@ bool CIsoUnpacker::UnpackCurrentFile(const std::wstring& name, const std::wstrin
   if (file == INVALID_HANDLE_VALUE) return false;
   m_state.m_bStopRequest = 0;
   m_state.m_bCancel = 0;
-  frame::SendProgress(m_state, 0, item->m_strName);
+  frame::SendProgress(m_state, 0, std::wstring(item->Name()));
   if (!m_pImage->WriteItem(*item, file, m_state)) return false;
   UpdateFileTree(m_state.m_strLastTarget);
   return true;

@@ -24,12 +24,12 @@ std::size_t FoldedHash(const std::wstring& path) {
 
 }  // namespace
 
-CIsoItemInfo MakeItem(std::wstring name, const ItemFolder& parent) {
+CIsoItemInfo MakeItem(std::wstring_view name, const ItemFolder& parent) {
   CIsoItemInfo item;
   const bool inRoot = parent.path.empty();
-  item.m_strPath = inRoot ? name : frame::Join(parent.path, name);
+  item.m_strPath = inRoot ? std::wstring(name) : frame::Join(parent.path, name);
+  item.m_nNameLength = static_cast<DWORD>(name.size());
   item.m_bSafe = parent.safe && frame::IsSafeName(name, inRoot) ? 1 : 0;
-  item.m_strName = std::move(name);
   return item;
 }
 

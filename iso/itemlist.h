@@ -3,6 +3,7 @@
 
 #include <deque>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -13,9 +14,10 @@ namespace iso {
 /// One file or folder of the image.
 class CIsoItemInfo : public CObject {
  public:
-  std::wstring m_strName;
-  /// Components joined by a backslash, no leading one.
+  /// Components joined by a backslash, no leading one; the name comes last.
   std::wstring m_strPath;
+  /// Characters of the name, which may hold a backslash itself.
+  DWORD m_nNameLength = 0;
   /// Seconds since 1970-01-01 00:00 UTC.
   __time64_t m_timeModified = 0;
   /// ISO 9660: data length in bytes and logical block number of the extent.
@@ -30,6 +32,10 @@ class CIsoItemInfo : public CObject {
   /// The path gate lets this item through: its own name and those of all
   /// folders above it are single, harmless components.
   BYTE m_bSafe = 0;
+
+  std::wstring_view Name() const {
+    return std::wstring_view(m_strPath).substr(m_strPath.size() - m_nNameLength);
+  }
 };
 
 /// The folder that items are added to.
@@ -41,7 +47,7 @@ struct ItemFolder {
 };
 
 /// A new item of this name in a folder: name, path and gate are set.
-CIsoItemInfo MakeItem(std::wstring name, const ItemFolder& parent);
+CIsoItemInfo MakeItem(std::wstring_view name, const ItemFolder& parent);
 
 /// Items in depth-first pre-order, with one cursor.
 class ItemList {

@@ -69,15 +69,15 @@ class IsoExtract : public testing::Test {
 TEST_F(IsoExtract, UnpacksTheArchiveWithItsFolders) {
   OpenTree();
   EXPECT_TRUE(unpacker.UnpackArchive(Target()));
-  EXPECT_THAT(Out(), ElementsAre(Pair("DOCS/", ""), Pair("DOCS/A.TXT", "a"), Pair("DOCS/SUB/", ""),
-                                 Pair("DOCS/SUB/X.TXT", "x"), Pair("DOCS2/", ""),
-                                 Pair("DOCS2/B.TXT", "b"), Pair("EMPTY/", ""),
-                                 Pair("TOP.TXT", "top")));
-  EXPECT_THAT(host.fileTreePaths,
-              ElementsAre(Target() + L"\\DOCS", Target() + L"\\DOCS\\A.TXT",
-                          Target() + L"\\DOCS\\SUB", Target() + L"\\DOCS\\SUB\\X.TXT",
-                          Target() + L"\\DOCS2", Target() + L"\\DOCS2\\B.TXT",
-                          Target() + L"\\EMPTY", Target() + L"\\TOP.TXT"));
+  EXPECT_THAT(Out(),
+              ElementsAre(Pair("DOCS/", ""), Pair("DOCS/A.TXT", "a"), Pair("DOCS/SUB/", ""),
+                          Pair("DOCS/SUB/X.TXT", "x"), Pair("DOCS2/", ""), Pair("DOCS2/B.TXT", "b"),
+                          Pair("EMPTY/", ""), Pair("TOP.TXT", "top")));
+  EXPECT_THAT(
+      host.fileTreePaths,
+      ElementsAre(Target() + L"\\DOCS", Target() + L"\\DOCS\\A.TXT", Target() + L"\\DOCS\\SUB",
+                  Target() + L"\\DOCS\\SUB\\X.TXT", Target() + L"\\DOCS2",
+                  Target() + L"\\DOCS2\\B.TXT", Target() + L"\\EMPTY", Target() + L"\\TOP.TXT"));
 }
 
 TEST_F(IsoExtract, UnpacksTheArchiveWithoutPaths) {
@@ -91,8 +91,8 @@ TEST_F(IsoExtract, UnpacksTheArchiveWithoutPaths) {
 TEST_F(IsoExtract, UnpacksFoldersWithFullOrRelativePaths) {
   OpenTree();
   EXPECT_TRUE(unpacker.UnpackFolder(L"DOCS\\SUB", Target()));
-  EXPECT_THAT(Out(), ElementsAre(Pair("DOCS/", ""), Pair("DOCS/SUB/", ""),
-                                 Pair("DOCS/SUB/X.TXT", "x")));
+  EXPECT_THAT(Out(),
+              ElementsAre(Pair("DOCS/", ""), Pair("DOCS/SUB/", ""), Pair("DOCS/SUB/X.TXT", "x")));
   Set(&INIUNPACK::bUnpackFolderRelative);
   EXPECT_TRUE(unpacker.UnpackFolder(L"DOCS\\SUB", folder.LibraryPath("out/relative")));
   EXPECT_EQ(ReadFile(folder.Path("out/relative/SUB/X.TXT")), "x");
@@ -245,9 +245,9 @@ TEST_F(IsoExtract, FailsWhereItCannotWriteAndGoesOn) {
   WriteFile(folder.Path("out/DOCS"), "in the way");
   mkdir(folder.Path("out/TOP.TXT").c_str(), 0777);
   EXPECT_FALSE(unpacker.UnpackArchive(Target())) << "the last item failed";
-  EXPECT_THAT(Out(), ElementsAre(Pair("DOCS", "in the way"), Pair("DOCS2/", ""),
-                                 Pair("DOCS2/B.TXT", "b"), Pair("EMPTY/", ""),
-                                 Pair("TOP.TXT/", "")));
+  EXPECT_THAT(Out(),
+              ElementsAre(Pair("DOCS", "in the way"), Pair("DOCS2/", ""), Pair("DOCS2/B.TXT", "b"),
+                          Pair("EMPTY/", ""), Pair("TOP.TXT/", "")));
   EXPECT_FALSE(unpacker.UnpackFile(L"TOP.TXT", folder.LibraryPath("nowhere")));
 }
 
@@ -262,7 +262,8 @@ TEST_F(IsoExtract, NeverOverwritesTheImageItself) {
 
 TEST_F(IsoExtract, WritesNothingForHostileNames) {
   WriteFile(folder.Path("planted"), "untouched");
-  for (const std::string name : {"..", ".", "", "../planted", "..\\planted", "a\\b", "/etc", "C:x"}) {
+  for (const std::string name :
+       {"..", ".", "", "../planted", "..\\planted", "a\\b", "/etc", "C:x"}) {
     builder.Root().AddFile(name, "evil");
     builder.Root().AddFolder(name).AddFile("INSIDE;1", "evil");
   }
@@ -304,9 +305,8 @@ TEST_F(IsoExtract, MatchesTheTreeThatToolsPackedInto) {
   WriteFile(folder.Path("tree/DOCS/DEEP/ER/DATA.BIN"), std::string(300000, '\7'));
   WriteFile(folder.Path("tree/EMPTY.TXT"), "");
   mkdir(folder.Path("tree/NOTHING").c_str(), 0777);
-  const std::string commands[] = {
-      "genisoimage -quiet -iso-level 1 -J -R -o ",
-      "xorriso -report_about SORRY -as mkisofs -iso-level 3 -J -r -o "};
+  const std::string commands[] = {"genisoimage -quiet -iso-level 1 -J -R -o ",
+                                  "xorriso -report_about SORRY -as mkisofs -iso-level 3 -J -r -o "};
   for (const std::string& command : commands) {
     TempFolder fresh;
     const std::string line = command + fresh.Path("x.iso") + " " + folder.Path("tree");

@@ -65,10 +65,14 @@ TEST_F(IsoOpen, ListsFoldersBeforeTheirContentsInRecordOrder) {
 }
 
 TEST_F(IsoOpen, CutsOnlyTheVersionSuffixOne) {
-  const std::pair<const char*, const wchar_t*> cases[] = {
-      {"README.TXT;1", L"README.TXT"}, {"MAKEFILE.;1", L"MAKEFILE"}, {"A;1", L"A"},
-      {"NAME;2", L"NAME;2"},           {"NAME.;12", L"NAME.;12"},    {"A;01", L"A;01"},
-      {"DOT.", L"DOT."},               {"CUT\0REST;1", L"CUT"}};
+  const std::pair<const char*, const wchar_t*> cases[] = {{"README.TXT;1", L"README.TXT"},
+                                                          {"MAKEFILE.;1", L"MAKEFILE"},
+                                                          {"A;1", L"A"},
+                                                          {"NAME;2", L"NAME;2"},
+                                                          {"NAME.;12", L"NAME.;12"},
+                                                          {"A;01", L"A;01"},
+                                                          {"DOT.", L"DOT."},
+                                                          {"CUT\0REST;1", L"CUT"}};
   std::vector<std::wstring> expected;
   for (const auto& [identifier, name] : cases) {
     builder.Root().AddFile(std::string(identifier) == "CUT" ? std::string("CUT\0REST;1", 10)
@@ -80,12 +84,11 @@ TEST_F(IsoOpen, CutsOnlyTheVersionSuffixOne) {
 }
 
 TEST_F(IsoOpen, DecodesNamesInTheCodePageInForce) {
-  builder.Root().AddFile("\xC3\xA9;1");              // UTF-8, valid in the locale's codeset
-  builder.Root().AddFile("\xE9\x81;1");              // Latin; 0x81 has no meaning in 1252
-  builder.Root().AddFile("\x95\x5C.TXT;1");          // Shift JIS with a backslash byte
+  builder.Root().AddFile("\xC3\xA9;1");      // UTF-8, valid in the locale's codeset
+  builder.Root().AddFile("\xE9\x81;1");      // Latin; 0x81 has no meaning in 1252
+  builder.Root().AddFile("\x95\x5C.TXT;1");  // Shift JIS with a backslash byte
   ASSERT_TRUE(Open());
-  EXPECT_THAT(PathsOf(unpacker),
-              ElementsAre(L"\u00E9", L"\u00E9\uF781", L"\u2022\\.TXT"));
+  EXPECT_THAT(PathsOf(unpacker), ElementsAre(L"\u00E9", L"\u00E9\uF781", L"\u2022\\.TXT"));
   ASSERT_TRUE(platform::SetAnsiCodePage("CP932"));
   ASSERT_TRUE(Open());
   EXPECT_EQ(PathsOf(unpacker)[2], L"\u8868.TXT");
@@ -105,9 +108,14 @@ TEST_F(IsoOpen, ReadsDatesAsLocalTimeAndRefusesImpossibleOnes) {
   ASSERT_TRUE(Open());
   EXPECT_NEAR(static_cast<double>(InfoOf(L"A").timeModified), static_cast<double>(time(nullptr)),
               60);
-  for (const testsupport::IsoDate& date :
-       {testsupport::IsoDate{69, 12, 31, 23, 59, 59}, {101, 0, 1}, {101, 13, 1}, {101, 1, 0},
-        {101, 1, 32}, {101, 1, 1, 24}, {101, 1, 1, 0, 60}, {101, 1, 1, 0, 0, 60}}) {
+  for (const testsupport::IsoDate& date : {testsupport::IsoDate{69, 12, 31, 23, 59, 59},
+                                           {101, 0, 1},
+                                           {101, 13, 1},
+                                           {101, 1, 0},
+                                           {101, 1, 32},
+                                           {101, 1, 1, 24},
+                                           {101, 1, 1, 0, 60},
+                                           {101, 1, 1, 0, 0, 60}}) {
     file.date = date;
     try {
       Open();
@@ -147,11 +155,12 @@ TEST_F(IsoOpen, IgnoresOtherDescriptorsAndTheBigEndianHalves) {
 
 TEST_F(IsoOpen, RecognisesUdfBySequenceAndStopsAtAnUnknownIdentifier) {
   builder.Root().AddFile("A;1");
-  builder.Options().descriptorsAfter = {MakeIsoDescriptor(0, "BEA01"), MakeIsoDescriptor(0, "NSR02"),
-                                        MakeIsoDescriptor(0, "TEA01")};
+  builder.Options().descriptorsAfter = {
+      MakeIsoDescriptor(0, "BEA01"), MakeIsoDescriptor(0, "NSR02"), MakeIsoDescriptor(0, "TEA01")};
   EXPECT_FALSE(Open()) << "an image that carries UDF is never read as ISO 9660";
   EXPECT_TRUE(unpacker.CloseArchive());
-  builder.Options().descriptorsAfter = {MakeIsoDescriptor(0, "XXXXX"), MakeIsoDescriptor(0, "NSR02")};
+  builder.Options().descriptorsAfter = {MakeIsoDescriptor(0, "XXXXX"),
+                                        MakeIsoDescriptor(0, "NSR02")};
   EXPECT_TRUE(Open());
 }
 
@@ -305,7 +314,8 @@ TEST_F(IsoOpen, EndsOrderlyForRandomDamage) {
   std::minstd_rand random(7);
   for (int round = 0; round < 500; ++round) {
     std::string bad = image;
-    for (int i = 0; i < 8; ++i) bad[32768 + random() % (bad.size() - 32768)] = static_cast<char>(random());
+    for (int i = 0; i < 8; ++i)
+      bad[32768 + random() % (bad.size() - 32768)] = static_cast<char>(random());
     OpenAnyhow(unpacker, folder, bad);
   }
 }

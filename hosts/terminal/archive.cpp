@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <optional>
 
@@ -50,13 +49,6 @@ std::optional<std::string> ReasonAgainstFile(const std::string& path) {
   return std::nullopt;
 }
 
-std::string ReasonOfException(const CAtlException& exception) {
-  if (exception.m_hr == E_INVALIDARG) return "a recorded date is impossible";
-  char code[32];
-  std::snprintf(code, sizeof code, "error 0x%08x", static_cast<unsigned>(exception.m_hr));
-  return code;
-}
-
 template <class U>
 std::unique_ptr<U> TryFormat(const std::wstring& path, const ArchiveSetup& setup) {
   auto unpacker = std::make_unique<U>();
@@ -84,8 +76,9 @@ std::optional<std::variant<std::unique_ptr<U>...>> TryFormats(
 std::optional<Archive> TryAllFormats(const std::string& path, const ArchiveSetup& setup) {
   try {
     return TryFormats(std::type_identity<Archive>{}, platform::ToLibraryPath(path), setup);
-  } catch (const CAtlException& exception) {
-    throw CommandError(ShownNativePath(path) + ": " + ReasonOfException(exception));
+  } catch (const CAtlException&) {
+    // The only error of this kind that leaves an open.
+    throw CommandError(ShownNativePath(path) + ": a recorded date is impossible");
   }
 }
 

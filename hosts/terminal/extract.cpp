@@ -120,8 +120,7 @@ void UnpackOneFile(U& unpacker, const Request& request, const Run& run) {
     place = PlaceInRun(request, run, item);
     if (!place && _wcsicmp(item.path.c_str(), run.path.c_str()) == 0) isFirst = false;
     if (!place || isFirst) return !place;
-    if (IsSafeItem(item.path, item.name)) {
-      CreateDirectories(platform::ToNativePath(place->folder));
+    if (MakeOutputFolder(place->folder, request.target)) {
       unpacker.UnpackCurrentFile(item.name, place->folder);
     }
     return false;

@@ -2,7 +2,6 @@
 #include <signal.h>
 #include <unistd.h>
 
-#include <clocale>
 #include <exception>
 #include <new>
 #include <string>
@@ -26,7 +25,6 @@ void OccupyStandardStreams() {
 
 int main(int argc, char** argv) {
   OccupyStandardStreams();
-  std::setlocale(LC_ALL, "");
   // A reader that goes away must not end an unpack in the middle of a file.
   signal(SIGPIPE, SIG_IGN);
   try {

@@ -5,12 +5,28 @@
 namespace terminal {
 namespace {
 
-PlannedItem PlannedOf(const Item& item, const OutputPlace& place) {
+/// Knows which items the library refuses: those with an unsafe name, and all
+/// that lies in a folder with one.
+class RefusalWatch {
+ public:
+  bool IsRefused(const Item& item) {
+    const bool isBelow = !folder_.empty() && item.path.starts_with(folder_);
+    const bool isRefused = isBelow || !IsSafeItem(item.path, item.name);
+    if (isRefused && !isBelow && item.isFolder) folder_ = item.path + L'\\';
+    return isRefused;
+  }
+
+ private:
+  /// The refused folder seen last, with a separator behind it.
+  std::wstring folder_;
+};
+
+PlannedItem PlannedOf(const Item& item, const OutputPlace& place, bool isRefused) {
   return {.pathHash = HashOfPath(place.Path()),
           .size = item.isFolder ? 0 : item.size,
           .nameHash = item.isFolder ? 0 : HashOfName(place.name),
           .isFolder = item.isFolder,
-          .outcome = IsSafeItem(item.path, item.name) ? Outcome::kNone : Outcome::kRefused};
+          .outcome = isRefused ? Outcome::kRefused : Outcome::kNone};
 }
 
 }  // namespace
@@ -43,8 +59,9 @@ std::optional<OutputPlace> PlaceInRun(const Request& request, const Run& run, co
 
 Plan MakePlan(Archive& archive, const Request& request) {
   Plan plan;
+  RefusalWatch refusals;
   ForEachPlanned(archive, request, [&](const Item& item, const OutputPlace& place) {
-    plan.push_back(PlannedOf(item, place));
+    plan.push_back(PlannedOf(item, place, refusals.IsRefused(item)));
   });
   return plan;
 }

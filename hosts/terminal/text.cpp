@@ -2,6 +2,7 @@
 
 #include <wchar.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cstdio>
 
@@ -66,8 +67,23 @@ void AppendSimple(std::string& out, wchar_t c, Form form) {
   }
 }
 
+/// Appends the characters that are shown as they are, or as "/", and returns
+/// how many they are. Nearly all texts are one such run.
+std::size_t AppendPlainRun(std::string& out, std::wstring_view text, Form form) {
+  const auto isPlain = [form](wchar_t c) {
+    return IsAsciiPrintable(c) && (form == Form::kText || c != L'/');
+  };
+  const auto end = std::find_if_not(text.begin(), text.end(), isPlain);
+  const std::size_t before = out.size();
+  out.resize(before + static_cast<std::size_t>(end - text.begin()));
+  std::transform(
+      text.begin(), end, out.begin() + static_cast<std::ptrdiff_t>(before),
+      [form](wchar_t c) { return form == Form::kPath && c == L'\\' ? '/' : static_cast<char>(c); });
+  return static_cast<std::size_t>(end - text.begin());
+}
+
 void AppendShown(std::string& out, std::wstring_view text, Form form) {
-  for (std::size_t i = 0; i < text.size();) {
+  for (std::size_t i = AppendPlainRun(out, text, form); i < text.size();) {
     const wchar_t c = text[i];
     if (IsAsciiPrintable(c) || NeedsEscape(c)) {
       AppendSimple(out, c, form);

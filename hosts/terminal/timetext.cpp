@@ -30,11 +30,15 @@ void LocalTimeText::Append(std::string& out, std::int64_t time) {
   }
   const std::int64_t block = FloorDivide(time, kBlock);
   if (block != block_ || upToHour_.empty()) Calculate(block);
-  const std::int64_t second = time - block * kBlock;
-  out += upToHour_;
-  AppendTwoDigits(out, minuteOfBlock_ + second / 60);
-  out += ':';
-  AppendTwoDigits(out, second % 60);
+  if (time != time_) {
+    time_ = time;
+    const std::int64_t second = time - block * kBlock;
+    text_ = upToHour_;
+    AppendTwoDigits(text_, minuteOfBlock_ + second / 60);
+    text_ += ':';
+    AppendTwoDigits(text_, second % 60);
+  }
+  out += text_;
 }
 
 void LocalTimeText::Calculate(std::int64_t block) {

@@ -20,6 +20,9 @@ class LocalTimeText {
   std::int64_t block_ = -1;
   std::int64_t minuteOfBlock_ = 0;
   std::string upToHour_;
+  /// The text of the time written last.
+  std::int64_t time_ = 0;
+  std::string text_;
 };
 
 /// Writes `YYYY-MM-DDTHH:MM:SSZ`.

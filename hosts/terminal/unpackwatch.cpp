@@ -20,14 +20,16 @@ void UnpackWatch::FileStarts(std::wstring_view name) {
 
 void UnpackWatch::FileProgress(unsigned percentage) { percentage_ = percentage; }
 
-void UnpackWatch::Created(std::wstring_view path, std::uint64_t size) {
+void UnpackWatch::Created(std::wstring_view path,
+                          const std::function<std::uint64_t()>& sizeOnDisk) {
   const std::uint64_t hash = HashOfPath(path);
   const bool isNext = next_ < plan_.size() && plan_[next_].pathHash == hash;
   const std::size_t index = isNext ? next_ : Find(hash);
   // A folder that no item of the archive stands for.
   if (index == plan_.size()) return;
   PlannedItem& item = plan_[index];
-  const bool isWhole = item.isFolder || item.size == size;
+  const bool isWhole =
+      item.isFolder || item.size == 0 || percentage_ >= 100 || sizeOnDisk() == item.size;
   item.outcome = isWhole ? Outcome::kWritten : Outcome::kCutShort;
   if (!item.isFolder) Pass(index + 1);
 }

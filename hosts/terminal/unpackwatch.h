@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,8 +21,10 @@ class UnpackWatch {
   /// A file begins to be written.
   void FileStarts(std::wstring_view name);
   void FileProgress(unsigned percentage);
-  /// A folder was created, or a file of `size` bytes written.
-  void Created(std::wstring_view path, std::uint64_t size);
+  /// A folder was created, or a file written. The library takes a file for
+  /// written even where the archive ended early, so `sizeOnDisk` is asked when
+  /// the progress did not reach the end.
+  void Created(std::wstring_view path, const std::function<std::uint64_t()>& sizeOnDisk);
   /// A file is not to replace the existing one.
   void Kept(std::wstring_view name);
 

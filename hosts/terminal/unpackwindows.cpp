@@ -43,8 +43,8 @@ LRESULT UnpackWindows::OnProgress(UINT message, WPARAM wParam, LPARAM lParam) {
 
 LRESULT UnpackWindows::OnFileTree(UINT message, LPARAM lParam) {
   if (message != WM_UNPACK_FILETREE || lParam == 0) return 0;
-  // The library takes a file for written even where the archive ended early.
-  watch_.Created(TextOf(lParam), SizeOnDisk(TextOf(lParam)));
+  const LPCWSTR path = TextOf(lParam);
+  watch_.Created(path, [path] { return SizeOnDisk(path); });
   return 0;
 }
 

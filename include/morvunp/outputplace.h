@@ -35,6 +35,10 @@ MORVUNP_API std::optional<OutputPlace> PlaceInArchiveRun(const INIUNPACK& settin
                                                          const std::wstring& path, bool isFolder,
                                                          const std::wstring& target);
 
+/// Makes a folder below `target`, as the runs do: never through a symbolic
+/// link that stands between the two. True when it exists afterwards.
+MORVUNP_API bool MakeOutputFolder(const std::wstring& folder, const std::wstring& target);
+
 /// True when an item of this path may be written: no empty, "." or ".."
 /// component, no leading separator, no drive, no NUL and no "/" in it.
 /// `name` is the item's own name, which must be the last component whole.

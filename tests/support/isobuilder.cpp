@@ -7,7 +7,6 @@ namespace testsupport {
 namespace {
 
 constexpr std::size_t kDescriptorSize = 2048;
-constexpr std::size_t kRecordHeader = 33;
 
 std::string Bytes(std::uint64_t value, std::size_t count, bool bigEndian) {
   std::string bytes;

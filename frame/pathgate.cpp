@@ -20,7 +20,8 @@ bool StartsWithDrive(std::wstring_view name) {
 }  // namespace
 
 bool IsSafeName(std::wstring_view name, bool inRoot) {
-  if (name.empty() || name == L"." || name == L"..") return false;
+  const bool isSpecial = name.size() <= 2 && name.find_first_not_of(L'.') == name.npos;
+  if (isSpecial) return false;
   return std::none_of(name.begin(), name.end(), IsForbidden) && !(inRoot && StartsWithDrive(name));
 }
 

@@ -38,15 +38,21 @@ std::wstring LocalTimeText(__time64_t time, LPCWSTR format) {
   return {text.data(), std::wcsftime(text.data(), text.size(), format, &local)};
 }
 
-void Totals::AddFile(ULONGLONG size, ULONGLONG packed) {
-  ++nFiles;
-  nSize += size;
-  nPacked += packed;
+void Totals::AddFile(const std::wstring& path, ULONGLONG size, ULONGLONG packed) {
+  if (!path.starts_with(m_prefix)) return;
+  ++m_nFiles;
+  m_nSize += size;
+  m_nPacked += packed;
+}
+
+void Totals::AddFolder(const std::wstring& path) {
+  if (!path.starts_with(m_prefix) || path.size() == m_prefix.size()) return;
+  CheckFolderMap(m_folders, path.substr(m_prefix.size()));
 }
 
 std::wstring Totals::Text() const {
-  return L"Files - " + FormatOfNumber64(nFiles) + L", Folders - " +
-         FormatOfNumber64(folders.size()) + L", " + SizesText(nSize, nPacked);
+  return L"Files - " + FormatOfNumber64(m_nFiles) + L", Folders - " +
+         FormatOfNumber64(m_folders.size()) + L", " + SizesText(m_nSize, m_nPacked);
 }
 
 std::wstring SizesText(ULONGLONG size, ULONGLONG packed) {

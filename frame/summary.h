@@ -5,7 +5,7 @@
 
 #include "frame/foldermap.h"
 #include "frame/itempath.h"
-#include "morvunp/unpacker.h"
+#include "platform/platform.h"
 
 namespace frame {
 
@@ -25,43 +25,30 @@ std::wstring LocalTimeText(__time64_t time, LPCWSTR format);
 /// The date and time of the summary texts.
 inline std::wstring DateTimeText(__time64_t time) { return LocalTimeText(time, L"%x %X"); }
 
-/// Sums over the items of a folder or an archive.
-struct Totals {
-  ULONGLONG nFiles = 0;
-  ULONGLONG nSize = 0;
-  ULONGLONG nPacked = 0;
-  FolderMap folders;
-
-  void AddFile(ULONGLONG size, ULONGLONG packed);
-  /// The folder / archive text of formats that know packed sizes.
-  std::wstring Text() const;
-};
-
 /// "Size - %s bytes, Packed - %s bytes, Ratio - %d%%".
 std::wstring SizesText(ULONGLONG size, ULONGLONG packed);
 
-/// What an item adds to the totals of a format.
-struct ItemSizes {
-  ULONGLONG size;
-  ULONGLONG packed;
-};
+/// Sums over the items of a folder or an archive.
+class Totals {
+ public:
+  /// `folder` is the path of the folder inside the archive; empty for the
+  /// whole archive.
+  explicit Totals(const std::wstring& folder)
+      : m_prefix(folder.empty() ? folder : folder + kSeparator) {}
 
-/// Sums the items whose paths start with `prefix` ("" for the whole archive,
-/// else a folder path and a backslash). `sizesOf` gives a full record's sizes.
-template <class U, class SizesOf>
-Totals SumItems(U& unpacker, const std::wstring& prefix, SizesOf sizesOf) {
-  Totals totals;
-  WalkItems<typename U::FullInfo>(unpacker, [&](const typename U::FullInfo& info) {
-    if (!info.strPath.starts_with(prefix)) return true;
-    if (info.bFolder == 0) {
-      const ItemSizes sizes = sizesOf(info);
-      totals.AddFile(sizes.size, sizes.packed);
-    } else if (info.strPath.size() > prefix.size()) {
-      CheckFolderMap(totals.folders, info.strPath.substr(prefix.size()));
-    }
-    return true;
-  });
-  return totals;
-}
+  /// Counts a file, in bytes, or a folder, when it lies below the folder.
+  void AddFile(const std::wstring& path, ULONGLONG size, ULONGLONG packed);
+  void AddFolder(const std::wstring& path);
+
+  /// The folder / archive text of formats that know packed sizes.
+  std::wstring Text() const;
+
+ private:
+  std::wstring m_prefix;
+  ULONGLONG m_nFiles = 0;
+  ULONGLONG m_nSize = 0;
+  ULONGLONG m_nPacked = 0;
+  FolderMap m_folders;
+};
 
 }  // namespace frame

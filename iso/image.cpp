@@ -1,6 +1,7 @@
 #include "iso/image.h"
 
 #include "frame/filesystem.h"
+#include "frame/summary.h"
 #include "iso/iso9660scan.h"
 #include "iso/recognition.h"
 
@@ -73,6 +74,20 @@ ULONGLONG Image::SizeOf(const CIsoItemInfo& item) const {
 }
 
 ULONGLONG Image::PackedSizeOf(const CIsoItemInfo& item) const { return item.m_nSize64; }
+
+std::wstring Image::TotalsText(const std::wstring& folder) {
+  frame::Totals totals(folder);
+  for (bool more = m_items.FindFile(); more;) {
+    more = m_items.FindNextFile();
+    const CIsoItemInfo& item = *m_items.Current();
+    if (item.m_bFolder != 0) {
+      totals.AddFolder(item.m_strPath);
+    } else {
+      totals.AddFile(item.m_strPath, SizeOf(item), PackedSizeShown(item));
+    }
+  }
+  return totals.Text();
+}
 
 bool Image::WriteItem(const CIsoItemInfo& item, HANDLE file, CUnpackState& state) {
   const CopyBuffer::Lease lease(m_buffer);

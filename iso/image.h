@@ -38,6 +38,14 @@ class Image {
   /// UDF: bytes in the recorded blocks, or the size when none are recorded.
   ULONGLONG PackedSizeOf(const CIsoItemInfo& item) const;
 
+  /// The packed size of the summary texts: an ISO 9660 image packs nothing.
+  ULONGLONG PackedSizeShown(const CIsoItemInfo& item) const {
+    return m_bISO9660 ? item.m_nSize : PackedSizeOf(item);
+  }
+  /// The summary text of a folder, or of the whole image when `folder` is
+  /// empty. Moves the cursor to the end.
+  std::wstring TotalsText(const std::wstring& folder);
+
   /// Writes an item's data to `file`, open at `state.m_strLastTarget`, and
   /// closes it; then gives it its time and attribute. False when the copy
   /// failed, leaving what was written, or was cancelled, leaving no file.

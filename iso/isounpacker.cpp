@@ -132,39 +132,21 @@ bool CIsoUnpacker::IsFolder(const std::wstring& path) {
 
 // Summary texts.
 
-namespace {
-
-/// What an item's record tells of its sizes. An ISO 9660 image packs nothing.
-frame::ItemSizes SizesOf(const ISOFILEFULLINFO& info, bool iso9660) {
-  if (iso9660) return {info.nSize, info.nSize};
-  return {info.nSize64, info.nPackedSize};
-}
-
-}  // namespace
-
 std::wstring CIsoUnpacker::GetFileOutputInfo(const std::wstring& path) {
-  ISOFILEFULLINFO info;
-  if (!LocateFile(path) || !GetFileFullInfo(info)) return {};
-  const bool iso9660 = m_pImage->IsISO9660();
-  std::wstring text = L"Modified - " + frame::DateTimeText(info.timeModified) + L", ";
-  if (!iso9660) text += L"Accessed - " + frame::DateTimeText(info.timeAccessed) + L", ";
-  const frame::ItemSizes sizes = SizesOf(info, iso9660);
-  return text + frame::SizesText(sizes.size, sizes.packed);
+  if (!LocateFile(path)) return {};
+  const iso::CIsoItemInfo& item = *m_pImage->Items().Current();
+  std::wstring text = L"Modified - " + frame::DateTimeText(item.m_timeModified) + L", ";
+  if (!m_pImage->IsISO9660()) {
+    text += L"Accessed - " + frame::DateTimeText(item.m_timeAccessed) + L", ";
+  }
+  return text + frame::SizesText(m_pImage->SizeOf(item), m_pImage->PackedSizeShown(item));
 }
 
 std::wstring CIsoUnpacker::GetFolderOutputInfo(const std::wstring& path) {
-  const bool iso9660 = m_pImage->IsISO9660();
-  return frame::SumItems(*this, path + frame::kSeparator,
-                         [&](const ISOFILEFULLINFO& info) { return SizesOf(info, iso9660); })
-      .Text();
+  return m_pImage->TotalsText(path);
 }
 
-std::wstring CIsoUnpacker::GetArchiveOutputInfo() {
-  const bool iso9660 = m_pImage->IsISO9660();
-  return frame::SumItems(*this, {},
-                         [&](const ISOFILEFULLINFO& info) { return SizesOf(info, iso9660); })
-      .Text();
-}
+std::wstring CIsoUnpacker::GetArchiveOutputInfo() { return m_pImage->TotalsText({}); }
 
 // Unpacking.
 

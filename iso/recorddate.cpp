@@ -36,10 +36,13 @@ __time64_t Convert(const RecordedDate& date) {
 
 __time64_t DateConverter::TimeOf(const RecordedDate& date) {
   if (date == RecordedDate{}) return _time64(nullptr);
+  if (date == m_last) return m_lastTime;
   if (!IsPossible(date)) AtlThrow(E_FAIL);
   const auto [entry, added] = m_known.try_emplace(KeyOf(date), 0);
   if (added) entry->second = Convert(date);
-  return entry->second;
+  m_last = date;
+  m_lastTime = entry->second;
+  return m_lastTime;
 }
 
 }  // namespace iso

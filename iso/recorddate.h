@@ -30,6 +30,9 @@ class DateConverter {
 
  private:
   std::unordered_map<ULONGLONG, __time64_t> m_known;
+  /// Neighbours often share their date.
+  RecordedDate m_last;
+  __time64_t m_lastTime = 0;
 };
 
 }  // namespace iso

@@ -2,7 +2,6 @@
 
 #include <wchar.h>
 
-#include <algorithm>
 #include <charconv>
 #include <cstdio>
 
@@ -70,16 +69,15 @@ void AppendSimple(std::string& out, wchar_t c, Form form) {
 /// Appends the characters that are shown as they are, or as "/", and returns
 /// how many they are. Nearly all texts are one such run.
 std::size_t AppendPlainRun(std::string& out, std::wstring_view text, Form form) {
-  const auto isPlain = [form](wchar_t c) {
-    return IsAsciiPrintable(c) && (form == Form::kText || c != L'/');
-  };
-  const auto end = std::find_if_not(text.begin(), text.end(), isPlain);
   const std::size_t before = out.size();
-  out.resize(before + static_cast<std::size_t>(end - text.begin()));
-  std::transform(
-      text.begin(), end, out.begin() + static_cast<std::ptrdiff_t>(before),
-      [form](wchar_t c) { return form == Form::kPath && c == L'\\' ? '/' : static_cast<char>(c); });
-  return static_cast<std::size_t>(end - text.begin());
+  out.resize(before + text.size());
+  std::size_t length = 0;
+  for (const wchar_t c : text) {
+    if (!IsAsciiPrintable(c) || (form == Form::kPath && c == L'/')) break;
+    out[before + length++] = form == Form::kPath && c == L'\\' ? '/' : static_cast<char>(c);
+  }
+  out.resize(before + length);
+  return length;
 }
 
 void AppendShown(std::string& out, std::wstring_view text, Form form) {

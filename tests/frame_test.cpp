@@ -1,0 +1,127 @@
+// What all unpackers share: numbers, hashes, folders, places and the gate.
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "frame/filesystem.h"
+#include "frame/foldermap.h"
+#include "frame/progress.h"
+#include "frame/summary.h"
+#include "morvunp/morvunp.h"
+#include "support/fakehost.h"
+#include "support/tempfolder.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testsupport::FakeHost;
+using testsupport::TempFolder;
+
+TEST(Summary, GroupsNumbersInThrees) {
+  EXPECT_EQ(frame::FormatOfNumber64(0), L"0");
+  EXPECT_EQ(frame::FormatOfNumber64(999), L"999");
+  EXPECT_EQ(frame::FormatOfNumber64(1000), L"1 000");
+  EXPECT_EQ(frame::FormatOfNumber64(1234567), L"1 234 567");
+  EXPECT_EQ(frame::FormatOfNumber64(~0ULL), L"18 446 744 073 709 551 615");
+}
+
+TEST(Summary, TruncatesRatiosAndSurvivesExtremes) {
+  EXPECT_EQ(frame::SizesText(0, 5), L"Size - 0 bytes, Packed - 5 bytes, Ratio - 0%");
+  EXPECT_EQ(frame::SizesText(100, 150), L"Size - 100 bytes, Packed - 150 bytes, Ratio - 150%");
+  EXPECT_EQ(frame::SizesText(3, 2), L"Size - 3 bytes, Packed - 2 bytes, Ratio - 66%");
+  EXPECT_EQ(frame::PercentageOf(1ULL << 39, 1ULL << 40), 50);
+  EXPECT_EQ(frame::ConvUInt64ToDouble((5ULL << 32) | 7), 5 * 4294967296.0 + 7);
+  EXPECT_GT(frame::PercentageOf(~0ULL, 1), 0) << "more than an integer holds is cut, not undefined";
+}
+
+TEST(Summary, FormatsLocalTimes) {
+  EXPECT_EQ(frame::LocalTimeText(86400 * 365, L"%Y-%m-%d %H"), L"1971-01-01 00");
+  EXPECT_EQ(frame::LocalTimeText(-1, L"%Y"), L"");
+  EXPECT_EQ(frame::LocalTimeText(1LL << 60, L"%Y"), L"");
+  EXPECT_EQ(frame::LocalTimeText(0, std::wstring(200, L'x').c_str()), L"") << "128 characters fit";
+}
+
+TEST(FolderMap, HashesUtf16Units) {
+  EXPECT_EQ(frame::HashKey(L""), 0U);
+  EXPECT_EQ(frame::HashKey(L"a"), 97U);
+  EXPECT_EQ(frame::HashKey(L"ab"), 3299U);
+  EXPECT_EQ(frame::HashKey(L"\U0001F600"), 0xD83DU * 33 + 0xDE00U);
+}
+
+TEST(FolderMap, RegistersAncestorsOnce) {
+  frame::FolderMap map;
+  EXPECT_EQ(frame::CheckFolderMap(map, L"A\\B\\C"), 3U);
+  EXPECT_EQ(frame::CheckFolderMap(map, L"A\\B\\D"), 1U);
+  EXPECT_EQ(frame::CheckFolderMap(map, L"A"), 0U);
+  EXPECT_EQ(map.size(), 4U);
+  // Two texts of one hash: 33 * 'b' + 'A' equals 33 * 'a' + 'b'.
+  EXPECT_EQ(frame::CheckFolderMap(map, L"bA"), 1U);
+  EXPECT_EQ(frame::CheckFolderMap(map, L"ab"), 0U);
+}
+
+TEST(FolderMap, ListsFoldersIgnoringCase) {
+  std::vector<std::wstring> list;
+  EXPECT_TRUE(frame::CheckFolder(list, L"A\\b"));
+  EXPECT_FALSE(frame::CheckFolder(list, L"a\\C"));
+  EXPECT_THAT(list, ElementsAre(L"A\\b", L"A", L"a\\C"));
+}
+
+TEST(CreateFolder, MakesMissingAncestorsAndReportsThem) {
+  const TempFolder folder;
+  CUnpackState state;
+  std::vector<std::wstring> reports;
+  const auto report = [&](const std::wstring& path) { reports.push_back(path); };
+  const std::wstring top = folder.LibraryPath();
+  EXPECT_TRUE(frame::CreateFolder(state, top + L"\\x\\y\\z", report));
+  EXPECT_THAT(reports, ElementsAre(top + L"\\x", top + L"\\x\\y", top + L"\\x\\y\\z"));
+  EXPECT_EQ(state.m_strLastTarget, top + L"\\x\\y\\z");
+  EXPECT_TRUE(frame::CreateFolder(state, top + L"\\x\\y", report));
+  EXPECT_EQ(reports.size(), 3U);
+  testsupport::WriteFile(folder.Path("file"), "");
+  EXPECT_FALSE(frame::CreateFolder(state, top + L"\\file", report));
+  EXPECT_FALSE(frame::CreateFolder(state, top + L"\\file\\below", report));
+  EXPECT_FALSE(frame::CreateFolder(state, L"", report));
+  EXPECT_FALSE(frame::CreateFolder(state, L"not-there\\y", report));
+  EXPECT_FALSE(testsupport::Exists("not-there"));
+}
+
+TEST(SetFileTimeModified, KeepsTheAccessTime) {
+  const TempFolder folder;
+  testsupport::WriteFile(folder.Path("a"), "");
+  const timespec times[] = {{1000, 0}, {2000, 0}};
+  utimensat(AT_FDCWD, folder.Path("a").c_str(), times, 0);
+  EXPECT_TRUE(frame::SetFileTimeModified(folder.LibraryPath("a"), 981173106));
+  struct stat status {};
+  stat(folder.Path("a").c_str(), &status);
+  EXPECT_EQ(status.st_atime, 1000);
+  EXPECT_EQ(status.st_mtime, 981173106);
+  EXPECT_FALSE(frame::SetFileTimeModified(folder.LibraryPath("a"), -5));
+  EXPECT_FALSE(frame::SetFileTimeModified(folder.LibraryPath("b"), 981173106));
+}
+
+TEST(PathGate, LetsOnlySingleHarmlessComponentsThrough) {
+  EXPECT_TRUE(IsSafeItem(L"DOCS\\A.TXT", L"A.TXT"));
+  EXPECT_TRUE(IsSafeItem(L"...", L"..."));
+  EXPECT_TRUE(IsSafeItem(L"D\\C:x", L"C:x")) << "a drive only stands at the start";
+  for (const std::wstring path : {L"", L".", L"..", L"A\\..\\B", L"A\\.\\B", L"\\A", L"A\\\\B",
+                                  L"A\\", L"C:x", L"c:\\x", L"a/b", L"A\\/etc"}) {
+    EXPECT_FALSE(IsSafeItem(path, path.substr(path.rfind(L'\\') + 1)))
+        << std::string(path.begin(), path.end());
+  }
+  EXPECT_FALSE(IsSafeItem(std::wstring(L"a\0b", 3), std::wstring(L"a\0b", 3)));
+  EXPECT_FALSE(IsSafeItem(L"a\\b", L"a\\b")) << "a name that would become two components";
+}
+
+TEST(Progress, SendsPercentagesAndNeverDivides) {
+  FakeHost host;
+  CUnpackState state;
+  frame::UpdateProgress(state, 1, 2, L"no window");
+  state.m_hDialogProgress = host.progress;
+  frame::UpdateProgress(state, 5, 0, L"");
+  frame::UpdateProgress(state, 3, 2, L"over");
+  EXPECT_THAT(host.progressMessages, ElementsAre(testsupport::ProgressMessage{0, L""},
+                                                 testsupport::ProgressMessage{150, L"over"}));
+}
+
+}  // namespace

@@ -39,6 +39,25 @@ bool LockedByOthers(int descriptor, Share share) {
   return flock(descriptor, mode | LOCK_NB) != 0 && errno == EWOULDBLOCK;
 }
 
+/// The file that was created last. Nobody else can have it open yet, and most
+/// files are written at once, so its lock is taken with the second write.
+struct LateLock {
+  int descriptor = -1;
+  bool written = false;
+};
+LateLock lateLock;
+
+/// Before a write. False when somebody else has taken the file meanwhile.
+bool TakeLateLock(int descriptor) {
+  if (descriptor != lateLock.descriptor) return true;
+  if (!lateLock.written) {
+    lateLock.written = true;
+    return true;
+  }
+  lateLock = {};
+  return !LockedByOthers(descriptor, Share::kNothing);
+}
+
 /// Checks what an existing path turned out to be.
 int ErrorOfExisting(int descriptor, bool writing) {
   struct stat status {};
@@ -59,7 +78,9 @@ int OpenDescriptor(const std::string& path, int flags, Share share) {
     const int error = ErrorOfExisting(descriptor, (flags & O_ACCMODE) != O_RDONLY);
     if (error != 0) return CloseWithErrno(descriptor, error);
   }
-  if (LockedByOthers(descriptor, share)) return CloseWithErrno(descriptor, EWOULDBLOCK);
+  const bool isFresh = (flags & O_EXCL) != 0;
+  lateLock = isFresh && share == Share::kNothing ? LateLock{descriptor, false} : LateLock{};
+  if (!isFresh && LockedByOthers(descriptor, share)) return CloseWithErrno(descriptor, EWOULDBLOCK);
   if ((flags & O_TRUNC) != 0 && ftruncate(descriptor, 0) != 0) {
     return CloseWithErrno(descriptor, errno);
   }
@@ -136,6 +157,7 @@ BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD length, DWORD* read, OVERLAPPED*
 BOOL WriteFile(HANDLE file, const void* buffer, DWORD length, DWORD* written, OVERLAPPED*) {
   const auto* bytes = static_cast<const char*>(buffer);
   *written = 0;
+  if (!platform::TakeLateLock(DescriptorOf(file))) return FailWithErrno(EWOULDBLOCK);
   while (*written < length) {
     const ssize_t result = RetryInterrupted(
         [&] { return write(DescriptorOf(file), bytes + *written, length - *written); });
@@ -147,6 +169,7 @@ BOOL WriteFile(HANDLE file, const void* buffer, DWORD length, DWORD* written, OV
 }
 
 BOOL CloseHandle(HANDLE file) {
+  if (platform::lateLock.descriptor == DescriptorOf(file)) platform::lateLock = {};
   return close(DescriptorOf(file)) == 0 ? TRUE : FailWithErrno(errno);
 }
 

@@ -4,7 +4,8 @@
 // (see platform/text.h). Attributes: read-only is the absence of the owner's
 // write bit; hidden and system live in the extended attribute user.DOSATTRIB
 // as a hexadecimal text. Sharing is advisory (flock): readers share, a writer
-// that asks is refused. A failing call leaves its reason in GetLastError.
+// that asks is refused; a file that is just created takes its lock with its
+// second write. A failing call leaves its reason in GetLastError.
 #pragma once
 
 #include "platform/times.h"

@@ -87,6 +87,25 @@ TEST_F(Attributes, LookAtLinksThemselves) {
   EXPECT_EQ(Get(), INVALID_FILE_ATTRIBUTES);
 }
 
+TEST(Files, AreTheWritersOwnFromTheSecondWriteOn) {
+  const TempFolder folder;
+  const std::wstring path = folder.LibraryPath("f");
+  const auto open = [&](DWORD disposition) {
+    return CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, disposition, 0, nullptr);
+  };
+  const HANDLE file = open(CREATE_NEW);
+  DWORD written = 0;
+  EXPECT_TRUE(WriteFile(file, "1", 1, &written, nullptr));
+  EXPECT_TRUE(WriteFile(file, "2", 1, &written, nullptr));
+  EXPECT_EQ(open(CREATE_ALWAYS), INVALID_HANDLE_VALUE);
+  EXPECT_EQ(GetLastError(), ERROR_SHARING_VIOLATION);
+  EXPECT_EQ(testsupport::ReadFile(folder.Path("f")), "12") << "refused before it was cut";
+  CloseHandle(file);
+  const HANDLE again = open(CREATE_ALWAYS);
+  EXPECT_NE(again, INVALID_HANDLE_VALUE);
+  CloseHandle(again);
+}
+
 TEST(Files, NeverWaitForAPipe) {
   const TempFolder folder;
   ASSERT_EQ(mkfifo(folder.Path("pipe").c_str(), 0600), 0);

@@ -175,7 +175,7 @@ TEST_F(IsoExtract, CopiesFilesWhereverTheyLie) {
   std::vector<std::string> contents;
   IsoNode& folderNode = builder.Root().AddFolder("F");
   for (int i = 0; i < 40; ++i) {
-    contents.push_back(std::string(static_cast<std::size_t>(i) * 3001, static_cast<char>('A' + i)));
+    contents.emplace_back(static_cast<std::size_t>(i) * 3001, static_cast<char>('A' + i));
     folderNode.AddFile("F" + std::to_string(100 + i) + ";1", contents.back());
   }
   Open();

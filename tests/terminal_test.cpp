@@ -111,7 +111,7 @@ class OnTerminal {
  private:
   bool ReadSome() {
     pollfd input{terminal_, POLLIN, 0};
-    std::array<char, 4096> block;
+    std::array<char, 4096> block{};
     if (poll(&input, 1, 20000) != 1) return false;
     const ssize_t count = read(terminal_, block.data(), block.size());
     if (count <= 0) return false;
@@ -274,6 +274,21 @@ TEST_F(TerminalTest, NamesFilesThatTheImageLacksAPartOf) {
   const Result result = RunCommand({"extract", image, "-C", Out(), "-q"});
   EXPECT_EQ(result.exitCode, 1);
   EXPECT_EQ(result.errors, "morvunp: LAST: cut short: the archive ends before the file does\n");
+}
+
+TEST_F(TerminalTest, SaysWhenFoldersOfTheImageAreMissing) {
+  testsupport::IsoBuilder builder;
+  builder.Root().AddFolder("GONE").AddFile("A.TXT;1", "a");
+  std::string image = builder.Build();
+  image.resize(builder.LocationOf(*builder.Root().children[0]) * std::size_t{2048});
+  WriteFile(folder_.Path("cut.iso"), image);
+  for (const char* command : {"list", "info", "extract"}) {
+    Arguments arguments{command, folder_.Path("cut.iso")};
+    if (arguments[0] == "extract") arguments.insert(arguments.end(), {"-C", folder_.Path("cut")});
+    const Result result = RunCommand(arguments);
+    EXPECT_EQ(result.exitCode, 1) << command;
+    EXPECT_NE(result.errors.find("cut or damaged"), std::string::npos) << command;
+  }
 }
 
 TEST_F(TerminalTest, RefusesUnsafeNames) {

@@ -9,6 +9,7 @@
 #include <optional>
 
 #include "exitcode.h"
+#include "output.h"
 #include "platform/text.h"
 #include "text.h"
 
@@ -67,7 +68,11 @@ std::optional<std::variant<std::unique_ptr<U>...>> TryFormats(
     const ArchiveSetup& setup) {
   std::optional<std::variant<std::unique_ptr<U>...>> archive;
   const auto tryOne = [&](std::unique_ptr<U>... none) {
-    ((none = TryFormat<U>(path, setup), none ? (archive = std::move(none), true) : false) || ...);
+    const auto isOpened = [&](auto& unpacker) {
+      if (unpacker) archive = std::move(unpacker);
+      return archive.has_value();
+    };
+    static_cast<void>((isOpened(none = TryFormat<U>(path, setup)) || ...));
   };
   tryOne(std::unique_ptr<U>{}...);
   return archive;
@@ -95,6 +100,16 @@ Archive OpenArchiveFile(const std::string& path, const ArchiveSetup& setup) {
     throw CommandError(ShownNativePath(path) + ": another program is writing to it");
   }
   throw CommandError(ShownNativePath(path) + ": not an archive that morvunp knows, or damaged");
+}
+
+int CheckComplete(Archive& archive, const std::string& path) {
+  const bool isComplete = WithUnpacker(archive, [](auto& unpacker) {
+    if constexpr (requires { unpacker.IsListComplete(); }) return unpacker.IsListComplete();
+    return true;
+  });
+  if (isComplete) return kExitComplete;
+  PrintError(ShownNativePath(path) + ": cut or damaged: not all of its folders could be read");
+  return kExitIncomplete;
 }
 
 }  // namespace terminal

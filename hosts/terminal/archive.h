@@ -27,6 +27,10 @@ struct ArchiveSetup {
 /// the reason when it is no archive that can be used.
 Archive OpenArchiveFile(const std::string& path, const ArchiveSetup& setup);
 
+/// kExitComplete when the list of items is all that the archive holds;
+/// otherwise says that it is cut or damaged and gives kExitIncomplete.
+int CheckComplete(Archive& archive, const std::string& path);
+
 /// Calls `operation` with the unpacker object itself.
 template <class Operation>
 auto WithUnpacker(Archive& archive, Operation operation) {

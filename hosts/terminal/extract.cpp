@@ -188,7 +188,8 @@ int Extract(const ExtractCommand& command) {
                     {.stopped = interface.Stopped(),
                      .keptUnasked = command.overwrite == Overwrite::kAsk && !CanAsk()});
   if (interface.Stopped()) return kExitInterrupted;
-  const bool isComplete = list.allFound && totals.missing == 0;
+  const bool isListWhole = CheckComplete(archive, command.archive) == kExitComplete;
+  const bool isComplete = list.allFound && totals.missing == 0 && isListWhole;
   const int exitCode = isComplete ? kExitComplete : kExitIncomplete;
   return command.isQuiet ? exitCode : PrintTotals(totals, command.directory, exitCode);
 }

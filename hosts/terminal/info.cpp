@@ -1,5 +1,7 @@
 #include "info.h"
 
+#include <algorithm>
+
 #include "archive.h"
 #include "exitcode.h"
 #include "output.h"
@@ -37,10 +39,13 @@ int WriteSelections(Archive& archive, const std::vector<std::string>& paths,
 int Info(const std::string& archivePath, const std::vector<std::string>& paths) {
   Archive archive = OpenArchiveFile(archivePath, {});
   StandardOutput output;
-  if (!paths.empty()) return output.Finish(WriteSelections(archive, paths, output));
+  const int exitCode = CheckComplete(archive, archivePath);
+  if (!paths.empty()) {
+    return output.Finish(std::max(exitCode, WriteSelections(archive, paths, output)));
+  }
   const auto summary = WithUnpacker(archive, [](auto& u) { return u.GetArchiveOutputInfo(); });
   output.Text() += ShownText(summary) + "\n";
-  return output.Finish(kExitComplete);
+  return output.Finish(exitCode);
 }
 
 }  // namespace terminal

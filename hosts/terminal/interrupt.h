@@ -19,7 +19,7 @@ class InterruptGuard {
   InterruptGuard& operator=(const InterruptGuard&) = delete;
 
  private:
-  struct sigaction previous_;
+  struct sigaction previous_ {};
 };
 
 bool InterruptPending();

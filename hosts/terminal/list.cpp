@@ -97,7 +97,7 @@ int List(const std::string& archivePath, bool asJson) {
   } else {
     WriteTable(archive, output);
   }
-  return output.Finish(0);
+  return output.Finish(CheckComplete(archive, archivePath));
 }
 
 }  // namespace terminal

@@ -41,7 +41,7 @@ class BlockedInterrupt {
   }
 
  private:
-  sigset_t previous_;
+  sigset_t previous_{};
 };
 
 /// None after Ctrl-C or at the end of the input. Reads single bytes: what
@@ -50,7 +50,7 @@ std::optional<std::string> ReadLine() {
   const BlockedInterrupt blocked;
   std::string line;
   while (blocked.WaitForInput()) {
-    char c;
+    char c = 0;
     const ssize_t count = read(STDIN_FILENO, &c, 1);
     if (count < 0 && errno == EINTR) continue;
     if (count <= 0) return std::nullopt;

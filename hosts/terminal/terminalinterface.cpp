@@ -20,7 +20,7 @@ constexpr UINT kReplaceName = 1006;
 /// The dialog shows the name as a part of its sentence: in single quotes, with
 /// a full stop.
 std::wstring NameInDialog(const CDialog& dialog) {
-  const std::wstring text = dialog.ControlText(kReplaceName);
+  std::wstring text = dialog.ControlText(kReplaceName);
   if (text.size() < 3 || !text.starts_with(L"'") || !text.ends_with(L"'.")) return text;
   return text.substr(1, text.size() - 3);
 }

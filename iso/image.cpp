@@ -1,9 +1,12 @@
 #include "iso/image.h"
 
+#include <algorithm>
+
 #include "frame/filesystem.h"
 #include "frame/summary.h"
 #include "iso/iso9660scan.h"
 #include "iso/recognition.h"
+#include "iso/udfscan.h"
 
 namespace iso {
 namespace {
@@ -24,12 +27,24 @@ bool Image::Open(const std::wstring& path) {
   Close();
   if (path.empty()) return false;
   CheckIsoImage(path);
-  if (!m_bISO9660 || !OpenISO9660(path)) return false;
+  if (m_bUDF) m_volumes.RemoveUDFAllItems();
+  const bool opened = m_bISO9660 ? OpenISO9660(path) : m_bUDF && OpenUDF(path);
+  if (!opened) return false;
   m_items.RemoveAllItems();
-  Iso9660Scan scan(*m_pSource, m_nBlockSize, m_items);
-  scan.InitScanISO9660(m_nRootLocation, m_nRootLength, {});
+  return Scan();
+}
+
+bool Image::Scan() {
+  if (m_bISO9660) {
+    Iso9660Scan scan(*m_pSource, m_nBlockSize, m_items);
+    scan.InitScanISO9660(m_nRootLocation, m_nRootLength, {});
+    m_bListComplete = scan.IsComplete();
+    return true;
+  }
+  UdfScan scan(*m_pSource, m_volumes, m_items);
+  const bool listed = scan.InitScanUDF();
   m_bListComplete = scan.IsComplete();
-  return true;
+  return listed;
 }
 
 bool Image::Close() {
@@ -69,11 +84,18 @@ bool Image::OpenISO9660(const std::wstring& path) {
   return true;
 }
 
+bool Image::OpenUDF(const std::wstring& path) {
+  return OpenDescriptor(path) && m_volumes.Open(*m_pSource);
+}
+
 ULONGLONG Image::SizeOf(const CIsoItemInfo& item) const {
   return m_bISO9660 ? item.m_nSize : item.m_nSize64;
 }
 
-ULONGLONG Image::PackedSizeOf(const CIsoItemInfo& item) const { return item.m_nSize64; }
+ULONGLONG Image::PackedSizeOf(const CIsoItemInfo& item) const {
+  if (item.m_nBlocksRecorded == 0) return item.m_nSize64;
+  return item.m_nBlocksRecorded * m_volumes.SectorSize();
+}
 
 std::wstring Image::TotalsText(const std::wstring& folder) {
   frame::Totals totals(folder);
@@ -104,8 +126,33 @@ bool Image::WriteItem(const CIsoItemInfo& item, HANDLE file, CUnpackState& state
 }
 
 CopyResult Image::CopyItem(const CIsoItemInfo& item, OutputFile& output) {
+  if (item.m_pAllocation != nullptr) return CopyUDF(*item.m_pAllocation, output);
   return CopyExtent(*m_pSource, m_buffer, ULONGLONG{m_nBlockSize} * item.m_nLocation, item.m_nSize,
                     output);
+}
+
+CopyResult Image::CopyUDF(const UdfAllocation& allocation, OutputFile& output) {
+  if (allocation.m_bDataInICB) {
+    const std::span<const BYTE> data = allocation.m_arrData;
+    return output.WriteAtOnce(
+        data.first(static_cast<std::size_t>(std::min<ULONGLONG>(data.size(), output.Remaining()))));
+  }
+  for (const UDFEXTENT& extent : allocation.m_arrExtents) {
+    const CopyResult result = CopyUDFExtent(allocation.m_nLogicalVolume, extent, output);
+    if (result != CopyResult::kDone) return result;
+  }
+  return output.Finish();
+}
+
+CopyResult Image::CopyUDFExtent(int volume, const UDFEXTENT& extent, OutputFile& output) {
+  const ULONGLONG length = std::min<ULONGLONG>(extent.Bytes(), output.Remaining());
+  if (length == 0) return CopyResult::kDone;
+  if (extent.Type() != UdfExtentType::kRecorded) return output.Skip(length);
+  if (!m_volumes.HasPartition(volume, extent.partition)) return CopyResult::kFailed;
+  const auto position =
+      m_volumes.PositionOf(volume, extent.partition, extent.position, extent.Bytes());
+  if (!position) return CopyResult::kFailed;
+  return CopyExtent(*m_pSource, m_buffer, *position, length, output);
 }
 
 }  // namespace iso

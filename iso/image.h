@@ -5,8 +5,9 @@
 #include <string>
 
 #include "iso/bytesource.h"
-#include "iso/extract.h"
+#include "iso/copy.h"
 #include "iso/itemlist.h"
+#include "iso/udfvolume.h"
 
 namespace iso {
 
@@ -18,7 +19,9 @@ class Image {
   Image& operator=(const Image&) = delete;
 
   /// Closes what is open, recognises the file, opens it and lists its items.
-  /// Throws CAtlException when a recorded date is impossible.
+  /// Throws CAtlException when a recorded date is impossible and
+  /// CInvalidArgException when a UDF structure names a partition that does not
+  /// exist.
   bool Open(const std::wstring& path);
   /// True when nothing was open or the file closed. The items stay.
   bool Close();
@@ -27,6 +30,7 @@ class Image {
 
   ItemList& Items() { return m_items; }
   const ItemList& Items() const { return m_items; }
+  void RemoveUDFAllItems() { m_volumes.RemoveUDFAllItems(); }
   bool IsOpen() const { return m_nFile != 0; }
 
   /// False when a directory of the image could not be read whole.
@@ -55,8 +59,12 @@ class Image {
 
  private:
   bool OpenISO9660(const std::wstring& path);
+  bool OpenUDF(const std::wstring& path);
+  bool Scan();
   bool OpenDescriptor(const std::wstring& path);
   CopyResult CopyItem(const CIsoItemInfo& item, OutputFile& output);
+  CopyResult CopyUDF(const UdfAllocation& allocation, OutputFile& output);
+  CopyResult CopyUDFExtent(int volume, const UDFEXTENT& extent, OutputFile& output);
 
   /// C runtime descriptor; 0 when no image is open.
   int m_nFile = 0;
@@ -66,6 +74,7 @@ class Image {
   DWORD m_nBlockSize = 0;
   DWORD m_nRootLocation = 0;
   DWORD m_nRootLength = 0;
+  UdfVolumes m_volumes;
   ItemList m_items;
   bool m_bListComplete = true;
   CopyBuffer m_buffer;

@@ -44,7 +44,7 @@ void CIsoUnpacker::CheckIsoImage(const std::wstring& path) { m_pImage->CheckIsoI
 
 bool CIsoUnpacker::IsListComplete() const { return m_pImage->IsListComplete(); }
 
-void CIsoUnpacker::RemoveUDFAllItems() {}
+void CIsoUnpacker::RemoveUDFAllItems() { m_pImage->RemoveUDFAllItems(); }
 
 void CIsoUnpacker::RemoveAllItems() { m_pImage->Items().RemoveAllItems(); }
 

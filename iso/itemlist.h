@@ -2,14 +2,26 @@
 #pragma once
 
 #include <deque>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "iso/udf.h"
 #include "morvunp/isounpacker.h"
 
 namespace iso {
+
+/// Where the data of a UDF file is.
+struct UdfAllocation {
+  /// Index of the logical volume that holds the file.
+  int m_nLogicalVolume = 0;
+  /// The data is in m_arrData, not in m_arrExtents.
+  bool m_bDataInICB = false;
+  std::vector<UDFEXTENT> m_arrExtents;
+  std::vector<BYTE> m_arrData;
+};
 
 /// One file or folder of the image.
 class CIsoItemInfo : public CObject {
@@ -27,6 +39,8 @@ class CIsoItemInfo : public CObject {
   __time64_t m_timeAccessed = 0;
   ULONGLONG m_nSize64 = 0;
   ULONGLONG m_nBlocksRecorded = 0;
+  /// UDF files only.
+  std::unique_ptr<UdfAllocation> m_pAllocation;
   BYTE m_bFolder = 0;
   BYTE m_bHidden = 0;
   /// The path gate lets this item through: its own name and those of all

@@ -19,4 +19,10 @@ bool ScanGuard::Enter(ULONGLONG key, ULONGLONG length, const std::wstring& path)
   return true;
 }
 
+bool ScanGuard::CountAllocation(ULONGLONG length) {
+  if (length > m_nAllocationLeft) return false;
+  m_nAllocationLeft -= length;
+  return true;
+}
+
 }  // namespace iso

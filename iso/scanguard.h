@@ -19,16 +19,21 @@ namespace iso {
 ///   stay in proportion to the directory bytes that made them.
 class ScanGuard {
  public:
-  explicit ScanGuard(ULONGLONG imageSize) : m_nBytesLeft(imageSize) {}
+  explicit ScanGuard(ULONGLONG imageSize) : m_nBytesLeft(imageSize), m_nAllocationLeft(imageSize) {}
 
   /// `key` names the folder's place in the image; `length` is the number of
   /// bytes that reading it takes.
   bool Enter(ULONGLONG key, ULONGLONG length, const std::wstring& path);
+  /// Counts bytes of allocation descriptors and embedded data that are kept for
+  /// an item. False when all together exceed what the image can hold, as when
+  /// many names lead to one large entry.
+  bool CountAllocation(ULONGLONG length);
   /// Counts an item that was listed.
   void CountPath(const std::wstring& path) { m_nPathCharacters += path.size(); }
 
  private:
   ULONGLONG m_nBytesLeft;
+  ULONGLONG m_nAllocationLeft;
   ULONGLONG m_nBytesRead = 0;
   ULONGLONG m_nPathCharacters = 0;
   std::unordered_set<ULONGLONG> m_entered;

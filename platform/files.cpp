@@ -168,6 +168,23 @@ BOOL WriteFile(HANDLE file, const void* buffer, DWORD length, DWORD* written, OV
   return TRUE;
 }
 
+DWORD SetFilePointer(HANDLE file, LONG low, LONG* high, DWORD) {
+  const std::int64_t distance = std::int64_t{*high} << 32 | static_cast<DWORD>(low);
+  const off_t position = lseek(DescriptorOf(file), distance, SEEK_CUR);
+  if (position < 0) {
+    FailWithErrno(errno);
+    return INVALID_SET_FILE_POINTER;
+  }
+  *high = static_cast<LONG>(position >> 32);
+  return static_cast<DWORD>(position);
+}
+
+BOOL SetEndOfFile(HANDLE file) {
+  const off_t position = lseek(DescriptorOf(file), 0, SEEK_CUR);
+  if (position < 0 || ftruncate(DescriptorOf(file), position) != 0) return FailWithErrno(errno);
+  return TRUE;
+}
+
 BOOL CloseHandle(HANDLE file) {
   if (platform::lateLock.descriptor == DescriptorOf(file)) platform::lateLock = {};
   return close(DescriptorOf(file)) == 0 ? TRUE : FailWithErrno(errno);

@@ -35,6 +35,9 @@ inline constexpr DWORD FILE_FLAG_OPEN_REPARSE_POINT = 0x00200000;
 
 inline constexpr std::size_t MAX_PATH = 260;
 
+inline constexpr DWORD FILE_CURRENT = 1;
+inline constexpr DWORD INVALID_SET_FILE_POINTER = 0xFFFFFFFF;
+
 struct SECURITY_ATTRIBUTES;
 
 /// The byte offset of a positioned read (the only use of this record here).
@@ -62,6 +65,12 @@ MORVUNP_API BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD length, DWORD* read,
                           OVERLAPPED* position);
 MORVUNP_API BOOL WriteFile(HANDLE file, const void* buffer, DWORD length, DWORD* written,
                            OVERLAPPED*);
+/// Moves the file pointer by a 64-bit distance, its high half in `*high`, from
+/// where it is (the only method here). The new pointer comes back in two
+/// halves; INVALID_SET_FILE_POINTER with an error code on failure.
+MORVUNP_API DWORD SetFilePointer(HANDLE file, LONG low, LONG* high, DWORD method);
+/// Ends the file at the file pointer; what is added reads as zeros.
+MORVUNP_API BOOL SetEndOfFile(HANDLE file);
 MORVUNP_API BOOL CloseHandle(HANDLE file);
 
 /// INVALID_FILE_ATTRIBUTES when the path does not exist. Looks at a symbolic

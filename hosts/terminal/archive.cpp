@@ -84,6 +84,8 @@ std::optional<Archive> TryAllFormats(const std::string& path, const ArchiveSetup
   } catch (const CAtlException&) {
     // The only error of this kind that leaves an open.
     throw CommandError(ShownNativePath(path) + ": a recorded date is impossible");
+  } catch (const CInvalidArgException&) {
+    throw CommandError(ShownNativePath(path) + ": damaged: it names a partition that it lacks");
   }
 }
 

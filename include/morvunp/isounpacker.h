@@ -52,8 +52,9 @@ struct ISOFILEFULLINFO {
 
 /// Opens disc images. See morvunp/unpacker.h for the common contract.
 ///
-/// OpenArchive can throw CAtlException when a recorded date is impossible, and
-/// FindNextFile CInvalidArgException when it is called past the last item.
+/// OpenArchive can throw CAtlException when a recorded date is impossible and
+/// CInvalidArgException when a UDF structure names a partition that does not
+/// exist; FindNextFile throws CInvalidArgException past the last item.
 class MORVUNP_API CIsoUnpacker {
  public:
   using ShortInfo = ISOFILESHORTINFO;

@@ -45,6 +45,20 @@ class CopyBuffer {
   int m_nLeases = 0;
 };
 
+/// A source whose small reads go through a window of 256 KiB, for structures
+/// that lie close together.
+class WindowSource : public ByteSource {
+ public:
+  explicit WindowSource(ByteSource& source) : m_source(source) {}
+
+  std::int64_t ReadAt(std::uint64_t offset, void* buffer, std::uint32_t length) override;
+  std::uint64_t Size() const override { return m_source.Size(); }
+
+ private:
+  ByteSource& m_source;
+  CopyBuffer m_window;
+};
+
 /// The file being written: writes, reports progress after each block, pumps
 /// messages and asks when the user wants to stop.
 class OutputFile {
@@ -53,12 +67,24 @@ class OutputFile {
       : m_hFile(file), m_state(state), m_nTotal(total) {}
 
   CopyResult Write(std::span<const BYTE> block);
+  /// Writes data that is one block by nature: reports, but pumps no messages.
+  CopyResult WriteAtOnce(std::span<const BYTE> data);
+  /// Leaves a hole of zeros, which costs nothing whatever its length.
+  CopyResult Skip(std::uint64_t length);
+  /// Ends the file where the writing ended, also behind a hole.
+  CopyResult Finish();
+
+  /// Bytes that the file does not have yet.
+  std::uint64_t Remaining() const { return m_nTotal - m_nDone; }
 
  private:
+  bool WriteBytes(std::span<const BYTE> bytes);
+
   HANDLE m_hFile;
   CUnpackState& m_state;
   ULONGLONG m_nTotal;
   ULONGLONG m_nDone = 0;
+  bool m_bEndsInHole = false;
 };
 
 /// Copies `length` bytes at `offset` of the image. Where the image ends early

@@ -1,4 +1,4 @@
-#include "iso/extract.h"
+#include "iso/copy.h"
 
 #include <algorithm>
 
@@ -37,15 +37,53 @@ std::optional<std::span<const BYTE>> CopyBuffer::Read(ByteSource& source, std::u
                                                 std::min<std::size_t>(wanted, m_nLength - start));
 }
 
-CopyResult OutputFile::Write(std::span<const BYTE> block) {
+std::int64_t WindowSource::ReadAt(std::uint64_t offset, void* buffer, std::uint32_t length) {
+  if (length > CopyBuffer::kCapacity) return m_source.ReadAt(offset, buffer, length);
+  const auto bytes = m_window.Read(m_source, offset, length);
+  if (!bytes) return -1;
+  std::copy(bytes->begin(), bytes->end(), static_cast<BYTE*>(buffer));
+  return static_cast<std::int64_t>(bytes->size());
+}
+
+bool OutputFile::WriteBytes(std::span<const BYTE> bytes) {
   DWORD written = 0;
-  const auto length = static_cast<DWORD>(block.size());
-  if (WriteFile(m_hFile, block.data(), length, &written, nullptr) == FALSE || written != length) {
-    return CopyResult::kFailed;
+  const auto length = static_cast<DWORD>(bytes.size());
+  if (WriteFile(m_hFile, bytes.data(), length, &written, nullptr) == FALSE || written != length) {
+    return false;
   }
   m_nDone += written;
+  m_bEndsInHole = false;
+  return true;
+}
+
+CopyResult OutputFile::Write(std::span<const BYTE> block) {
+  if (!WriteBytes(block)) return CopyResult::kFailed;
   return frame::ReportBlock(m_state, m_nDone, m_nTotal) ? CopyResult::kDone
                                                         : CopyResult::kCancelled;
+}
+
+CopyResult OutputFile::WriteAtOnce(std::span<const BYTE> data) {
+  if (!WriteBytes(data)) return CopyResult::kFailed;
+  frame::UpdateProgress(m_state, m_nDone, m_nTotal, {});
+  return CopyResult::kDone;
+}
+
+CopyResult OutputFile::Skip(std::uint64_t length) {
+  auto high = static_cast<LONG>(length >> 32);
+  SetLastError(ERROR_SUCCESS);
+  const DWORD low =
+      SetFilePointer(m_hFile, static_cast<LONG>(length & 0xFFFFFFFF), &high, FILE_CURRENT);
+  if (low == INVALID_SET_FILE_POINTER && GetLastError() != ERROR_SUCCESS) {
+    return CopyResult::kFailed;
+  }
+  m_nDone += length;
+  m_bEndsInHole = true;
+  return frame::ReportBlock(m_state, m_nDone, m_nTotal) ? CopyResult::kDone
+                                                        : CopyResult::kCancelled;
+}
+
+CopyResult OutputFile::Finish() {
+  return !m_bEndsInHole || SetEndOfFile(m_hFile) != FALSE ? CopyResult::kDone : CopyResult::kFailed;
 }
 
 CopyResult CopyExtent(ByteSource& source, CopyBuffer& buffer, std::uint64_t offset,

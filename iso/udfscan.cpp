@@ -1,0 +1,193 @@
+#include "iso/udfscan.h"
+
+#include <algorithm>
+
+namespace iso {
+namespace {
+
+// ECMA-167 4/14.9: an entry fits into one logical block. An ICB with several
+// entries is longer, but only the first one is in use.
+constexpr DWORD kLongestEntry = 16384;
+constexpr std::size_t kEntryHeader = 176;
+// A block of continuation describes hundreds of extents of up to 1 GiB each.
+constexpr int kMostContinuations = 4096;
+
+ULONGLONG BytesOf(const std::vector<UDFEXTENT>& extents) {
+  ULONGLONG bytes = 0;
+  for (const UDFEXTENT& extent : extents) bytes += extent.Bytes();
+  return bytes;
+}
+
+}  // namespace
+
+bool UdfScan::InitScanUDF() {
+  bool result = false;
+  const auto count = static_cast<int>(m_volumes.LogicalVolumes().size());
+  for (int volume = 0; volume < count; ++volume) {
+    if (!ScanVolume(volume)) {
+      m_bComplete = false;
+      break;
+    }
+    result = true;
+  }
+  return result;
+}
+
+bool UdfScan::ScanVolume(int volume) {
+  UDFVOLUME& logical = m_volumes.LogicalVolumes()[static_cast<std::size_t>(volume)];
+  const UDFICB& fileSet = logical.fileSet;
+  if (fileSet.Bytes() < kUdfFileSetLength) return false;
+  if (!m_volumes.PositionOf(volume, fileSet.partition, fileSet.location, fileSet.Bytes())) {
+    return false;
+  }
+  const auto bytes = m_volumes.ReadExtent(m_window, volume, fileSet.partition, fileSet.location,
+                                          kUdfFileSetLength);
+  const auto root = bytes ? DecodeFileSetRoot(*bytes) : std::nullopt;
+  if (!root) return false;
+  logical.rootICBs.push_back(*root);
+  return std::all_of(logical.rootICBs.begin(), logical.rootICBs.end(),
+                     [&](const UDFICB& icb) { return ScanRoot(volume, icb); });
+}
+
+bool UdfScan::ScanRoot(int volume, const UDFICB& icb) {
+  const auto bytes = ReadEntry(volume, icb);
+  const auto entry = bytes ? DecodeFileEntry(*bytes) : std::nullopt;
+  if (!entry) return false;
+  // ECMA-167 4/14.9.19: whole attributes only; they end inside the entry.
+  const DWORD attributes = entry->extendedAttributesLength;
+  if (attributes % 4 != 0 || attributes > icb.Bytes() - kEntryHeader) return false;
+  return !entry->folder || ReadContents(*entry, icb, {volume, icb.partition}, {});
+}
+
+std::optional<std::vector<BYTE>> UdfScan::ReadEntry(int volume, const UDFICB& icb) {
+  const auto position = m_volumes.PositionOf(volume, icb.partition, icb.location, icb.Bytes());
+  if (!position) return std::nullopt;
+  return ReadWhole(m_window, *position, std::min(icb.Bytes(), kLongestEntry));
+}
+
+CIsoItemInfo UdfScan::MakeUdfItem(std::wstring_view name, const UdfFileEntry& entry, bool hidden,
+                                  const ItemFolder& parent) {
+  CIsoItemInfo item = MakeItem(name, parent);
+  item.m_bFolder = entry.folder ? 1 : 0;
+  item.m_bHidden = hidden ? 1 : 0;
+  item.m_nSize64 = entry.informationLength;
+  item.m_nBlocksRecorded = entry.blocksRecorded;
+  item.m_timeModified = m_dates.TimeOf(entry.modified);
+  item.m_timeAccessed = m_dates.TimeOf(entry.accessed);
+  m_guard.CountPath(item.m_strPath);
+  return item;
+}
+
+bool UdfScan::ReadDirUDF(std::wstring_view name, const UdfFileEntry& entry, const UDFICB& icb,
+                         const Tree& tree, bool hidden, const ItemFolder& parent) {
+  const CIsoItemInfo& item = m_items.Append(MakeUdfItem(name, entry, hidden, parent));
+  return ReadContents(entry, icb, tree, {item.m_strPath, item.m_bSafe != 0});
+}
+
+bool UdfScan::ReadInfoFileUDF(std::wstring_view name, const UdfFileEntry& entry, const Tree& tree,
+                              bool hidden, const ItemFolder& parent) {
+  auto allocation = AllocationOf(entry, tree);
+  if (!allocation) return false;
+  CIsoItemInfo item = MakeUdfItem(name, entry, hidden, parent);
+  item.m_pAllocation = std::make_unique<UdfAllocation>(std::move(*allocation));
+  m_items.Append(std::move(item));
+  return true;
+}
+
+bool UdfScan::ReadContents(const UdfFileEntry& entry, const UDFICB& icb, const Tree& tree,
+                           const ItemFolder& folder) {
+  // Nothing is allocated for what the image does not have.
+  if (entry.informationLength > m_source.Size()) return false;
+  const auto key = m_volumes.PositionOf(tree.volume, icb.partition, icb.location, icb.Bytes());
+  if (!m_guard.Enter(*key, entry.informationLength, folder.path)) {
+    m_bComplete = false;
+    return true;
+  }
+  const auto bytes = ReadFolderData(entry, tree);
+  return bytes && ReadIdentifiers(*bytes, tree, folder);
+}
+
+bool UdfScan::ReadIdentifiers(std::span<const BYTE> bytes, const Tree& tree,
+                              const ItemFolder& folder) {
+  while (!bytes.empty()) {
+    const auto identifier = DecodeFileIdentifier(bytes);
+    if (!identifier) return false;
+    if (!identifier->parent && !ReadChild(*identifier, tree, folder)) return false;
+    bytes = bytes.subspan(identifier->length);
+  }
+  return true;
+}
+
+bool UdfScan::ReadChild(const UdfFileIdentifier& identifier, const Tree& tree,
+                        const ItemFolder& folder) {
+  const auto bytes = ReadEntry(tree.volume, identifier.icb);
+  const auto entry = bytes ? DecodeFileEntry(*bytes) : std::nullopt;
+  if (!entry) return false;
+  const std::wstring name =
+      GetDString(identifier.identifier.data(), static_cast<WORD>(identifier.identifier.size()));
+  if (!entry->folder) return ReadInfoFileUDF(name, *entry, tree, identifier.hidden, folder);
+  return ReadDirUDF(name, *entry, identifier.icb, tree, identifier.hidden, folder);
+}
+
+std::optional<std::vector<BYTE>> UdfScan::ReadFolderData(const UdfFileEntry& entry,
+                                                         const Tree& tree) {
+  const auto allocation = AllocationOf(entry, tree);
+  if (!allocation) return std::nullopt;
+  const ULONGLONG length = entry.informationLength;
+  if (allocation->m_bDataInICB) {
+    std::vector<BYTE> data = allocation->m_arrData;
+    if (data.size() < length) return std::nullopt;
+    data.resize(static_cast<std::size_t>(length));
+    return data;
+  }
+  if (BytesOf(allocation->m_arrExtents) < length) return std::nullopt;
+  std::vector<BYTE> data;
+  for (const UDFEXTENT& extent : allocation->m_arrExtents) {
+    const auto part = m_volumes.ReadExtent(m_window, tree.volume, extent.partition, extent.position,
+                                           extent.Bytes());
+    if (!part || extent.Type() != UdfExtentType::kRecorded) return std::nullopt;
+    data.insert(data.end(), part->begin(), part->end());
+    if (data.size() >= length) break;
+  }
+  if (data.size() < length) return std::nullopt;
+  data.resize(static_cast<std::size_t>(length));
+  return data;
+}
+
+std::optional<UdfAllocation> UdfScan::AllocationOf(const UdfFileEntry& entry, const Tree& tree) {
+  if (!m_guard.CountAllocation(entry.allocation.size())) return std::nullopt;
+  UdfAllocation allocation;
+  allocation.m_nLogicalVolume = tree.volume;
+  if (entry.allocationType == kUdfEmbedded) {
+    allocation.m_bDataInICB = true;
+    allocation.m_arrData.assign(entry.allocation.begin(), entry.allocation.end());
+    return allocation;
+  }
+  auto extents = FollowExtents(entry.allocation, entry.allocationType, tree);
+  if (!extents) return std::nullopt;
+  allocation.m_arrExtents = std::move(*extents);
+  return allocation;
+}
+
+std::optional<std::vector<UDFEXTENT>> UdfScan::FollowExtents(std::span<const BYTE> descriptors,
+                                                             BYTE type, const Tree& tree) {
+  auto extents = DecodeExtents(descriptors, type, tree.partition);
+  for (int hops = 0; extents && !extents->empty(); ++hops) {
+    // ECMA-167 4/12: a continuation is the last descriptor of its extent.
+    const UDFEXTENT last = extents->back();
+    if (last.Type() != UdfExtentType::kContinuation || last.Bytes() == 0) break;
+    // Counted by what is read, so that circles end.
+    if (hops == kMostContinuations || last.Bytes() > kLongestEntry) return std::nullopt;
+    if (!m_guard.CountAllocation(last.Bytes())) return std::nullopt;
+    extents->pop_back();
+    const auto bytes =
+        m_volumes.ReadExtent(m_window, tree.volume, last.partition, last.position, last.Bytes());
+    const auto more = bytes ? DecodeAllocationExtent(*bytes) : std::nullopt;
+    const auto next = more ? DecodeExtents(*more, type, tree.partition) : std::nullopt;
+    if (!next) return std::nullopt;
+    extents->insert(extents->end(), next->begin(), next->end());
+  }
+  return extents;
+}
+
+}  // namespace iso

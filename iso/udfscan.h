@@ -1,0 +1,78 @@
+// The walk over the file structure of a UDF image (ECMA-167 part 4).
+#pragma once
+
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "iso/copy.h"
+#include "iso/itemlist.h"
+#include "iso/recorddate.h"
+#include "iso/scanguard.h"
+#include "iso/udfvolume.h"
+
+namespace iso {
+
+/// Appends every item of every logical volume to a list, in depth-first
+/// pre-order.
+class UdfScan {
+ public:
+  UdfScan(ByteSource& source, UdfVolumes& volumes, ItemList& items)
+      : m_source(source),
+        m_window(source),
+        m_volumes(volumes),
+        m_items(items),
+        m_guard(source.Size()) {}
+
+  /// True when at least the first volume was listed completely. The first
+  /// unusable structure ends the scan; what was listed before it stays. Throws
+  /// CAtlException for an impossible date and CInvalidArgException for a
+  /// reference to a partition that does not exist.
+  bool InitScanUDF();
+  /// False when a later volume was unusable or a folder was not entered.
+  bool IsComplete() const { return m_bComplete; }
+
+ private:
+  /// What is handed down a volume's tree.
+  struct Tree {
+    int volume;
+    /// Partition of short allocation descriptors: that of the root's ICB.
+    WORD partition;
+  };
+
+  bool ScanVolume(int volume);
+  bool ScanRoot(int volume, const UDFICB& icb);
+  /// The bytes of a file entry; none when they cannot be read.
+  std::optional<std::vector<BYTE>> ReadEntry(int volume, const UDFICB& icb);
+
+  bool ReadDirUDF(std::wstring_view name, const UdfFileEntry& entry, const UDFICB& icb,
+                  const Tree& tree, bool hidden, const ItemFolder& parent);
+  bool ReadInfoFileUDF(std::wstring_view name, const UdfFileEntry& entry, const Tree& tree,
+                       bool hidden, const ItemFolder& parent);
+  CIsoItemInfo MakeUdfItem(std::wstring_view name, const UdfFileEntry& entry, bool hidden,
+                           const ItemFolder& parent);
+
+  bool ReadContents(const UdfFileEntry& entry, const UDFICB& icb, const Tree& tree,
+                    const ItemFolder& folder);
+  bool ReadIdentifiers(std::span<const BYTE> bytes, const Tree& tree, const ItemFolder& folder);
+  bool ReadChild(const UdfFileIdentifier& identifier, const Tree& tree, const ItemFolder& folder);
+  std::optional<std::vector<BYTE>> ReadFolderData(const UdfFileEntry& entry, const Tree& tree);
+
+  std::optional<UdfAllocation> AllocationOf(const UdfFileEntry& entry, const Tree& tree);
+  /// All extents that descriptors lead to, those of continuation extents in
+  /// their place.
+  std::optional<std::vector<UDFEXTENT>> FollowExtents(std::span<const BYTE> descriptors, BYTE type,
+                                                      const Tree& tree);
+
+  ByteSource& m_source;
+  /// File entries lie close together.
+  WindowSource m_window;
+  UdfVolumes& m_volumes;
+  ItemList& m_items;
+  ScanGuard m_guard;
+  DateConverter m_dates;
+  bool m_bComplete = true;
+};
+
+}  // namespace iso

@@ -37,14 +37,6 @@ std::optional<std::span<const BYTE>> CopyBuffer::Read(ByteSource& source, std::u
                                                 std::min<std::size_t>(wanted, m_nLength - start));
 }
 
-std::int64_t WindowSource::ReadAt(std::uint64_t offset, void* buffer, std::uint32_t length) {
-  if (length > CopyBuffer::kCapacity) return m_source.ReadAt(offset, buffer, length);
-  const auto bytes = m_window.Read(m_source, offset, length);
-  if (!bytes) return -1;
-  std::copy(bytes->begin(), bytes->end(), static_cast<BYTE*>(buffer));
-  return static_cast<std::int64_t>(bytes->size());
-}
-
 bool OutputFile::WriteBytes(std::span<const BYTE> bytes) {
   DWORD written = 0;
   const auto length = static_cast<DWORD>(bytes.size());

@@ -45,20 +45,6 @@ class CopyBuffer {
   int m_nLeases = 0;
 };
 
-/// A source whose small reads go through a window of 256 KiB, for structures
-/// that lie close together.
-class WindowSource : public ByteSource {
- public:
-  explicit WindowSource(ByteSource& source) : m_source(source) {}
-
-  std::int64_t ReadAt(std::uint64_t offset, void* buffer, std::uint32_t length) override;
-  std::uint64_t Size() const override { return m_source.Size(); }
-
- private:
-  ByteSource& m_source;
-  CopyBuffer m_window;
-};
-
 /// The file being written: writes, reports progress after each block, pumps
 /// messages and asks when the user wants to stop.
 class OutputFile {

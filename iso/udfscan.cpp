@@ -40,7 +40,7 @@ bool UdfScan::ScanVolume(int volume) {
   if (!m_volumes.PositionOf(volume, fileSet.partition, fileSet.location, fileSet.Bytes())) {
     return false;
   }
-  const auto bytes = m_volumes.ReadExtent(m_window, volume, fileSet.partition, fileSet.location,
+  const auto bytes = m_volumes.ReadExtent(m_source, volume, fileSet.partition, fileSet.location,
                                           kUdfFileSetLength);
   const auto root = bytes ? DecodeFileSetRoot(*bytes) : std::nullopt;
   if (!root) return false;
@@ -50,8 +50,7 @@ bool UdfScan::ScanVolume(int volume) {
 }
 
 bool UdfScan::ScanRoot(int volume, const UDFICB& icb) {
-  const auto bytes = ReadEntry(volume, icb);
-  const auto entry = bytes ? DecodeFileEntry(*bytes) : std::nullopt;
+  const auto entry = ReadEntry(volume, icb);
   if (!entry) return false;
   // ECMA-167 4/14.9.19: whole attributes only; they end inside the entry.
   const DWORD attributes = entry->extendedAttributesLength;
@@ -59,10 +58,11 @@ bool UdfScan::ScanRoot(int volume, const UDFICB& icb) {
   return !entry->folder || ReadContents(*entry, icb, {volume, icb.partition}, {});
 }
 
-std::optional<std::vector<BYTE>> UdfScan::ReadEntry(int volume, const UDFICB& icb) {
+std::optional<UdfFileEntry> UdfScan::ReadEntry(int volume, const UDFICB& icb) {
   const auto position = m_volumes.PositionOf(volume, icb.partition, icb.location, icb.Bytes());
   if (!position) return std::nullopt;
-  return ReadWhole(m_window, *position, std::min(icb.Bytes(), kLongestEntry));
+  const auto bytes = m_window.Read(m_source, *position, std::min(icb.Bytes(), kLongestEntry));
+  return bytes ? DecodeFileEntry(*bytes) : std::nullopt;
 }
 
 CIsoItemInfo UdfScan::MakeUdfItem(std::wstring_view name, const UdfFileEntry& entry, bool hidden,
@@ -120,8 +120,7 @@ bool UdfScan::ReadIdentifiers(std::span<const BYTE> bytes, const Tree& tree,
 
 bool UdfScan::ReadChild(const UdfFileIdentifier& identifier, const Tree& tree,
                         const ItemFolder& folder) {
-  const auto bytes = ReadEntry(tree.volume, identifier.icb);
-  const auto entry = bytes ? DecodeFileEntry(*bytes) : std::nullopt;
+  const auto entry = ReadEntry(tree.volume, identifier.icb);
   if (!entry) return false;
   const std::wstring name =
       GetDString(identifier.identifier.data(), static_cast<WORD>(identifier.identifier.size()));
@@ -143,7 +142,7 @@ std::optional<std::vector<BYTE>> UdfScan::ReadFolderData(const UdfFileEntry& ent
   if (BytesOf(allocation->m_arrExtents) < length) return std::nullopt;
   std::vector<BYTE> data;
   for (const UDFEXTENT& extent : allocation->m_arrExtents) {
-    const auto part = m_volumes.ReadExtent(m_window, tree.volume, extent.partition, extent.position,
+    const auto part = m_volumes.ReadExtent(m_source, tree.volume, extent.partition, extent.position,
                                            extent.Bytes());
     if (!part || extent.Type() != UdfExtentType::kRecorded) return std::nullopt;
     data.insert(data.end(), part->begin(), part->end());
@@ -181,7 +180,7 @@ std::optional<std::vector<UDFEXTENT>> UdfScan::FollowExtents(std::span<const BYT
     if (!m_guard.CountAllocation(last.Bytes())) return std::nullopt;
     extents->pop_back();
     const auto bytes =
-        m_volumes.ReadExtent(m_window, tree.volume, last.partition, last.position, last.Bytes());
+        m_volumes.ReadExtent(m_source, tree.volume, last.partition, last.position, last.Bytes());
     const auto more = bytes ? DecodeAllocationExtent(*bytes) : std::nullopt;
     const auto next = more ? DecodeExtents(*more, type, tree.partition) : std::nullopt;
     if (!next) return std::nullopt;

@@ -19,11 +19,7 @@ namespace iso {
 class UdfScan {
  public:
   UdfScan(ByteSource& source, UdfVolumes& volumes, ItemList& items)
-      : m_source(source),
-        m_window(source),
-        m_volumes(volumes),
-        m_items(items),
-        m_guard(source.Size()) {}
+      : m_source(source), m_volumes(volumes), m_items(items), m_guard(source.Size()) {}
 
   /// True when at least the first volume was listed completely. The first
   /// unusable structure ends the scan; what was listed before it stays. Throws
@@ -43,8 +39,9 @@ class UdfScan {
 
   bool ScanVolume(int volume);
   bool ScanRoot(int volume, const UDFICB& icb);
-  /// The bytes of a file entry; none when they cannot be read.
-  std::optional<std::vector<BYTE>> ReadEntry(int volume, const UDFICB& icb);
+  /// The file entry that an ICB leads to; none when it is unusable. It points
+  /// into the window and is valid until the next read through it.
+  std::optional<UdfFileEntry> ReadEntry(int volume, const UDFICB& icb);
 
   bool ReadDirUDF(std::wstring_view name, const UdfFileEntry& entry, const UDFICB& icb,
                   const Tree& tree, bool hidden, const ItemFolder& parent);
@@ -66,8 +63,8 @@ class UdfScan {
                                                       const Tree& tree);
 
   ByteSource& m_source;
-  /// File entries lie close together.
-  WindowSource m_window;
+  /// File entries lie close together and are read through one buffer.
+  CopyBuffer m_window;
   UdfVolumes& m_volumes;
   ItemList& m_items;
   ScanGuard m_guard;

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Compares morvunp with other programs on ISO 9660 images. See README.md."""
+"""Compares morvunp with other programs on disc images. See README.md."""
 
 import subprocess
 import sys
@@ -9,18 +9,21 @@ sys.path.insert(0, str(Path(__file__).resolve().parent))
 import common  # noqa: E402
 
 
-def make_image(tree, image):
-    subprocess.run(["genisoimage", "-quiet", "-iso-level", "3", "-V", "BENCH", "-o", image, tree],
-                   check=True, stdin=subprocess.DEVNULL)
+def make_image(tree, image, extra):
+    subprocess.run(["genisoimage", "-quiet", "-iso-level", "3", *extra, "-V", "BENCH",
+                    "-o", image, tree], check=True, stdin=subprocess.DEVNULL)
 
 
-def make_data(options, name, files, folders, size):
+def make_data(options, name, files, folders, size, udf=False):
     """A source tree and the image of it, kept for later runs."""
     data = options.work / ("data-quick" if options.quick else "data")
     data.mkdir(exist_ok=True)
     tree = common.make_once(data / f"{name}-tree",
                             lambda path: common.make_tree(path, files, folders, size))
-    image = common.make_once(data / f"{name}.iso", lambda path: make_image(tree, path))
+    # A bridge image: everybody here who knows UDF prefers it to ISO 9660.
+    extra = ["-udf"] if udf else []
+    image = common.make_once(data / (f"{name}-udf.iso" if udf else f"{name}.iso"),
+                             lambda path: make_image(tree, path, extra))
     return tree, image
 
 
@@ -35,6 +38,25 @@ def listing(options, title, image):
         common.Contender("xorriso", ["xorriso", "-indev", path, "-find", "/"], image,
                          ["xorriso", "-version"]),
     ])
+
+
+def udf_listing(options, title, image):
+    path = str(image)
+    return common.Case(title, [
+        common.Contender(common.OURS, [str(options.morvunp), "list", path], image),
+        common.Contender("7zz", ["7zz", "l", path], image, ["7zz"]),
+    ])
+
+
+def udf_extraction(options, title, tree, image):
+    path = str(image)
+    return common.Case(title, [
+        common.Contender(common.OURS,
+                         [str(options.morvunp), "extract", "-q", path, "-C", "{out}"], image),
+        common.Contender("cp -r of the source tree", ["cp", "-r", f"{tree}/.", "{out}"], tree,
+                         ["cp", "--version"]),
+        common.Contender("7zz", ["7zz", "x", "-y", "-bd", "-o{out}", path], image, ["7zz"]),
+    ], common.bytes_below(tree))
 
 
 def extraction(options, title, tree, image):
@@ -68,11 +90,11 @@ def verify(options, tree, image):
 
 
 def main():
-    options = common.parse_options(__doc__, cases=("list", "small", "large"))
+    options = common.parse_options(__doc__, cases=("list", "small", "large", "udf-list", "udf-small"))
     quick = options.quick
 
-    def prepare(*what):
-        tree, image = make_data(options, *what)
+    def prepare(*what, udf=False):
+        tree, image = make_data(options, *what, udf)
         verify(options, tree, image)
         return tree, image
 
@@ -89,6 +111,19 @@ def main():
         size = 8 if quick else 256
         data = prepare("large", 4, 1, lambda _: size << 20)
         common.run_case(extraction(options, f"Extracting 4 files of {size} MiB", *data), options)
+    if "udf-list" in options.cases:
+        files, folders = (5_000, 50) if quick else (100_000, 500)
+        _, image = prepare("many", files, folders, lambda generator: generator.randint(1, 200),
+                           udf=True)
+        common.run_case(udf_listing(options, f"Listing a UDF image of {files:,} files", image),
+                        options)
+    if "udf-small" in options.cases:
+        files, folders = (1_000, 20) if quick else (20_000, 200)
+        data = prepare("small", files, folders, lambda generator: generator.randint(1024, 8192),
+                       udf=True)
+        common.run_case(
+            udf_extraction(options, f"Extracting {files:,} files of 1-8 KiB from UDF", *data),
+            options)
 
 
 if __name__ == "__main__":

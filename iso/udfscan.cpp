@@ -18,6 +18,10 @@ ULONGLONG BytesOf(const std::vector<UDFEXTENT>& extents) {
   return bytes;
 }
 
+bool IsContinuation(const UDFEXTENT& extent) {
+  return extent.Type() == UdfExtentType::kContinuation && extent.Bytes() > 0;
+}
+
 }  // namespace
 
 bool UdfScan::InitScanUDF() {
@@ -171,22 +175,31 @@ std::optional<UdfAllocation> UdfScan::AllocationOf(const UdfFileEntry& entry, co
 std::optional<std::vector<UDFEXTENT>> UdfScan::FollowExtents(std::span<const BYTE> descriptors,
                                                              BYTE type, const Tree& tree) {
   auto extents = DecodeExtents(descriptors, type, tree.partition);
-  for (int hops = 0; extents && !extents->empty(); ++hops) {
-    // ECMA-167 4/12: a continuation is the last descriptor of its extent.
-    const UDFEXTENT last = extents->back();
-    if (last.Type() != UdfExtentType::kContinuation || last.Bytes() == 0) break;
-    // Counted by what is read, so that circles end.
-    if (hops == kMostContinuations || last.Bytes() > kLongestEntry) return std::nullopt;
-    if (!m_guard.CountAllocation(last.Bytes())) return std::nullopt;
-    extents->pop_back();
-    const auto bytes =
-        m_volumes.ReadExtent(m_source, tree.volume, last.partition, last.position, last.Bytes());
-    const auto more = bytes ? DecodeAllocationExtent(*bytes) : std::nullopt;
-    const auto next = more ? DecodeExtents(*more, type, tree.partition) : std::nullopt;
-    if (!next) return std::nullopt;
-    extents->insert(extents->end(), next->begin(), next->end());
+  std::ptrdiff_t checked = 0;
+  for (int hops = 0; extents; ++hops) {
+    const auto found = std::find_if(extents->begin() + checked, extents->end(), IsContinuation);
+    if (found == extents->end()) break;
+    const UDFEXTENT continuation = *found;
+    // ECMA-167 4/12: it ends the descriptors of its extent.
+    checked = found - extents->begin();
+    extents->erase(found, extents->end());
+    if (hops == kMostContinuations) return std::nullopt;
+    const auto more = ReadContinuation(continuation, type, tree);
+    if (!more) return std::nullopt;
+    extents->insert(extents->end(), more->begin(), more->end());
   }
   return extents;
+}
+
+std::optional<std::vector<UDFEXTENT>> UdfScan::ReadContinuation(const UDFEXTENT& continuation,
+                                                                BYTE type, const Tree& tree) {
+  // Counted by what is read, so that circles end.
+  const DWORD length = continuation.Bytes();
+  if (length > kLongestEntry || !m_guard.CountAllocation(length)) return std::nullopt;
+  const auto bytes = m_volumes.ReadExtent(m_source, tree.volume, continuation.partition,
+                                          continuation.position, length);
+  const auto descriptors = bytes ? DecodeAllocationExtent(*bytes) : std::nullopt;
+  return descriptors ? DecodeExtents(*descriptors, type, tree.partition) : std::nullopt;
 }
 
 }  // namespace iso

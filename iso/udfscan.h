@@ -62,6 +62,9 @@ class UdfScan {
   std::optional<std::vector<UDFEXTENT>> FollowExtents(std::span<const BYTE> descriptors, BYTE type,
                                                       const Tree& tree);
 
+  std::optional<std::vector<UDFEXTENT>> ReadContinuation(const UDFEXTENT& continuation, BYTE type,
+                                                         const Tree& tree);
+
   ByteSource& m_source;
   /// File entries lie close together and are read through one buffer.
   CopyBuffer m_window;

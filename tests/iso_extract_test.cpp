@@ -7,17 +7,14 @@
 #include <time.h>
 #include <unistd.h>
 
-#include "morvunp/morvunp.h"
-#include "support/fakehost.h"
+#include "support/imagetest.h"
 #include "support/isobuilder.h"
-#include "support/tempfolder.h"
 
 namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
-using testsupport::FakeHost;
 using testsupport::IsoBuilder;
 using testsupport::IsoNode;
 using testsupport::ReadFile;
@@ -27,17 +24,9 @@ using testsupport::WriteFile;
 
 constexpr std::size_t kBlock = 262144;
 
-class IsoExtract : public testing::Test {
+class IsoExtract : public testsupport::ImageExtractTest<IsoBuilder> {
  protected:
-  void SetUp() override {
-    mkdir(folder.Path("out").c_str(), 0777);
-    host.Attach(unpacker);
-  }
-
-  void Open(const std::string& image) {
-    WriteFile(folder.Path("x.iso"), image);
-    ASSERT_TRUE(unpacker.OpenArchive(folder.LibraryPath("x.iso")));
-  }
+  void Open(const std::string& image) { ASSERT_TRUE(ImageTest::Open(image)); }
   void Open() { Open(builder.Build()); }
 
   /// DOCS\SUB\X.TXT, DOCS\A.TXT, DOCS2\B.TXT, EMPTY, TOP.TXT
@@ -51,19 +40,11 @@ class IsoExtract : public testing::Test {
     Open();
   }
 
-  std::map<std::string, std::string> Out() const { return TreeOf(folder.Path("out")); }
-  std::wstring Target() const { return folder.LibraryPath("out"); }
-
   void Set(BYTE INIUNPACK::*flag) {
     INIUNPACK settings;
     settings.*flag = 1;
     unpacker.SetIni(settings);
   }
-
-  TempFolder folder;
-  IsoBuilder builder;
-  FakeHost host;
-  CIsoUnpacker unpacker;
 };
 
 TEST_F(IsoExtract, UnpacksTheArchiveWithItsFolders) {

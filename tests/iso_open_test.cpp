@@ -8,9 +8,8 @@
 #include <chrono>
 #include <random>
 
-#include "morvunp/morvunp.h"
+#include "support/imagetest.h"
 #include "support/isobuilder.h"
-#include "support/tempfolder.h"
 
 namespace {
 
@@ -19,37 +18,12 @@ using testing::IsEmpty;
 using testsupport::IsoBuilder;
 using testsupport::IsoNode;
 using testsupport::MakeIsoDescriptor;
+using testsupport::PathsOf;
 using testsupport::TempFolder;
 
 constexpr std::size_t kSector = 2048;
 
-std::vector<std::wstring> PathsOf(CIsoUnpacker& unpacker) {
-  std::vector<std::wstring> paths;
-  WalkItems<ISOFILESHORTINFO>(unpacker, [&](const ISOFILESHORTINFO& info) {
-    paths.push_back(info.strPath);
-    return true;
-  });
-  return paths;
-}
-
-class IsoOpen : public testing::Test {
- protected:
-  bool Open(const std::string& image) {
-    testsupport::WriteFile(folder.Path("x.iso"), image);
-    return unpacker.OpenArchive(folder.LibraryPath("x.iso"));
-  }
-  bool Open() { return Open(builder.Build()); }
-
-  ISOFILEFULLINFO InfoOf(const std::wstring& path) {
-    ISOFILEFULLINFO info;
-    EXPECT_TRUE(unpacker.LocateFile(path) && unpacker.GetFileFullInfo(info));
-    return info;
-  }
-
-  TempFolder folder;
-  IsoBuilder builder;
-  CIsoUnpacker unpacker;
-};
+class IsoOpen : public testsupport::ImageTest<IsoBuilder> {};
 
 TEST_F(IsoOpen, ListsFoldersBeforeTheirContentsInRecordOrder) {
   IsoNode& a = builder.Root().AddFolder("A");

@@ -1,26 +1,17 @@
 // The item list: cursor, records, look-ups and summary texts.
 #include <gtest/gtest.h>
 
-#include "morvunp/morvunp.h"
+#include "support/imagetest.h"
 #include "support/isobuilder.h"
-#include "support/tempfolder.h"
 
 namespace {
 
 using testsupport::IsoBuilder;
 using testsupport::IsoNode;
-using testsupport::TempFolder;
 
-class IsoQuery : public testing::Test {
+class IsoQuery : public testsupport::ImageTest<IsoBuilder> {
  protected:
-  void Open() {
-    testsupport::WriteFile(folder.Path("x.iso"), builder.Build());
-    ASSERT_TRUE(unpacker.OpenArchive(folder.LibraryPath("x.iso")));
-  }
-
-  TempFolder folder;
-  IsoBuilder builder;
-  CIsoUnpacker unpacker;
+  void Open() { ASSERT_TRUE(ImageTest::Open()); }
 };
 
 TEST_F(IsoQuery, WalksOneItemAndRefusesToGoPastIt) {

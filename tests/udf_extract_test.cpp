@@ -9,9 +9,7 @@
 #include <time.h>
 #include <unistd.h>
 
-#include "morvunp/morvunp.h"
-#include "support/fakehost.h"
-#include "support/tempfolder.h"
+#include "support/imagetest.h"
 #include "support/udfbuilder.h"
 
 namespace {
@@ -19,7 +17,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
-using testsupport::FakeHost;
 using testsupport::FixTag;
 using testsupport::kUdfAllocatedOnly;
 using testsupport::kUdfContinuation;
@@ -47,22 +44,10 @@ std::string Pattern(std::size_t size) {
   return content;
 }
 
-class UdfExtract : public testing::Test {
+class UdfExtract : public testsupport::ImageExtractTest<UdfBuilder> {
  protected:
-  void SetUp() override {
-    mkdir(folder.Path("out").c_str(), 0777);
-    host.Attach(unpacker);
-  }
-
-  void Open(const std::string& image) {
-    WriteFile(folder.Path("x.iso"), image);
-    ASSERT_TRUE(unpacker.OpenArchive(folder.LibraryPath("x.iso")));
-  }
+  void Open(const std::string& image) { ASSERT_TRUE(ImageTest::Open(image)); }
   void Open() { Open(builder.Build()); }
-
-  std::map<std::string, std::string> Out() const { return TreeOf(folder.Path("out")); }
-  std::string Out(const std::string& name) const { return ReadFile(folder.Path("out/" + name)); }
-  std::wstring Target() const { return folder.LibraryPath("out"); }
   /// A refused reference can end in an exception too.
   bool Unpack(const std::wstring& path) {
     try {
@@ -71,11 +56,6 @@ class UdfExtract : public testing::Test {
       return false;
     }
   }
-
-  TempFolder folder;
-  UdfBuilder builder;
-  FakeHost host;
-  CIsoUnpacker unpacker;
 };
 
 TEST_F(UdfExtract, PutsThePiecesTogetherInOrder) {
@@ -478,19 +458,6 @@ TEST_F(UdfExtract, ReadsNothingOnceTheVolumesAreDropped) {
   Open();
   EXPECT_TRUE(Unpack(L"file"));
   EXPECT_EQ(Out("file"), "content");
-}
-
-TEST_F(UdfExtract, MatchesTheTreeThatAToolPackedInto) {
-  WriteFile(folder.Path("tree/Docs/Read me first.text"), "read me");
-  WriteFile(folder.Path("tree/Docs/Deep/er/\u0416.bin"), Pattern(300000));
-  WriteFile(folder.Path("tree/empty.txt"), "");
-  mkdir(folder.Path("tree/Nothing").c_str(), 0777);
-  const std::string line = "genisoimage -quiet -udf -input-charset utf-8 -o " +
-                           folder.Path("x.iso") + " " + folder.Path("tree") + " 2>&1";
-  ASSERT_EQ(system(line.c_str()), 0) << line;
-  ASSERT_TRUE(unpacker.OpenArchive(folder.LibraryPath("x.iso")));
-  EXPECT_TRUE(unpacker.UnpackArchive(Target()));
-  EXPECT_EQ(Out(), TreeOf(folder.Path("tree")));
 }
 
 }  // namespace

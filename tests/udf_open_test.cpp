@@ -10,8 +10,7 @@
 #include <functional>
 #include <random>
 
-#include "morvunp/morvunp.h"
-#include "support/tempfolder.h"
+#include "support/imagetest.h"
 #include "support/udfbuilder.h"
 
 namespace {
@@ -23,6 +22,7 @@ using testsupport::kUdfEmbedded;
 using testsupport::kUdfLong;
 using testsupport::kUdfShort;
 using testsupport::MakeUdfDate;
+using testsupport::PathsOf;
 using testsupport::TempFolder;
 using testsupport::UdfBuilder;
 using testsupport::UdfDate;
@@ -34,15 +34,6 @@ constexpr std::size_t kInformationLength = 56;
 constexpr std::size_t kExtendedAttributesLength = 168;
 constexpr std::size_t kDescriptorsLength = 172;
 
-std::vector<std::wstring> PathsOf(CIsoUnpacker& unpacker) {
-  std::vector<std::wstring> paths;
-  WalkItems<ISOFILESHORTINFO>(unpacker, [&](const ISOFILESHORTINFO& info) {
-    paths.push_back(info.strPath);
-    return true;
-  });
-  return paths;
-}
-
 /// Little-endian.
 void SetNumber(std::string& image, std::size_t offset, std::uint64_t value, std::size_t count) {
   for (std::size_t i = 0; i < count; ++i) {
@@ -50,24 +41,7 @@ void SetNumber(std::string& image, std::size_t offset, std::uint64_t value, std:
   }
 }
 
-class UdfOpen : public testing::Test {
- protected:
-  bool Open(const std::string& image) {
-    testsupport::WriteFile(folder.Path("x.iso"), image);
-    return unpacker.OpenArchive(folder.LibraryPath("x.iso"));
-  }
-  bool Open() { return Open(builder.Build()); }
-
-  ISOFILEFULLINFO InfoOf(const std::wstring& path) {
-    ISOFILEFULLINFO info;
-    EXPECT_TRUE(unpacker.LocateFile(path) && unpacker.GetFileFullInfo(info));
-    return info;
-  }
-
-  TempFolder folder;
-  UdfBuilder builder;
-  CIsoUnpacker unpacker;
-};
+class UdfOpen : public testsupport::ImageTest<UdfBuilder> {};
 
 TEST_F(UdfOpen, ListsFoldersBeforeTheirContentsInRecordOrder) {
   UdfNode& a = builder.Root().AddFolder("a");

@@ -3,10 +3,30 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 
 #include "morvunp/unpackstate.h"
 
 namespace frame {
+
+/// Owns the handle of an open file; INVALID_HANDLE_VALUE for none.
+class OpenFile {
+ public:
+  explicit OpenFile(HANDLE file) : m_hFile(file) {}
+  ~OpenFile() { Close(); }
+  OpenFile(const OpenFile&) = delete;
+  OpenFile& operator=(const OpenFile&) = delete;
+
+  HANDLE Get() const { return m_hFile; }
+  bool IsOpen() const { return m_hFile != INVALID_HANDLE_VALUE; }
+  /// False when the system could not finish the file.
+  bool Close() {
+    return !IsOpen() || CloseHandle(std::exchange(m_hFile, INVALID_HANDLE_VALUE)) != FALSE;
+  }
+
+ private:
+  HANDLE m_hFile;
+};
 
 /// Told of every folder that CreateFolder makes, parents first.
 using FolderReport = std::function<void(const std::wstring& path)>;

@@ -9,32 +9,44 @@ namespace {
 
 constexpr DWORD kMultiplier = 33;
 
-DWORD Add(FolderMap& map, const std::wstring& path) {
-  return map.try_emplace(HashKey(path.c_str()), path).second ? 1 : 0;
+/// The hash after one more character, as UTF-16 code units.
+DWORD Advance(DWORD hash, wchar_t character) {
+  auto c = static_cast<DWORD>(character);
+  if (c > 0xFFFF) {
+    // Outside the basic plane: the two surrogates, one after the other.
+    c -= 0x10000;
+    hash = hash * kMultiplier + (0xD800 | c >> 10);
+    c = 0xDC00 | (c & 0x3FF);
+  }
+  return hash * kMultiplier + c;
 }
 
 }  // namespace
 
 DWORD HashKey(LPCWSTR text) {
   DWORD hash = 0;
-  for (; *text != 0; ++text) {
-    auto c = static_cast<DWORD>(*text);
-    if (c > 0xFFFF) {
-      // Outside the basic plane: the two surrogates, one after the other.
-      c -= 0x10000;
-      hash = hash * kMultiplier + (0xD800 | c >> 10);
-      c = 0xDC00 | (c & 0x3FF);
-    }
-    hash = hash * kMultiplier + c;
-  }
+  for (; *text != 0; ++text) hash = Advance(hash, *text);
   return hash;
 }
 
+std::vector<FolderKey> FolderKeysOf(std::wstring_view path) {
+  std::vector<FolderKey> keys;
+  DWORD hash = 0;
+  for (std::size_t i = 0; i < path.size() && path[i] != 0; ++i) {
+    if (path[i] == kSeparator) keys.push_back({i, hash});
+    hash = Advance(hash, path[i]);
+  }
+  keys.push_back({path.size(), hash});
+  std::reverse(keys.begin(), keys.end());
+  return keys;
+}
+
 DWORD CheckFolderMap(FolderMap& map, const std::wstring& path) {
-  DWORD added = Add(map, path);
-  for (std::wstring ancestor = path; HasParent(ancestor);) {
-    ancestor.resize(ParentOf(ancestor).size());
-    added += Add(map, ancestor);
+  DWORD added = 0;
+  for (const auto& [length, key] : FolderKeysOf(path)) {
+    if (map.contains(key)) continue;
+    map.emplace(key, path.substr(0, length));
+    ++added;
   }
   return added;
 }

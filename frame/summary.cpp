@@ -47,7 +47,8 @@ void Totals::AddFile(const std::wstring& path, ULONGLONG size, ULONGLONG packed)
 
 void Totals::AddFolder(const std::wstring& path) {
   if (!path.starts_with(m_prefix) || path.size() == m_prefix.size()) return;
-  CheckFolderMap(m_folders, path.substr(m_prefix.size()));
+  const std::wstring_view below = std::wstring_view(path).substr(m_prefix.size());
+  for (const FolderKey& folder : FolderKeysOf(below)) m_folders.insert(folder.key);
 }
 
 std::wstring Totals::Text() const {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <unordered_set>
 
 #include "frame/foldermap.h"
 #include "frame/itempath.h"
@@ -31,10 +32,10 @@ std::wstring SizesText(ULONGLONG size, ULONGLONG packed);
 /// Sums over the items of a folder or an archive.
 class Totals {
  public:
-  /// `folder` is the path of the folder inside the archive; empty for the
-  /// whole archive.
-  explicit Totals(const std::wstring& folder)
-      : m_prefix(folder.empty() ? folder : folder + kSeparator) {}
+  /// Of the whole archive.
+  Totals() = default;
+  /// Of a folder, by its path inside the archive.
+  explicit Totals(const std::wstring& folder) : m_prefix(folder + kSeparator) {}
 
   /// Counts a file, in bytes, or a folder, when it lies below the folder.
   void AddFile(const std::wstring& path, ULONGLONG size, ULONGLONG packed);
@@ -48,7 +49,8 @@ class Totals {
   ULONGLONG m_nFiles = 0;
   ULONGLONG m_nSize = 0;
   ULONGLONG m_nPacked = 0;
-  FolderMap m_folders;
+  /// Keys of a folder map. Only their number is told, so the paths are not kept.
+  std::unordered_set<DWORD> m_folders;
 };
 
 }  // namespace frame

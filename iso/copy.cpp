@@ -7,8 +7,10 @@
 namespace iso {
 namespace {
 
-// Reads below this size take what follows along, which is likely the next file.
+// Reads below this size take what follows along: little at first, and much
+// where one read has followed the other.
 constexpr std::uint64_t kSmallRead = 65536;
+constexpr std::uint32_t kFirstAhead = 16384;
 
 }  // namespace
 
@@ -28,7 +30,10 @@ std::optional<std::span<const BYTE>> CopyBuffer::Read(ByteSource& source, std::u
   const bool held =
       !m_bytes.empty() && offset >= m_nOffset && offset - m_nOffset + wanted <= m_nLength;
   if (!held) {
-    const bool ahead = wanted < kSmallRead && Fill(source, offset, kCapacity);
+    const bool follows =
+        m_nLength > 0 && offset >= m_nOffset && offset - m_nOffset <= m_nLength + kSmallRead;
+    const std::uint32_t aheadLength = follows ? kCapacity : std::max(wanted, kFirstAhead);
+    const bool ahead = wanted < kSmallRead && Fill(source, offset, aheadLength);
     // What lies ahead may be unreadable where the file itself is not.
     if (!ahead && !Fill(source, offset, wanted)) return std::nullopt;
   }

@@ -35,6 +35,8 @@ bool Image::Open(const std::wstring& path) {
 }
 
 bool Image::Scan() {
+  // It stays so when an impossible date ends the scan.
+  m_bListComplete = false;
   if (m_bISO9660) {
     Iso9660Scan scan(*m_pSource, m_nBlockSize, m_items);
     scan.InitScanISO9660(m_nRootLocation, m_nRootLength, {});
@@ -97,8 +99,7 @@ ULONGLONG Image::PackedSizeOf(const CIsoItemInfo& item) const {
   return item.m_nBlocksRecorded * m_volumes.SectorSize();
 }
 
-std::wstring Image::TotalsText(const std::wstring& folder) {
-  frame::Totals totals(folder);
+std::wstring Image::TextOf(frame::Totals totals) {
   for (bool more = m_items.FindFile(); more;) {
     more = m_items.FindNextFile();
     const CIsoItemInfo& item = *m_items.Current();
@@ -111,12 +112,12 @@ std::wstring Image::TotalsText(const std::wstring& folder) {
   return totals.Text();
 }
 
-bool Image::WriteItem(const CIsoItemInfo& item, HANDLE file, CUnpackState& state) {
+bool Image::WriteItem(const CIsoItemInfo& item, frame::OpenFile& file, CUnpackState& state) {
   const CopyBuffer::Lease lease(m_buffer);
-  OutputFile output(file, state, SizeOf(item));
+  OutputFile output(file.Get(), state, SizeOf(item));
   const CopyResult result = CopyItem(item, output);
-  if (result == CopyResult::kDone) frame::SetTimeModified(file, item.m_timeModified);
-  const bool closed = CloseHandle(file) != FALSE;
+  if (result == CopyResult::kDone) frame::SetTimeModified(file.Get(), item.m_timeModified);
+  const bool closed = file.Close();
   if (result == CopyResult::kCancelled) DeleteFileW(state.m_strLastTarget.c_str());
   if (result != CopyResult::kDone || !closed) return false;
   if (item.m_bHidden != 0) {

@@ -4,6 +4,8 @@
 #include <memory>
 #include <string>
 
+#include "frame/filesystem.h"
+#include "frame/summary.h"
 #include "iso/bytesource.h"
 #include "iso/copy.h"
 #include "iso/itemlist.h"
@@ -46,14 +48,13 @@ class Image {
   ULONGLONG PackedSizeShown(const CIsoItemInfo& item) const {
     return m_bISO9660 ? item.m_nSize : PackedSizeOf(item);
   }
-  /// The summary text of a folder, or of the whole image when `folder` is
-  /// empty. Moves the cursor to the end.
-  std::wstring TotalsText(const std::wstring& folder);
+  /// The summary text of what `totals` counts. Moves the cursor to the end.
+  std::wstring TextOf(frame::Totals totals);
 
   /// Writes an item's data to `file`, open at `state.m_strLastTarget`, and
   /// closes it; then gives it its time and attribute. False when the copy
   /// failed, leaving what was written, or was cancelled, leaving no file.
-  bool WriteItem(const CIsoItemInfo& item, HANDLE file, CUnpackState& state);
+  bool WriteItem(const CIsoItemInfo& item, frame::OpenFile& file, CUnpackState& state);
   /// The buffer of all copies; lease it for a run.
   CopyBuffer& Buffer() { return m_buffer; }
 

@@ -55,24 +55,29 @@ void Iso9660Scan::InitScanISO9660(DWORD location, DWORD length, const ItemFolder
   RecordReader records(bytes, m_nBlockSize);
   int seen = 0;
   for (auto record = records.Next(); record; record = records.Next()) {
-    if (++seen > kSpecialRecords) AddItem(*record, parent);
+    if (++seen > kSpecialRecords && !AddItem(*record, parent)) break;
   }
+  m_guard.Leave();
   const bool whole = bytes.size() == length && seen >= kSpecialRecords && !records.IsDamaged();
   m_bComplete = m_bComplete && whole;
 }
 
-void Iso9660Scan::AddItem(const DirectoryRecord& record, const ItemFolder& parent) {
+bool Iso9660Scan::AddItem(const DirectoryRecord& record, const ItemFolder& parent) {
   CIsoItemInfo item = MakeItem(GetNameItemISO9660(record), parent);
   item.m_bFolder = record.directory ? 1 : 0;
   item.m_nLocation = record.location;
   item.m_nSize = record.dataLength;
   item.m_timeModified = m_dates.TimeOf(record.date);
   item.m_bHidden = record.hidden ? 1 : 0;
-  m_guard.CountPath(item.m_strPath);
+  if (!m_guard.CountPath(item.m_strPath)) {
+    m_bComplete = false;
+    return false;
+  }
   const CIsoItemInfo& added = m_items.Append(std::move(item));
   if (record.directory) {
     InitScanISO9660(record.location, record.dataLength, {added.m_strPath, added.m_bSafe != 0});
   }
+  return true;
 }
 
 }  // namespace iso

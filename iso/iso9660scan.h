@@ -26,7 +26,8 @@ class Iso9660Scan {
   bool IsComplete() const { return m_bComplete; }
 
  private:
-  void AddItem(const DirectoryRecord& record, const ItemFolder& parent);
+  /// False when the folder's listing ends here.
+  bool AddItem(const DirectoryRecord& record, const ItemFolder& parent);
 
   ByteSource& m_source;
   DWORD m_nBlockSize;

@@ -143,23 +143,24 @@ std::wstring CIsoUnpacker::GetFileOutputInfo(const std::wstring& path) {
 }
 
 std::wstring CIsoUnpacker::GetFolderOutputInfo(const std::wstring& path) {
-  return m_pImage->TotalsText(path);
+  return m_pImage->TextOf(frame::Totals(path));
 }
 
-std::wstring CIsoUnpacker::GetArchiveOutputInfo() { return m_pImage->TotalsText({}); }
+std::wstring CIsoUnpacker::GetArchiveOutputInfo() { return m_pImage->TextOf(frame::Totals()); }
 
 // Unpacking.
 
 bool CIsoUnpacker::UnpackCurrentFile(const std::wstring& name, const std::wstring& folder) {
   const std::wstring_view fileName = frame::NameOf(name);
   const iso::CIsoItemInfo* const item = m_pImage->Items().Current();
-  if (!frame::IsSafeName(fileName, true)) return false;
+  // Behind the folder's path a drive would mean nothing.
+  if (!frame::IsSafeName(fileName, false)) return false;
   m_state.m_strLastTarget = frame::Join(folder, fileName);
   if (item == nullptr || item->m_bFolder != 0 || item->m_bSafe == 0) return false;
   if (!m_pImage->IsOpen()) return false;
-  const HANDLE file = frame::CreateOutputFile(m_state, m_state.m_strLastTarget,
-                                              {m_pImage->SizeOf(*item), item->m_timeModified});
-  if (file == INVALID_HANDLE_VALUE) return false;
+  frame::OpenFile file(frame::CreateOutputFile(m_state, m_state.m_strLastTarget,
+                                               {m_pImage->SizeOf(*item), item->m_timeModified}));
+  if (!file.IsOpen()) return false;
   m_state.m_bStopRequest = 0;
   m_state.m_bCancel = 0;
   frame::SendProgress(m_state, 0, std::wstring(item->Name()));

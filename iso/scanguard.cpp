@@ -4,6 +4,8 @@ namespace iso {
 namespace {
 
 constexpr std::size_t kLongestPath = 4095;
+// The scans recurse; folders without a name would nest without a path.
+constexpr int kDeepest = 1024;
 // A record takes at least 34 bytes; a name in it fills the rest.
 constexpr ULONGLONG kPathCharactersPerByte = 16;
 constexpr ULONGLONG kFreePathCharacters = 1 << 20;
@@ -11,12 +13,17 @@ constexpr ULONGLONG kFreePathCharacters = 1 << 20;
 }  // namespace
 
 bool ScanGuard::Enter(ULONGLONG key, ULONGLONG length, const std::wstring& path) {
-  const ULONGLONG mostCharacters = kFreePathCharacters + m_nBytesRead * kPathCharactersPerByte;
-  if (path.size() > kLongestPath || m_nPathCharacters > mostCharacters) return false;
+  if (path.size() > kLongestPath || m_nDepth == kDeepest) return false;
   if (length > m_nBytesLeft || !m_entered.insert(key).second) return false;
   m_nBytesLeft -= length;
   m_nBytesRead += length;
+  ++m_nDepth;
   return true;
+}
+
+bool ScanGuard::CountPath(const std::wstring& path) {
+  m_nPathCharacters += path.size();
+  return m_nPathCharacters <= kFreePathCharacters + m_nBytesRead * kPathCharactersPerByte;
 }
 
 bool ScanGuard::CountAllocation(ULONGLONG length) {

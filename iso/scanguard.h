@@ -16,26 +16,29 @@ namespace iso {
 /// - all directories together hold no more bytes than the image, so that
 ///   overlapping extents cannot multiply what it holds;
 /// - a path is no longer than the system can create, and all paths together
-///   stay in proportion to the directory bytes that made them.
+///   stay in proportion to the directory bytes that made them;
+/// - folders nest no deeper than paths of that length could say.
 class ScanGuard {
  public:
   explicit ScanGuard(ULONGLONG imageSize) : m_nBytesLeft(imageSize), m_nAllocationLeft(imageSize) {}
 
   /// `key` names the folder's place in the image; `length` is the number of
-  /// bytes that reading it takes.
+  /// bytes that reading it takes. After a true result call Leave.
   bool Enter(ULONGLONG key, ULONGLONG length, const std::wstring& path);
+  void Leave() { --m_nDepth; }
   /// Counts bytes of allocation descriptors and embedded data that are kept for
   /// an item. False when all together exceed what the image can hold, as when
   /// many names lead to one large entry.
   bool CountAllocation(ULONGLONG length);
-  /// Counts an item that was listed.
-  void CountPath(const std::wstring& path) { m_nPathCharacters += path.size(); }
+  /// Counts the path of an item. False when no more can be listed.
+  bool CountPath(const std::wstring& path);
 
  private:
   ULONGLONG m_nBytesLeft;
   ULONGLONG m_nAllocationLeft;
   ULONGLONG m_nBytesRead = 0;
   ULONGLONG m_nPathCharacters = 0;
+  int m_nDepth = 0;
   std::unordered_set<ULONGLONG> m_entered;
 };
 

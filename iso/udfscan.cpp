@@ -78,14 +78,14 @@ CIsoItemInfo UdfScan::MakeUdfItem(std::wstring_view name, const UdfFileEntry& en
   item.m_nBlocksRecorded = entry.blocksRecorded;
   item.m_timeModified = m_dates.TimeOf(entry.modified);
   item.m_timeAccessed = m_dates.TimeOf(entry.accessed);
-  m_guard.CountPath(item.m_strPath);
   return item;
 }
 
 bool UdfScan::ReadDirUDF(std::wstring_view name, const UdfFileEntry& entry, const UDFICB& icb,
                          const Tree& tree, bool hidden, const ItemFolder& parent) {
   const CIsoItemInfo& item = m_items.Append(MakeUdfItem(name, entry, hidden, parent));
-  return ReadContents(entry, icb, tree, {item.m_strPath, item.m_bSafe != 0});
+  return m_guard.CountPath(item.m_strPath) &&
+         ReadContents(entry, icb, tree, {item.m_strPath, item.m_bSafe != 0});
 }
 
 bool UdfScan::ReadInfoFileUDF(std::wstring_view name, const UdfFileEntry& entry, const Tree& tree,
@@ -93,6 +93,7 @@ bool UdfScan::ReadInfoFileUDF(std::wstring_view name, const UdfFileEntry& entry,
   auto allocation = AllocationOf(entry, tree);
   if (!allocation) return false;
   CIsoItemInfo item = MakeUdfItem(name, entry, hidden, parent);
+  if (!m_guard.CountPath(item.m_strPath)) return false;
   item.m_pAllocation = std::make_unique<UdfAllocation>(std::move(*allocation));
   m_items.Append(std::move(item));
   return true;
@@ -108,7 +109,9 @@ bool UdfScan::ReadContents(const UdfFileEntry& entry, const UDFICB& icb, const T
     return true;
   }
   const auto bytes = ReadFolderData(entry, tree);
-  return bytes && ReadIdentifiers(*bytes, tree, folder);
+  const bool read = bytes && ReadIdentifiers(*bytes, tree, folder);
+  m_guard.Leave();
+  return read;
 }
 
 bool UdfScan::ReadIdentifiers(std::span<const BYTE> bytes, const Tree& tree,
@@ -146,14 +149,16 @@ std::optional<std::vector<BYTE>> UdfScan::ReadFolderData(const UdfFileEntry& ent
   if (BytesOf(allocation->m_arrExtents) < length) return std::nullopt;
   std::vector<BYTE> data;
   for (const UDFEXTENT& extent : allocation->m_arrExtents) {
-    const auto part = m_volumes.ReadExtent(m_source, tree.volume, extent.partition, extent.position,
-                                           extent.Bytes());
-    if (!part || extent.Type() != UdfExtentType::kRecorded) return std::nullopt;
-    data.insert(data.end(), part->begin(), part->end());
-    if (data.size() >= length) break;
+    // The whole extent must lie in its partition, but only what the folder has
+    // is read.
+    const auto position =
+        m_volumes.PositionOf(tree.volume, extent.partition, extent.position, extent.Bytes());
+    if (!position || extent.Type() != UdfExtentType::kRecorded) return std::nullopt;
+    const auto wanted = std::min<ULONGLONG>(extent.Bytes(), length - data.size());
+    const auto part = ReadWhole(m_source, *position, static_cast<DWORD>(wanted));
+    data.insert(data.end(), part.begin(), part.end());
   }
   if (data.size() < length) return std::nullopt;
-  data.resize(static_cast<std::size_t>(length));
   return data;
 }
 

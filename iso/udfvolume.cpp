@@ -89,8 +89,9 @@ bool UdfVolumes::BindMap(UDFPARTMAP& map, int volume) {
 }
 
 bool UdfVolumes::HasPartition(int volume, int partitionReference) const {
-  return static_cast<std::size_t>(partitionReference) <
-         At(m_arrLogicalVolumes, volume).partitionMaps.size();
+  const auto index = static_cast<std::size_t>(volume);
+  return index < m_arrLogicalVolumes.size() && static_cast<std::size_t>(partitionReference) <
+                                                   m_arrLogicalVolumes[index].partitionMaps.size();
 }
 
 std::optional<ULONGLONG> UdfVolumes::PositionOf(int volume, int partitionReference, DWORD block,

@@ -137,7 +137,11 @@ std::optional<std::string> CodePage::EncodeOne(wchar_t character) const {
   if (iconv(m_encoder, &in, &inLeft, &out, &outLeft) == static_cast<std::size_t>(-1)) {
     return std::nullopt;
   }
-  return std::string(buffer.data(), buffer.size() - outLeft);
+  std::string bytes(buffer.data(), buffer.size() - outLeft);
+  // Some characters are dropped without an error. Nor may a foreign character
+  // turn into ASCII: a path that was checked would become another one.
+  if (IsPlainAscii(bytes)) return std::nullopt;
+  return bytes;
 }
 
 const CodePage& LocaleCodePage() {

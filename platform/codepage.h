@@ -26,7 +26,8 @@ class CodePage {
   /// Decodes what it can; each byte that has no meaning becomes
   /// `privateBase` + byte.
   std::wstring DecodeLoosely(std::string_view bytes, wchar_t privateBase) const;
-  /// One character; none when the code page lacks it.
+  /// One character outside ASCII; none when the code page lacks it. Never empty
+  /// and never ASCII.
   std::optional<std::string> EncodeOne(wchar_t character) const;
 
  private:

@@ -258,6 +258,13 @@ TEST_F(IsoExtract, WritesNothingForHostileNames) {
   EXPECT_EQ(ReadFile(folder.Path("planted")), "untouched");
 }
 
+TEST_F(IsoExtract, TakesAColonBelowTheRootForAName) {
+  builder.Root().AddFolder("SUB").AddFile("A:B", "content");
+  Open();
+  EXPECT_TRUE(unpacker.UnpackArchive(Target()));
+  EXPECT_EQ(Out("SUB/A:B"), "content");
+}
+
 TEST_F(IsoExtract, NeverGoesThroughLinksBelowTheTarget) {
   OpenTree();
   mkdir(folder.Path("outside").c_str(), 0777);

@@ -235,7 +235,7 @@ TEST_F(IsoOpen, SurvivesDeepNesting) {
   IsoNode* node = &builder.Root();
   for (int i = 0; i < 3000; ++i) node = &node->AddFolder("D");
   ASSERT_TRUE(Open());
-  EXPECT_GT(PathsOf(unpacker).size(), 2000U);
+  EXPECT_GT(PathsOf(unpacker).size(), 1000U);
   EXPECT_FALSE(unpacker.IsListComplete());
 }
 
@@ -245,6 +245,28 @@ std::string SmallTree(IsoBuilder& builder) {
   docs.AddFolder("SUB").AddFile("B.TXT;1", std::string(3000, 'b'));
   builder.Root().AddFile("C.TXT;1", "c");
   return builder.Build();
+}
+
+TEST_F(IsoOpen, BoundsFoldersWithoutNames) {
+  // Their paths never grow, so that only the depth can end them.
+  builder.Options().blockSize = 512;
+  IsoNode* node = &builder.Root();
+  for (int i = 0; i < 20000; ++i) node = &node->AddFolder(std::string(1, '\0'));
+  ASSERT_TRUE(Open());
+  EXPECT_LT(PathsOf(unpacker).size(), 2000U);
+  EXPECT_FALSE(unpacker.IsListComplete());
+}
+
+TEST_F(IsoOpen, BoundsTheTextOfAllPaths) {
+  // Short records in a deep folder: each repeats thousands of characters.
+  IsoNode* node = &builder.Root();
+  for (int i = 0; i < 18; ++i) node = &node->AddFolder(std::string(215, 'D'));
+  for (int i = 0; i < 20000; ++i) node->AddFile("F");
+  ASSERT_TRUE(Open());
+  std::size_t characters = 0;
+  for (const std::wstring& path : PathsOf(unpacker)) characters += path.size();
+  EXPECT_LT(characters, 16'000'000U);
+  EXPECT_FALSE(unpacker.IsListComplete());
 }
 
 /// Opens and walks; a refused date is a proper end too.

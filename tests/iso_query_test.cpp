@@ -103,12 +103,24 @@ TEST_F(IsoQuery, SumsFilesAndCountsFolders) {
             L"Files - 4, Folders - 4, Size - 101 235 bytes, Packed - 101 235 bytes, Ratio - 100%");
   EXPECT_EQ(unpacker.GetFolderOutputInfo(L"DOCS"),
             L"Files - 2, Folders - 2, Size - 101 234 bytes, Packed - 101 234 bytes, Ratio - 100%");
+  EXPECT_EQ(unpacker.GetFolderOutputInfo(L""), unpacker.GetFolderOutputInfo(L"docs"))
+      << "no item lies below a folder without a name";
   EXPECT_EQ(unpacker.GetFolderOutputInfo(L"docs"),
             L"Files - 0, Folders - 0, Size - 0 bytes, Packed - 0 bytes, Ratio - 0%");
   const std::wstring text = unpacker.GetFileOutputInfo(L"docs\\a");
   EXPECT_EQ(text.substr(0, 11), L"Modified - ");
   EXPECT_NE(text.find(L", Size - 1 234 bytes, Packed - 1 234 bytes, Ratio - 100%"), text.npos);
   EXPECT_NE(unpacker.GetFileOutputInfo(L"ZERO").find(L"Ratio - 0%"), text.npos);
+}
+
+// A name of backslashes is a path of many folders; counting them must not
+// take their paths' length squared.
+TEST_F(IsoQuery, CountsNamesFullOfBackslashes) {
+  IsoNode* node = &builder.Root();
+  for (int i = 0; i < 16; ++i) node = &node->AddFolder(std::string(215, '\\'));
+  for (int i = 0; i < 300; ++i) node->AddFolder(std::to_string(i) + std::string(200, '\\'));
+  Open();
+  EXPECT_NE(unpacker.GetArchiveOutputInfo().find(L"Files - 0, Folders - "), std::wstring::npos);
 }
 
 TEST_F(IsoQuery, KeepsTheListAfterClosingAndReplacesItOnOpening) {

@@ -38,6 +38,10 @@ TEST(Text, EncodesWhatTheCodePageHas) {
   EXPECT_EQ(WideCharToMultiByte(CP_ACP, 0, text.c_str(), 3, nullptr, 0, nullptr, nullptr), 3);
   EXPECT_EQ(WideCharToMultiByte(CP_ACP, 0, text.c_str(), 3, bytes, 2, nullptr, nullptr), 0);
   EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
+  // The system's converter drops tag characters without an error; "..", a tag
+  // and nothing else would become "..".
+  EXPECT_EQ(WideCharToMultiByte(CP_ACP, 0, L"\U000E0041", 1, bytes, 16, nullptr, nullptr), 1);
+  EXPECT_EQ(bytes[0], '?');
   platform::SetAnsiCodePage("");
 }
 

@@ -18,7 +18,7 @@ constexpr bool IsSurrogate(wchar_t c) { return c >= 0xd800 && c <= 0xdfff; }
 /// Characters that change the direction or the line of what follows them.
 constexpr bool IsLayoutControl(wchar_t c) {
   return c == 0x061c || (c >= 0x200e && c <= 0x200f) || (c >= 0x2028 && c <= 0x202e) ||
-         (c >= 0x2066 && c <= 0x2069);
+         (c >= 0x2066 && c <= 0x2069) || (c >= 0xe0000 && c <= 0xe007f);
 }
 
 constexpr bool IsEncodable(wchar_t c) {

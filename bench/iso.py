@@ -27,51 +27,48 @@ def make_data(options, name, files, folders, size, udf=False):
     return tree, image
 
 
+def list_contenders(options, image):
+    path = str(image)
+    return [common.Contender(common.OURS, [str(options.morvunp), "list", path], image),
+            common.Contender("7zz", ["7zz", "l", path], image, ["7zz"])]
+
+
+def extract_contenders(options, tree, image):
+    path = str(image)
+    return [common.Contender(common.OURS,
+                             [str(options.morvunp), "extract", "-q", path, "-C", "{out}"], image),
+            common.Contender("cp -r of the source tree", ["cp", "-r", f"{tree}/.", "{out}"], tree,
+                             ["cp", "--version"]),
+            common.Contender("7zz", ["7zz", "x", "-y", "-bd", "-o{out}", path], image, ["7zz"])]
+
+
 def listing(options, title, image):
     path = str(image)
-    return common.Case(title, [
-        common.Contender(common.OURS, [str(options.morvunp), "list", path], image),
+    return common.Case(title, list_contenders(options, image) + [
         common.Contender("bsdtar", ["bsdtar", "-tf", path], image, ["bsdtar", "--version"]),
         common.Contender("isoinfo", ["isoinfo", "-l", "-i", path], image,
                          ["isoinfo", "--version"]),
-        common.Contender("7zz", ["7zz", "l", path], image, ["7zz"]),
         common.Contender("xorriso", ["xorriso", "-indev", path, "-find", "/"], image,
                          ["xorriso", "-version"]),
     ])
 
 
 def udf_listing(options, title, image):
-    path = str(image)
-    return common.Case(title, [
-        common.Contender(common.OURS, [str(options.morvunp), "list", path], image),
-        common.Contender("7zz", ["7zz", "l", path], image, ["7zz"]),
-    ])
-
-
-def udf_extraction(options, title, tree, image):
-    path = str(image)
-    return common.Case(title, [
-        common.Contender(common.OURS,
-                         [str(options.morvunp), "extract", "-q", path, "-C", "{out}"], image),
-        common.Contender("cp -r of the source tree", ["cp", "-r", f"{tree}/.", "{out}"], tree,
-                         ["cp", "--version"]),
-        common.Contender("7zz", ["7zz", "x", "-y", "-bd", "-o{out}", path], image, ["7zz"]),
-    ], common.bytes_below(tree))
+    return common.Case(title, list_contenders(options, image))
 
 
 def extraction(options, title, tree, image):
     path = str(image)
-    return common.Case(title, [
-        common.Contender(common.OURS,
-                         [str(options.morvunp), "extract", "-q", path, "-C", "{out}"], image),
-        common.Contender("cp -r of the source tree", ["cp", "-r", f"{tree}/.", "{out}"], tree,
-                         ["cp", "--version"]),
-        common.Contender("7zz", ["7zz", "x", "-y", "-bd", "-o{out}", path], image, ["7zz"]),
+    return common.Case(title, extract_contenders(options, tree, image) + [
         common.Contender("bsdtar", ["bsdtar", "-xf", path, "-C", "{out}"], image,
                          ["bsdtar", "--version"]),
         common.Contender("xorriso", ["xorriso", "-osirrox", "on", "-indev", path,
                                      "-extract", "/", "{out}"], image, ["xorriso", "-version"]),
     ], common.bytes_below(tree))
+
+
+def udf_extraction(options, title, tree, image):
+    return common.Case(title, extract_contenders(options, tree, image), common.bytes_below(tree))
 
 
 def verify(options, tree, image):

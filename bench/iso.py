@@ -53,8 +53,18 @@ def listing(options, title, image):
     ])
 
 
+def udfread_command(options):
+    """libudfread has no command: a small one is built here."""
+    command = options.work / "udfread_list"
+    source = Path(__file__).resolve().parent / "udfread_list.c"
+    subprocess.run(["gcc", "-O2", source, "-o", command, "-ludfread"], check=True)
+    return str(command)
+
+
 def udf_listing(options, title, image):
-    return common.Case(title, list_contenders(options, image))
+    return common.Case(title, list_contenders(options, image) + [
+        common.Contender("libudfread, names only", [udfread_command(options), str(image)], image,
+                         ["dpkg-query", "-Wf", "${Version}", "libudfread-dev"])])
 
 
 def extraction(options, title, tree, image):

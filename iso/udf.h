@@ -52,19 +52,19 @@ struct UDFICB {
 
 /// ECMA-167 3/10.5. Start and length count sectors.
 struct UDFPARTITION {
-  WORD number;
-  DWORD start;
-  DWORD length;
+  WORD number = 0;
+  DWORD start = 0;
+  DWORD length = 0;
   /// Index of the logical volume that uses it; -1 while none does.
   int owner = -1;
 };
 
 /// ECMA-167 3/10.7.2, type 1.
 struct UDFPARTMAP {
-  BYTE type;
-  BYTE length;
-  WORD volumeSequenceNumber;
-  WORD partitionNumber;
+  BYTE type = 0;
+  BYTE length = 0;
+  WORD volumeSequenceNumber = 0;
+  WORD partitionNumber = 0;
   /// Index of the partition with that number; set when volumes are bound.
   int partitionIndex = -1;
 };

@@ -2,6 +2,7 @@
 
 #include <wchar.h>
 
+#include <array>
 #include <charconv>
 #include <cstdio>
 
@@ -69,26 +70,26 @@ void AppendSimple(std::string& out, wchar_t c, Form form) {
 /// Appends the characters that are shown as they are, or as "/", and returns
 /// how many they are. Nearly all texts are one such run.
 std::size_t AppendPlainRun(std::string& out, std::wstring_view text, Form form) {
-  const std::size_t before = out.size();
-  out.resize(before + text.size());
+  std::array<char, 256> run{};
+  const wchar_t refused = form == Form::kPath ? L'/' : L'\0';
+  const char separator = form == Form::kPath ? '/' : '\\';
   std::size_t length = 0;
-  for (const wchar_t c : text) {
-    if (!IsAsciiPrintable(c) || (form == Form::kPath && c == L'/')) break;
-    out[before + length++] = form == Form::kPath && c == L'\\' ? '/' : static_cast<char>(c);
+  for (const wchar_t c : text.substr(0, run.size())) {
+    if (!IsAsciiPrintable(c) || c == refused) break;
+    run[length++] = c == L'\\' ? separator : static_cast<char>(c);
   }
-  out.resize(before + length);
+  out.append(run.data(), length);
   return length;
 }
 
 void AppendShown(std::string& out, std::wstring_view text, Form form) {
-  for (std::size_t i = AppendPlainRun(out, text, form); i < text.size();) {
-    const wchar_t c = text[i];
-    if (IsAsciiPrintable(c) || NeedsEscape(c)) {
-      AppendSimple(out, c, form);
-      ++i;
-    } else {
-      i += AppendForeignRun(out, text.substr(i));
-    }
+  while (!text.empty()) {
+    text.remove_prefix(AppendPlainRun(out, text, form));
+    if (text.empty()) return;
+    const wchar_t c = text.front();
+    const bool isSimple = IsAsciiPrintable(c) || NeedsEscape(c);
+    if (isSimple) AppendSimple(out, c, form);
+    text.remove_prefix(isSimple ? 1 : AppendForeignRun(out, text));
   }
 }
 

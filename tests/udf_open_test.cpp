@@ -10,6 +10,7 @@
 #include <functional>
 #include <random>
 
+#include "iso/udfscan.h"
 #include "support/imagetest.h"
 #include "support/udfbuilder.h"
 
@@ -549,6 +550,51 @@ TEST_F(UdfOpen, BoundsOverlappingDirectories) {
   } catch (const CAtlException&) {
   }
   EXPECT_LT(PathsOf(unpacker).size(), image.size() / 38);
+}
+
+/// An image in memory that counts what is read of it.
+class CountingSource : public iso::ByteSource {
+ public:
+  explicit CountingSource(const std::string& image) : m_image(image) {}
+
+  std::int64_t ReadAt(std::uint64_t offset, void* buffer, std::uint32_t length) override {
+    if (offset >= m_image.size()) return 0;
+    const std::size_t read = m_image.copy(static_cast<char*>(buffer), length, offset);
+    bytesRead += read;
+    return static_cast<std::int64_t>(read);
+  }
+  std::uint64_t Size() const override { return m_image.size(); }
+
+  std::size_t bytesRead = 0;
+
+ private:
+  const std::string& m_image;
+};
+
+// Folders of a few bytes whose extents claim megabytes: only what a folder has
+// may be read.
+TEST_F(UdfOpen, ReadsNoMoreOfAFolderThanItHas) {
+  std::vector<UdfNode*> subs;
+  for (int i = 0; i < 20; ++i) {
+    subs.push_back(&builder.Root().AddFolder("sub" + std::to_string(i)));
+    subs.back()->allocation = kUdfShort;
+  }
+  builder.Root().AddFile("filler", std::string(4 << 20, 'x'));
+  builder.Build();
+  for (UdfNode* const sub : subs) {
+    auto extents = builder.ExtentsOf(*sub);
+    sub->informationLength = extents.at(0).length;
+    extents[0].length = 1 << 20;
+    sub->extents = extents;
+  }
+  const std::string image = builder.Build();
+  CountingSource source(image);
+  iso::UdfVolumes volumes;
+  iso::ItemList items;
+  ASSERT_TRUE(volumes.Open(source));
+  ASSERT_TRUE(iso::UdfScan(source, volumes, items).InitScanUDF());
+  EXPECT_TRUE(items.LocateFile(L"sub19"));
+  EXPECT_LT(source.bytesRead, std::size_t{2} << 20);
 }
 
 TEST_F(UdfOpen, SurvivesDeepNesting) {

@@ -41,12 +41,10 @@ bool UdfScan::ScanVolume(int volume) {
   UDFVOLUME& logical = m_volumes.LogicalVolumes()[static_cast<std::size_t>(volume)];
   const UDFICB& fileSet = logical.fileSet;
   if (fileSet.Bytes() < kUdfFileSetLength) return false;
-  if (!m_volumes.PositionOf(volume, fileSet.partition, fileSet.location, fileSet.Bytes())) {
-    return false;
-  }
-  const auto bytes = m_volumes.ReadExtent(m_source, volume, fileSet.partition, fileSet.location,
-                                          kUdfFileSetLength);
-  const auto root = bytes ? DecodeFileSetRoot(*bytes) : std::nullopt;
+  const auto position =
+      m_volumes.PositionOf(volume, fileSet.partition, fileSet.location, fileSet.Bytes());
+  if (!position) return false;
+  const auto root = DecodeFileSetRoot(ReadWhole(m_source, *position, kUdfFileSetLength));
   if (!root) return false;
   logical.rootICBs.push_back(*root);
   return std::all_of(logical.rootICBs.begin(), logical.rootICBs.end(),

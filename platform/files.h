@@ -33,8 +33,6 @@ inline constexpr DWORD INVALID_FILE_ATTRIBUTES = 0xFFFFFFFF;
 /// Refuse to open a symbolic link (its target is never followed).
 inline constexpr DWORD FILE_FLAG_OPEN_REPARSE_POINT = 0x00200000;
 
-inline constexpr std::size_t MAX_PATH = 260;
-
 inline constexpr DWORD FILE_CURRENT = 1;
 inline constexpr DWORD INVALID_SET_FILE_POINTER = 0xFFFFFFFF;
 

@@ -39,7 +39,7 @@ bool Image::Scan() {
   m_bListComplete = false;
   if (m_bISO9660) {
     Iso9660Scan scan(*m_pSource, m_nBlockSize, m_items);
-    scan.InitScanISO9660(m_nRootLocation, m_nRootLength, {});
+    scan.InitScanISO9660(m_nRootLocation, m_nRootLength, kRoot);
     m_bListComplete = scan.IsComplete();
     return true;
   }
@@ -90,23 +90,22 @@ bool Image::OpenUDF(const std::wstring& path) {
   return OpenDescriptor(path) && m_volumes.Open(*m_pSource);
 }
 
-ULONGLONG Image::SizeOf(const CIsoItemInfo& item) const {
-  return m_bISO9660 ? item.m_nSize : item.m_nSize64;
-}
-
 ULONGLONG Image::PackedSizeOf(const CIsoItemInfo& item) const {
-  if (item.m_nBlocksRecorded == 0) return item.m_nSize64;
-  return item.m_nBlocksRecorded * m_volumes.SectorSize();
+  const UdfDetails* const details = m_items.DetailsOf(item);
+  if (details == nullptr || details->m_nBlocksRecorded == 0) return item.m_nSize;
+  return details->m_nBlocksRecorded * m_volumes.SectorSize();
 }
 
 std::wstring Image::TextOf(frame::Totals totals) {
+  std::wstring path;
   for (bool more = m_items.FindFile(); more;) {
     more = m_items.FindNextFile();
     const CIsoItemInfo& item = *m_items.Current();
+    m_items.GetPath(item, path);
     if (item.m_bFolder != 0) {
-      totals.AddFolder(item.m_strPath);
+      totals.AddFolder(path);
     } else {
-      totals.AddFile(item.m_strPath, SizeOf(item), PackedSizeShown(item));
+      totals.AddFile(path, item.m_nSize, PackedSizeOf(item));
     }
   }
   return totals.Text();
@@ -114,7 +113,7 @@ std::wstring Image::TextOf(frame::Totals totals) {
 
 bool Image::WriteItem(const CIsoItemInfo& item, frame::OpenFile& file, CUnpackState& state) {
   const CopyBuffer::Lease lease(m_buffer);
-  OutputFile output(file.Get(), state, SizeOf(item));
+  OutputFile output(file.Get(), state, item.m_nSize);
   const CopyResult result = CopyItem(item, output);
   if (result == CopyResult::kDone) frame::SetTimeModified(file.Get(), item.m_timeModified);
   const bool closed = file.Close();
@@ -127,7 +126,8 @@ bool Image::WriteItem(const CIsoItemInfo& item, frame::OpenFile& file, CUnpackSt
 }
 
 CopyResult Image::CopyItem(const CIsoItemInfo& item, OutputFile& output) {
-  if (item.m_pAllocation != nullptr) return CopyUDF(*item.m_pAllocation, output);
+  const UdfDetails* const details = m_items.DetailsOf(item);
+  if (details != nullptr) return CopyUDF(details->m_allocation, output);
   return CopyExtent(*m_pSource, m_buffer, ULONGLONG{m_nBlockSize} * item.m_nLocation, item.m_nSize,
                     output);
 }

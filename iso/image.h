@@ -39,15 +39,10 @@ class Image {
   bool IsListComplete() const { return m_bListComplete; }
   bool IsISO9660() const { return m_bISO9660; }
 
-  /// Size in bytes of an item's data.
-  ULONGLONG SizeOf(const CIsoItemInfo& item) const;
-  /// UDF: bytes in the recorded blocks, or the size when none are recorded.
+  /// Bytes that an item occupies. ISO 9660 packs nothing. UDF: bytes in the
+  /// recorded blocks, or the size when none are recorded.
   ULONGLONG PackedSizeOf(const CIsoItemInfo& item) const;
 
-  /// The packed size of the summary texts: an ISO 9660 image packs nothing.
-  ULONGLONG PackedSizeShown(const CIsoItemInfo& item) const {
-    return m_bISO9660 ? item.m_nSize : PackedSizeOf(item);
-  }
   /// The summary text of what `totals` counts. Moves the cursor to the end.
   std::wstring TextOf(frame::Totals totals);
 

@@ -44,10 +44,10 @@ class RecordReader {
 
 }  // namespace
 
-void Iso9660Scan::InitScanISO9660(DWORD location, DWORD length, const ItemFolder& parent) {
+void Iso9660Scan::InitScanISO9660(DWORD location, DWORD length, ItemIndex folder) {
   const ULONGLONG offset = ULONGLONG{m_nBlockSize} * location;
   const std::uint32_t available = AvailableLength(m_source, offset, length);
-  if (!m_guard.Enter(location, available, parent.path)) {
+  if (!m_guard.Enter(location, available, m_items.PathLengthOf(folder))) {
     m_bComplete = false;
     return;
   }
@@ -55,28 +55,27 @@ void Iso9660Scan::InitScanISO9660(DWORD location, DWORD length, const ItemFolder
   RecordReader records(bytes, m_nBlockSize);
   int seen = 0;
   for (auto record = records.Next(); record; record = records.Next()) {
-    if (++seen > kSpecialRecords && !AddItem(*record, parent)) break;
+    if (++seen > kSpecialRecords && !AddItem(*record, folder)) break;
   }
   m_guard.Leave();
   const bool whole = bytes.size() == length && seen >= kSpecialRecords && !records.IsDamaged();
   m_bComplete = m_bComplete && whole;
 }
 
-bool Iso9660Scan::AddItem(const DirectoryRecord& record, const ItemFolder& parent) {
-  CIsoItemInfo item = MakeItem(GetNameItemISO9660(record), parent);
-  item.m_bFolder = record.directory ? 1 : 0;
-  item.m_nLocation = record.location;
-  item.m_nSize = record.dataLength;
-  item.m_timeModified = m_dates.TimeOf(record.date);
-  item.m_bHidden = record.hidden ? 1 : 0;
-  if (!m_guard.CountPath(item.m_strPath)) {
+bool Iso9660Scan::AddItem(const DirectoryRecord& record, ItemIndex folder) {
+  const __time64_t modified = m_dates.TimeOf(record.date);
+  const std::wstring name = GetNameItemISO9660(record);
+  if (!m_guard.CountPath(m_items.PathLengthOf(folder) + name.size())) {
     m_bComplete = false;
     return false;
   }
-  const CIsoItemInfo& added = m_items.Append(std::move(item));
-  if (record.directory) {
-    InitScanISO9660(record.location, record.dataLength, {added.m_strPath, added.m_bSafe != 0});
-  }
+  CIsoItemInfo& item = m_items.Append(name, folder);
+  item.m_bFolder = record.directory ? 1 : 0;
+  item.m_bHidden = record.hidden ? 1 : 0;
+  item.m_nLocation = record.location;
+  item.m_nSize = record.dataLength;
+  item.m_timeModified = modified;
+  if (record.directory) InitScanISO9660(record.location, record.dataLength, m_items.Last());
   return true;
 }
 

@@ -1,8 +1,6 @@
 // The walk over an ISO 9660 directory tree.
 #pragma once
 
-#include <string>
-
 #include "iso/bytesource.h"
 #include "iso/iso9660.h"
 #include "iso/itemlist.h"
@@ -21,13 +19,13 @@ class Iso9660Scan {
   /// Adds the items of one directory extent and of every folder below it.
   /// Throws CAtlException for an impossible recording date; the items before
   /// it stay in the list.
-  void InitScanISO9660(DWORD location, DWORD length, const ItemFolder& parent);
+  void InitScanISO9660(DWORD location, DWORD length, ItemIndex folder);
   /// False when a directory could not be read whole or was not entered.
   bool IsComplete() const { return m_bComplete; }
 
  private:
   /// False when the folder's listing ends here.
-  bool AddItem(const DirectoryRecord& record, const ItemFolder& parent);
+  bool AddItem(const DirectoryRecord& record, ItemIndex folder);
 
   ByteSource& m_source;
   DWORD m_nBlockSize;

@@ -70,12 +70,12 @@ void EmptyCommon(Info& info) {
 
 /// The fields that both records share.
 template <class Info>
-void FillCommon(Info& info, const iso::CIsoItemInfo& item) {
-  info.strPath = item.m_strPath;
-  info.strName = item.Name();
-  info.strExt = frame::ExtensionOf(item.Name());
-  info.strTitle = frame::TitleOf(item.Name());
-  info.bInFolder = frame::HasParent(item.m_strPath) ? 1 : 0;
+void FillCommon(Info& info, const iso::ItemList& items, const iso::CIsoItemInfo& item) {
+  items.GetPath(item, info.strPath);
+  info.strName = item.m_strName;
+  info.strExt = frame::ExtensionOf(item.m_strName);
+  info.strTitle = frame::TitleOf(item.m_strName);
+  info.bInFolder = frame::HasParent(info.strPath) ? 1 : 0;
   info.bFolder = item.m_bFolder;
 }
 
@@ -96,24 +96,29 @@ void CIsoUnpacker::EmptyFullInfo(ISOFILEFULLINFO& info) const {
 
 bool CIsoUnpacker::GetFileShortInfo(ISOFILESHORTINFO& info) const {
   EmptyShortInfo(info);
-  const iso::CIsoItemInfo* const item = m_pImage->Items().Current();
+  const iso::ItemList& items = m_pImage->Items();
+  const iso::CIsoItemInfo* const item = items.Current();
   if (item == nullptr) return false;
-  FillCommon(info, *item);
+  FillCommon(info, items, *item);
   return true;
 }
 
 bool CIsoUnpacker::GetFileFullInfo(ISOFILEFULLINFO& info) const {
   EmptyFullInfo(info);
-  const iso::CIsoItemInfo* const item = m_pImage->Items().Current();
+  const iso::ItemList& items = m_pImage->Items();
+  const iso::CIsoItemInfo* const item = items.Current();
   if (item == nullptr) return false;
-  FillCommon(info, *item);
-  info.nLocation = item->m_nLocation;
-  info.nSize = item->m_nSize;
-  info.nSize64 = item->m_nSize64;
-  info.nPackedSize = m_pImage->PackedSizeOf(*item);
+  FillCommon(info, items, *item);
   info.timeModified = item->m_timeModified;
-  info.timeAccessed = item->m_timeAccessed;
   info.bHidden = item->m_bHidden;
+  if (const iso::UdfDetails* const details = items.DetailsOf(*item)) {
+    info.nSize64 = item->m_nSize;
+    info.nPackedSize = m_pImage->PackedSizeOf(*item);
+    info.timeAccessed = details->m_timeAccessed;
+  } else {
+    info.nSize = static_cast<DWORD>(item->m_nSize);
+    info.nLocation = item->m_nLocation;
+  }
   return true;
 }
 
@@ -136,10 +141,10 @@ std::wstring CIsoUnpacker::GetFileOutputInfo(const std::wstring& path) {
   if (!LocateFile(path)) return {};
   const iso::CIsoItemInfo& item = *m_pImage->Items().Current();
   std::wstring text = L"Modified - " + frame::DateTimeText(item.m_timeModified) + L", ";
-  if (!m_pImage->IsISO9660()) {
-    text += L"Accessed - " + frame::DateTimeText(item.m_timeAccessed) + L", ";
+  if (const iso::UdfDetails* const details = m_pImage->Items().DetailsOf(item)) {
+    text += L"Accessed - " + frame::DateTimeText(details->m_timeAccessed) + L", ";
   }
-  return text + frame::SizesText(m_pImage->SizeOf(item), m_pImage->PackedSizeShown(item));
+  return text + frame::SizesText(item.m_nSize, m_pImage->PackedSizeOf(item));
 }
 
 std::wstring CIsoUnpacker::GetFolderOutputInfo(const std::wstring& path) {
@@ -159,11 +164,11 @@ bool CIsoUnpacker::UnpackCurrentFile(const std::wstring& name, const std::wstrin
   if (item == nullptr || item->m_bFolder != 0 || item->m_bSafe == 0) return false;
   if (!m_pImage->IsOpen()) return false;
   frame::OpenFile file(frame::CreateOutputFile(m_state, m_state.m_strLastTarget,
-                                               {m_pImage->SizeOf(*item), item->m_timeModified}));
+                                               {item->m_nSize, item->m_timeModified}));
   if (!file.IsOpen()) return false;
   m_state.m_bStopRequest = 0;
   m_state.m_bCancel = 0;
-  frame::SendProgress(m_state, 0, std::wstring(item->Name()));
+  frame::SendProgress(m_state, 0, std::wstring(item->m_strName));
   if (!m_pImage->WriteItem(*item, file, m_state)) return false;
   UpdateFileTree(m_state.m_strLastTarget);
   return true;

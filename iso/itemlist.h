@@ -3,6 +3,7 @@
 
 #include <deque>
 #include <memory>
+#include <memory_resource>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -23,51 +24,66 @@ struct UdfAllocation {
   std::vector<BYTE> m_arrData;
 };
 
-/// One file or folder of the image.
-class CIsoItemInfo : public CObject {
- public:
-  /// Components joined by a backslash, no leading one; the name comes last.
-  std::wstring m_strPath;
-  /// Characters of the name, which may hold a backslash itself.
-  DWORD m_nNameLength = 0;
+/// What only UDF records of an item.
+struct UdfDetails {
+  /// Seconds since 1970-01-01 00:00 UTC.
+  __time64_t m_timeAccessed = 0;
+  /// Logical blocks recorded.
+  ULONGLONG m_nBlocksRecorded = 0;
+  /// Files only.
+  UdfAllocation m_allocation;
+};
+
+/// Position of an item in the list.
+using ItemIndex = DWORD;
+/// The folder of the items that are in none.
+inline constexpr ItemIndex kRoot = 0xFFFFFFFF;
+
+/// One file or folder of the image. Images hold many: an item owns no memory
+/// of its own, and its path is put together when somebody asks for it.
+struct CIsoItemInfo {
+  /// Points into the list's memory. May hold a backslash itself.
+  std::wstring_view m_strName;
   /// Seconds since 1970-01-01 00:00 UTC.
   __time64_t m_timeModified = 0;
-  /// ISO 9660: data length in bytes and logical block number of the extent.
-  DWORD m_nSize = 0;
+  /// Bytes: data length (ISO 9660) or information length (UDF).
+  ULONGLONG m_nSize = 0;
+  /// The folder it is in, or kRoot.
+  ItemIndex m_nParent = kRoot;
+  /// Characters of the path.
+  DWORD m_nPathLength = 0;
+  /// ISO 9660: logical block number of the extent. UDF: position of the details.
   DWORD m_nLocation = 0;
-  /// UDF: last access, information length in bytes, logical blocks recorded.
-  __time64_t m_timeAccessed = 0;
-  ULONGLONG m_nSize64 = 0;
-  ULONGLONG m_nBlocksRecorded = 0;
-  /// UDF files only.
-  std::unique_ptr<UdfAllocation> m_pAllocation;
   BYTE m_bFolder = 0;
   BYTE m_bHidden = 0;
   /// The path gate lets this item through: its own name and those of all
   /// folders above it are single, harmless components.
   BYTE m_bSafe = 0;
-
-  std::wstring_view Name() const {
-    return std::wstring_view(m_strPath).substr(m_strPath.size() - m_nNameLength);
-  }
 };
-
-/// The folder that items are added to.
-struct ItemFolder {
-  /// Empty for the root.
-  std::wstring path;
-  /// The path gate lets the folder through.
-  bool safe = true;
-};
-
-/// A new item of this name in a folder: name, path and gate are set.
-CIsoItemInfo MakeItem(std::wstring_view name, const ItemFolder& parent);
 
 /// Items in depth-first pre-order, with one cursor.
 class ItemList {
  public:
-  const CIsoItemInfo& Append(CIsoItemInfo item) { return m_arrItems.emplace_back(std::move(item)); }
+  /// Adds an item of this name to a folder of the list; its name, parent, path
+  /// length and gate are set. The reference stays valid.
+  CIsoItemInfo& Append(std::wstring_view name, ItemIndex parent);
+  /// Adds details for an item and gives it their position.
+  UdfDetails& AppendDetails(CIsoItemInfo& item);
   void RemoveAllItems();
+
+  /// Position of the item added last.
+  ItemIndex Last() const { return static_cast<ItemIndex>(m_arrItems.size() - 1); }
+  /// Characters in the path of a folder or of kRoot.
+  std::size_t PathLengthOf(ItemIndex folder) const {
+    return folder == kRoot ? 0 : m_arrItems[folder].m_nPathLength;
+  }
+  /// Components joined by a backslash, no leading one. Walking the list in its
+  /// order costs no more than copying the texts.
+  void GetPath(const CIsoItemInfo& item, std::wstring& path) const;
+  /// Null in the list of an ISO 9660 image.
+  const UdfDetails* DetailsOf(const CIsoItemInfo& item) const {
+    return m_arrDetails.empty() ? nullptr : &m_arrDetails[item.m_nLocation];
+  }
 
   /// Puts the cursor before the first item. True when there is one.
   bool FindFile();
@@ -83,12 +99,20 @@ class ItemList {
 
  private:
   void MoveTo(std::size_t position);
+  const std::wstring& FolderPath(ItemIndex folder) const;
+  bool HasPath(const CIsoItemInfo& item, const std::wstring& path) const;
   std::size_t IndexOf(const std::wstring& path);
   std::size_t IndexByWalking(const std::wstring& path) const;
   void BuildIndex();
 
-  /// A deque: growing it moves no item, so the current one stays in place.
+  /// Deques: growing them moves nothing, so the current item stays in place.
   std::deque<CIsoItemInfo> m_arrItems;
+  std::deque<UdfDetails> m_arrDetails;
+  /// The names of all items, one after the other.
+  std::unique_ptr<std::pmr::monotonic_buffer_resource> m_pNames;
+  /// The path of the folder that was asked for last: neighbours share it.
+  mutable ItemIndex m_nKnownFolder = kRoot;
+  mutable std::wstring m_strKnownFolder;
   /// Hash of the case-folded path and position, sorted. Made at the second
   /// look-up: one alone is cheaper by walking.
   std::vector<std::pair<std::size_t, std::size_t>> m_index;

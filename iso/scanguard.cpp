@@ -12,8 +12,8 @@ constexpr ULONGLONG kFreePathCharacters = 1 << 20;
 
 }  // namespace
 
-bool ScanGuard::Enter(ULONGLONG key, ULONGLONG length, const std::wstring& path) {
-  if (path.size() > kLongestPath || m_nDepth == kDeepest) return false;
+bool ScanGuard::Enter(ULONGLONG key, ULONGLONG length, std::size_t pathLength) {
+  if (pathLength > kLongestPath || m_nDepth == kDeepest) return false;
   if (length > m_nBytesLeft || !m_entered.insert(key).second) return false;
   m_nBytesLeft -= length;
   m_nBytesRead += length;
@@ -21,8 +21,8 @@ bool ScanGuard::Enter(ULONGLONG key, ULONGLONG length, const std::wstring& path)
   return true;
 }
 
-bool ScanGuard::CountPath(const std::wstring& path) {
-  m_nPathCharacters += path.size();
+bool ScanGuard::CountPath(std::size_t length) {
+  m_nPathCharacters += length;
   return m_nPathCharacters <= kFreePathCharacters + m_nBytesRead * kPathCharactersPerByte;
 }
 

@@ -1,7 +1,7 @@
 // Bounds that keep the scan of a hostile image finite.
 #pragma once
 
-#include <string>
+#include <cstddef>
 #include <unordered_set>
 
 #include "platform/platform.h"
@@ -23,15 +23,17 @@ class ScanGuard {
   explicit ScanGuard(ULONGLONG imageSize) : m_nBytesLeft(imageSize), m_nAllocationLeft(imageSize) {}
 
   /// `key` names the folder's place in the image; `length` is the number of
-  /// bytes that reading it takes. After a true result call Leave.
-  bool Enter(ULONGLONG key, ULONGLONG length, const std::wstring& path);
+  /// bytes that reading it takes, `pathLength` the characters of its path.
+  /// After a true result call Leave.
+  bool Enter(ULONGLONG key, ULONGLONG length, std::size_t pathLength);
   void Leave() { --m_nDepth; }
   /// Counts bytes of allocation descriptors and embedded data that are kept for
   /// an item. False when all together exceed what the image can hold, as when
   /// many names lead to one large entry.
   bool CountAllocation(ULONGLONG length);
-  /// Counts the path of an item. False when no more can be listed.
-  bool CountPath(const std::wstring& path);
+  /// Counts the characters of an item's path. False when no more items can be
+  /// listed: what a host keeps of them would outgrow the image.
+  bool CountPath(std::size_t length);
 
  private:
   ULONGLONG m_nBytesLeft;

@@ -57,7 +57,7 @@ bool UdfScan::ScanRoot(int volume, const UDFICB& icb) {
   // ECMA-167 4/14.9.19: whole attributes only; they end inside the entry.
   const DWORD attributes = entry->extendedAttributesLength;
   if (attributes % 4 != 0 || attributes > icb.Bytes() - kEntryHeader) return false;
-  return !entry->folder || ReadContents(*entry, icb, {volume, icb.partition}, {});
+  return !entry->folder || ReadContents(*entry, icb, {volume, icb.partition}, kRoot);
 }
 
 std::optional<UdfFileEntry> UdfScan::ReadEntry(int volume, const UDFICB& icb) {
@@ -67,42 +67,41 @@ std::optional<UdfFileEntry> UdfScan::ReadEntry(int volume, const UDFICB& icb) {
   return bytes ? DecodeFileEntry(*bytes) : std::nullopt;
 }
 
-CIsoItemInfo UdfScan::MakeUdfItem(std::wstring_view name, const UdfFileEntry& entry, bool hidden,
-                                  const ItemFolder& parent) {
-  CIsoItemInfo item = MakeItem(name, parent);
+UdfDetails& UdfScan::AppendItem(std::wstring_view name, const UdfFileEntry& entry, bool hidden,
+                                ItemIndex parent) {
+  const __time64_t modified = m_dates.TimeOf(entry.modified);
+  const __time64_t accessed = m_dates.TimeOf(entry.accessed);
+  CIsoItemInfo& item = m_items.Append(name, parent);
   item.m_bFolder = entry.folder ? 1 : 0;
   item.m_bHidden = hidden ? 1 : 0;
-  item.m_nSize64 = entry.informationLength;
-  item.m_nBlocksRecorded = entry.blocksRecorded;
-  item.m_timeModified = m_dates.TimeOf(entry.modified);
-  item.m_timeAccessed = m_dates.TimeOf(entry.accessed);
-  return item;
+  item.m_nSize = entry.informationLength;
+  item.m_timeModified = modified;
+  UdfDetails& details = m_items.AppendDetails(item);
+  details.m_timeAccessed = accessed;
+  details.m_nBlocksRecorded = entry.blocksRecorded;
+  return details;
 }
 
 bool UdfScan::ReadDirUDF(std::wstring_view name, const UdfFileEntry& entry, const UDFICB& icb,
-                         const Tree& tree, bool hidden, const ItemFolder& parent) {
-  const CIsoItemInfo& item = m_items.Append(MakeUdfItem(name, entry, hidden, parent));
-  return m_guard.CountPath(item.m_strPath) &&
-         ReadContents(entry, icb, tree, {item.m_strPath, item.m_bSafe != 0});
+                         const Tree& tree, bool hidden, ItemIndex parent) {
+  AppendItem(name, entry, hidden, parent);
+  return ReadContents(entry, icb, tree, m_items.Last());
 }
 
 bool UdfScan::ReadInfoFileUDF(std::wstring_view name, const UdfFileEntry& entry, const Tree& tree,
-                              bool hidden, const ItemFolder& parent) {
+                              bool hidden, ItemIndex parent) {
   auto allocation = AllocationOf(entry, tree);
   if (!allocation) return false;
-  CIsoItemInfo item = MakeUdfItem(name, entry, hidden, parent);
-  if (!m_guard.CountPath(item.m_strPath)) return false;
-  item.m_pAllocation = std::make_unique<UdfAllocation>(std::move(*allocation));
-  m_items.Append(std::move(item));
+  AppendItem(name, entry, hidden, parent).m_allocation = std::move(*allocation);
   return true;
 }
 
 bool UdfScan::ReadContents(const UdfFileEntry& entry, const UDFICB& icb, const Tree& tree,
-                           const ItemFolder& folder) {
+                           ItemIndex folder) {
   // Nothing is allocated for what the image does not have.
   if (entry.informationLength > m_source.Size()) return false;
   const auto key = m_volumes.PositionOf(tree.volume, icb.partition, icb.location, icb.Bytes());
-  if (!m_guard.Enter(*key, entry.informationLength, folder.path)) {
+  if (!m_guard.Enter(*key, entry.informationLength, m_items.PathLengthOf(folder))) {
     m_bComplete = false;
     return true;
   }
@@ -112,8 +111,7 @@ bool UdfScan::ReadContents(const UdfFileEntry& entry, const UDFICB& icb, const T
   return read;
 }
 
-bool UdfScan::ReadIdentifiers(std::span<const BYTE> bytes, const Tree& tree,
-                              const ItemFolder& folder) {
+bool UdfScan::ReadIdentifiers(std::span<const BYTE> bytes, const Tree& tree, ItemIndex folder) {
   while (!bytes.empty()) {
     const auto identifier = DecodeFileIdentifier(bytes);
     if (!identifier) return false;
@@ -123,12 +121,15 @@ bool UdfScan::ReadIdentifiers(std::span<const BYTE> bytes, const Tree& tree,
   return true;
 }
 
-bool UdfScan::ReadChild(const UdfFileIdentifier& identifier, const Tree& tree,
-                        const ItemFolder& folder) {
+bool UdfScan::ReadChild(const UdfFileIdentifier& identifier, const Tree& tree, ItemIndex folder) {
   const auto entry = ReadEntry(tree.volume, identifier.icb);
   if (!entry) return false;
   const std::wstring name =
       GetDString(identifier.identifier.data(), static_cast<WORD>(identifier.identifier.size()));
+  if (!m_guard.CountPath(m_items.PathLengthOf(folder) + name.size())) {
+    m_bComplete = false;
+    return true;
+  }
   if (!entry->folder) return ReadInfoFileUDF(name, *entry, tree, identifier.hidden, folder);
   return ReadDirUDF(name, *entry, identifier.icb, tree, identifier.hidden, folder);
 }

@@ -44,16 +44,16 @@ class UdfScan {
   std::optional<UdfFileEntry> ReadEntry(int volume, const UDFICB& icb);
 
   bool ReadDirUDF(std::wstring_view name, const UdfFileEntry& entry, const UDFICB& icb,
-                  const Tree& tree, bool hidden, const ItemFolder& parent);
+                  const Tree& tree, bool hidden, ItemIndex parent);
   bool ReadInfoFileUDF(std::wstring_view name, const UdfFileEntry& entry, const Tree& tree,
-                       bool hidden, const ItemFolder& parent);
-  CIsoItemInfo MakeUdfItem(std::wstring_view name, const UdfFileEntry& entry, bool hidden,
-                           const ItemFolder& parent);
+                       bool hidden, ItemIndex parent);
+  UdfDetails& AppendItem(std::wstring_view name, const UdfFileEntry& entry, bool hidden,
+                         ItemIndex parent);
 
   bool ReadContents(const UdfFileEntry& entry, const UDFICB& icb, const Tree& tree,
-                    const ItemFolder& folder);
-  bool ReadIdentifiers(std::span<const BYTE> bytes, const Tree& tree, const ItemFolder& folder);
-  bool ReadChild(const UdfFileIdentifier& identifier, const Tree& tree, const ItemFolder& folder);
+                    ItemIndex folder);
+  bool ReadIdentifiers(std::span<const BYTE> bytes, const Tree& tree, ItemIndex folder);
+  bool ReadChild(const UdfFileIdentifier& identifier, const Tree& tree, ItemIndex folder);
   std::optional<std::vector<BYTE>> ReadFolderData(const UdfFileEntry& entry, const Tree& tree);
 
   std::optional<UdfAllocation> AllocationOf(const UdfFileEntry& entry, const Tree& tree);

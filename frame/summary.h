@@ -37,6 +37,9 @@ class Totals {
   /// Of a folder, by its path inside the archive.
   explicit Totals(const std::wstring& folder) : m_prefix(folder + kSeparator) {}
 
+  /// The whole archive is counted: the path of a file does not matter.
+  bool CountsAll() const { return m_prefix.empty(); }
+
   /// Counts a file, in bytes, or a folder, when it lies below the folder.
   void AddFile(const std::wstring& path, ULONGLONG size, ULONGLONG packed);
   void AddFolder(const std::wstring& path);

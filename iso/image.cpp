@@ -101,7 +101,8 @@ std::wstring Image::TextOf(frame::Totals totals) {
   for (bool more = m_items.FindFile(); more;) {
     more = m_items.FindNextFile();
     const CIsoItemInfo& item = *m_items.Current();
-    m_items.GetPath(item, path);
+    // Most items are files, and only a folder's text asks where they are.
+    if (item.m_bFolder != 0 || !totals.CountsAll()) m_items.GetPath(item, path);
     if (item.m_bFolder != 0) {
       totals.AddFolder(path);
     } else {

@@ -55,7 +55,8 @@ bool IsDirISO9660(const BYTE* flags);
 bool IsHiddenISO9660(const BYTE* flags);
 
 /// The item's name: the file identifier up to a zero byte, decoded in the ANSI
-/// code page, without a version suffix ";1" and the dot that then ends it.
-std::wstring GetNameItemISO9660(const DirectoryRecord& record);
+/// code page, without a version suffix ";1" and the dot that then ends it. The
+/// text keeps its memory from one name to the next.
+void GetNameItemISO9660(const DirectoryRecord& record, std::wstring& name);
 
 }  // namespace iso

@@ -64,12 +64,12 @@ void Iso9660Scan::InitScanISO9660(DWORD location, DWORD length, ItemIndex folder
 
 bool Iso9660Scan::AddItem(const DirectoryRecord& record, ItemIndex folder) {
   const __time64_t modified = m_dates.TimeOf(record.date);
-  const std::wstring name = GetNameItemISO9660(record);
-  if (!m_guard.CountPath(m_items.PathLengthOf(folder) + name.size())) {
+  GetNameItemISO9660(record, m_name);
+  if (!m_guard.CountPath(m_items.PathLengthOf(folder) + m_name.size())) {
     m_bComplete = false;
     return false;
   }
-  CIsoItemInfo& item = m_items.Append(name, folder);
+  CIsoItemInfo& item = m_items.Append(m_name, folder);
   item.m_bFolder = record.directory ? 1 : 0;
   item.m_bHidden = record.hidden ? 1 : 0;
   item.m_nLocation = record.location;

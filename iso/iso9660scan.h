@@ -1,6 +1,8 @@
 // The walk over an ISO 9660 directory tree.
 #pragma once
 
+#include <string>
+
 #include "iso/bytesource.h"
 #include "iso/iso9660.h"
 #include "iso/itemlist.h"
@@ -32,6 +34,8 @@ class Iso9660Scan {
   ItemList& m_items;
   ScanGuard m_guard;
   DateConverter m_dates;
+  /// The name read last.
+  std::wstring m_name;
   bool m_bComplete = true;
 };
 

@@ -2,14 +2,13 @@
 
 #include <algorithm>
 #include <cwctype>
+#include <memory>
 
 #include "frame/itempath.h"
 #include "frame/pathgate.h"
 
 namespace iso {
 namespace {
-
-constexpr std::size_t kFirstNames = std::size_t{64} * 1024;
 
 /// The hash of a text that another one precedes; equal for texts that differ
 /// in case only.
@@ -20,23 +19,24 @@ std::size_t FoldedHash(std::wstring_view text, std::size_t hash = 0) {
   return hash;
 }
 
-std::wstring_view CopyOf(std::wstring_view text, std::pmr::memory_resource& memory) {
-  auto* const copy =
-      static_cast<wchar_t*>(memory.allocate(text.size() * sizeof(wchar_t), alignof(wchar_t)));
-  std::copy(text.begin(), text.end(), copy);
-  return {copy, text.size()};
+template <class T>
+std::span<const T> CopyOf(std::span<const T> elements, std::pmr::memory_resource& memory) {
+  if (elements.empty()) return {};
+  auto* const copy = static_cast<T*>(memory.allocate(elements.size_bytes(), alignof(T)));
+  std::uninitialized_copy(elements.begin(), elements.end(), copy);
+  return {copy, elements.size()};
 }
 
 }  // namespace
 
 CIsoItemInfo& ItemList::Append(std::wstring_view name, ItemIndex parent) {
-  if (!m_pNames) m_pNames = std::make_unique<std::pmr::monotonic_buffer_resource>(kFirstNames);
   const bool inRoot = parent == kRoot;
   const bool parentSafe = inRoot || m_arrItems[parent].m_bSafe != 0;
   // A folder without a name in the root adds no separator.
   const std::size_t above = PathLengthOf(parent);
   CIsoItemInfo& item = m_arrItems.emplace_back();
-  item.m_strName = CopyOf(name, *m_pNames);
+  const auto kept = CopyOf(std::span(name), m_memory);
+  item.m_strName = {kept.data(), kept.size()};
   item.m_nParent = parent;
   item.m_nPathLength = static_cast<DWORD>((above == 0 ? 0 : above + 1) + name.size());
   item.m_bSafe = parentSafe && frame::IsSafeName(name, inRoot) ? 1 : 0;
@@ -48,10 +48,17 @@ UdfDetails& ItemList::AppendDetails(CIsoItemInfo& item) {
   return m_arrDetails.emplace_back();
 }
 
+UdfAllocation ItemList::Keep(const UdfAllocation& allocation) {
+  UdfAllocation kept = allocation;
+  kept.m_arrExtents = CopyOf(allocation.m_arrExtents, m_memory);
+  kept.m_arrData = CopyOf(allocation.m_arrData, m_memory);
+  return kept;
+}
+
 void ItemList::RemoveAllItems() {
   m_arrItems.clear();
   m_arrDetails.clear();
-  m_pNames.reset();
+  m_memory.release();
   m_nKnownFolder = kRoot;
   m_strKnownFolder.clear();
   m_index.clear();

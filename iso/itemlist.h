@@ -2,8 +2,8 @@
 #pragma once
 
 #include <deque>
-#include <memory>
 #include <memory_resource>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -14,14 +14,14 @@
 
 namespace iso {
 
-/// Where the data of a UDF file is.
+/// Where the data of a UDF file is. Owns nothing.
 struct UdfAllocation {
   /// Index of the logical volume that holds the file.
   int m_nLogicalVolume = 0;
   /// The data is in m_arrData, not in m_arrExtents.
   bool m_bDataInICB = false;
-  std::vector<UDFEXTENT> m_arrExtents;
-  std::vector<BYTE> m_arrData;
+  std::span<const UDFEXTENT> m_arrExtents;
+  std::span<const BYTE> m_arrData;
 };
 
 /// What only UDF records of an item.
@@ -30,7 +30,7 @@ struct UdfDetails {
   __time64_t m_timeAccessed = 0;
   /// Logical blocks recorded.
   ULONGLONG m_nBlocksRecorded = 0;
-  /// Files only.
+  /// Files only. Points into the list's memory.
   UdfAllocation m_allocation;
 };
 
@@ -69,6 +69,8 @@ class ItemList {
   CIsoItemInfo& Append(std::wstring_view name, ItemIndex parent);
   /// Adds details for an item and gives it their position.
   UdfDetails& AppendDetails(CIsoItemInfo& item);
+  /// A copy in the list's memory.
+  UdfAllocation Keep(const UdfAllocation& allocation);
   void RemoveAllItems();
 
   /// Position of the item added last.
@@ -98,6 +100,8 @@ class ItemList {
   bool LocateFile(const std::wstring& path);
 
  private:
+  static constexpr std::size_t kFirstMemory = std::size_t{64} * 1024;
+
   void MoveTo(std::size_t position);
   const std::wstring& FolderPath(ItemIndex folder) const;
   bool HasPath(const CIsoItemInfo& item, const std::wstring& path) const;
@@ -108,8 +112,8 @@ class ItemList {
   /// Deques: growing them moves nothing, so the current item stays in place.
   std::deque<CIsoItemInfo> m_arrItems;
   std::deque<UdfDetails> m_arrDetails;
-  /// The names of all items, one after the other.
-  std::unique_ptr<std::pmr::monotonic_buffer_resource> m_pNames;
+  /// Names and allocations of all items, one after the other.
+  std::pmr::monotonic_buffer_resource m_memory{kFirstMemory};
   /// The path of the folder that was asked for last: neighbours share it.
   mutable ItemIndex m_nKnownFolder = kRoot;
   mutable std::wstring m_strKnownFolder;

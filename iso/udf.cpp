@@ -141,30 +141,28 @@ std::optional<std::span<const BYTE>> DecodeAllocationExtent(std::span<const BYTE
   return bytes.subspan(kAllocationExtentHeader, length);
 }
 
-std::optional<std::vector<UDFEXTENT>> DecodeExtents(std::span<const BYTE> bytes, BYTE type,
-                                                    WORD partition) {
-  if (type != kUdfShortDescriptors && type != kUdfLongDescriptors) return std::nullopt;
+bool DecodeExtents(std::span<const BYTE> bytes, BYTE type, WORD partition,
+                   std::vector<UDFEXTENT>& extents) {
+  if (type != kUdfShortDescriptors && type != kUdfLongDescriptors) return false;
   const bool isLong = type == kUdfLongDescriptors;
   const std::size_t step = isLong ? kLongLength : kShortLength;
-  if (bytes.size() % step != 0) return std::nullopt;
-  std::vector<UDFEXTENT> extents;
-  extents.reserve(bytes.size() / step);
+  if (bytes.size() % step != 0) return false;
+  extents.reserve(extents.size() + bytes.size() / step);
   for (std::size_t at = 0; at < bytes.size(); at += step) {
     extents.push_back({GetLittleEndian32Bit(&bytes[at]), GetLittleEndian32Bit(&bytes[at + 4]),
                        isLong ? GetLittleEndian16Bit(&bytes[at + 8]) : partition});
   }
-  return extents;
+  return true;
 }
 
-std::wstring GetDString(const BYTE* bytes, WORD length) {
-  std::wstring text;
-  if (length < 2 || (bytes[0] != 8 && bytes[0] != 16)) return text;
+void GetDString(const BYTE* bytes, WORD length, std::wstring& text) {
+  text.clear();
+  if (length < 2 || (bytes[0] != 8 && bytes[0] != 16)) return;
   const bool isWide = bytes[0] == 16;
   for (std::size_t i = 1; i < length; i += isWide ? 2 : 1) {
     const BYTE low = isWide && i + 1 < length ? bytes[i + 1] : BYTE{0};
     AppendUnit(text, isWide ? static_cast<wchar_t>(bytes[i] << 8 | low) : wchar_t{bytes[i]});
   }
-  return text;
 }
 
 }  // namespace iso

@@ -138,13 +138,14 @@ std::optional<std::span<const BYTE>> DecodeAllocationExtent(std::span<const BYTE
 /// a partition map that is not of type 1 or does not lie inside the sector.
 std::optional<UDFVOLUME> DecodeLogicalVolume(std::span<const BYTE> sector);
 
-/// Allocation descriptors of type 0 or 1. Short ones refer to `partition`. None
-/// when the last one is cut or the type is another one.
-std::optional<std::vector<UDFEXTENT>> DecodeExtents(std::span<const BYTE> bytes, BYTE type,
-                                                    WORD partition);
+/// Appends allocation descriptors of type 0 or 1. Short ones refer to
+/// `partition`. False when the last one is cut or the type is another one.
+bool DecodeExtents(std::span<const BYTE> bytes, BYTE type, WORD partition,
+                   std::vector<UDFEXTENT>& extents);
 
 /// A file identifier: compression identifier 8 or 16 (UDF 2.1.1) and the
-/// characters; empty for any other. Surrogate pairs become one character.
-std::wstring GetDString(const BYTE* bytes, WORD length);
+/// characters; empty for any other. Surrogate pairs become one character. The
+/// text keeps its memory from one name to the next.
+void GetDString(const BYTE* bytes, WORD length, std::wstring& text);
 
 }  // namespace iso

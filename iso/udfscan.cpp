@@ -12,7 +12,7 @@ constexpr std::size_t kEntryHeader = 176;
 // A block of continuation describes hundreds of extents of up to 1 GiB each.
 constexpr int kMostContinuations = 4096;
 
-ULONGLONG BytesOf(const std::vector<UDFEXTENT>& extents) {
+ULONGLONG BytesOf(std::span<const UDFEXTENT> extents) {
   ULONGLONG bytes = 0;
   for (const UDFEXTENT& extent : extents) bytes += extent.Bytes();
   return bytes;
@@ -69,8 +69,8 @@ std::optional<UdfFileEntry> UdfScan::ReadEntry(int volume, const UDFICB& icb) {
 
 UdfDetails& UdfScan::AppendItem(std::wstring_view name, const UdfFileEntry& entry, bool hidden,
                                 ItemIndex parent) {
-  const __time64_t modified = m_dates.TimeOf(entry.modified);
-  const __time64_t accessed = m_dates.TimeOf(entry.accessed);
+  const __time64_t modified = m_datesModified.TimeOf(entry.modified);
+  const __time64_t accessed = m_datesAccessed.TimeOf(entry.accessed);
   CIsoItemInfo& item = m_items.Append(name, parent);
   item.m_bFolder = entry.folder ? 1 : 0;
   item.m_bHidden = hidden ? 1 : 0;
@@ -90,9 +90,9 @@ bool UdfScan::ReadDirUDF(std::wstring_view name, const UdfFileEntry& entry, cons
 
 bool UdfScan::ReadInfoFileUDF(std::wstring_view name, const UdfFileEntry& entry, const Tree& tree,
                               bool hidden, ItemIndex parent) {
-  auto allocation = AllocationOf(entry, tree);
+  const auto allocation = AllocationOf(entry, tree);
   if (!allocation) return false;
-  AppendItem(name, entry, hidden, parent).m_allocation = std::move(*allocation);
+  AppendItem(name, entry, hidden, parent).m_allocation = m_items.Keep(*allocation);
   return true;
 }
 
@@ -124,14 +124,13 @@ bool UdfScan::ReadIdentifiers(std::span<const BYTE> bytes, const Tree& tree, Ite
 bool UdfScan::ReadChild(const UdfFileIdentifier& identifier, const Tree& tree, ItemIndex folder) {
   const auto entry = ReadEntry(tree.volume, identifier.icb);
   if (!entry) return false;
-  const std::wstring name =
-      GetDString(identifier.identifier.data(), static_cast<WORD>(identifier.identifier.size()));
-  if (!m_guard.CountPath(m_items.PathLengthOf(folder) + name.size())) {
+  GetDString(identifier.identifier.data(), static_cast<WORD>(identifier.identifier.size()), m_name);
+  if (!m_guard.CountPath(m_items.PathLengthOf(folder) + m_name.size())) {
     m_bComplete = false;
     return true;
   }
-  if (!entry->folder) return ReadInfoFileUDF(name, *entry, tree, identifier.hidden, folder);
-  return ReadDirUDF(name, *entry, identifier.icb, tree, identifier.hidden, folder);
+  if (!entry->folder) return ReadInfoFileUDF(m_name, *entry, tree, identifier.hidden, folder);
+  return ReadDirUDF(m_name, *entry, identifier.icb, tree, identifier.hidden, folder);
 }
 
 std::optional<std::vector<BYTE>> UdfScan::ReadFolderData(const UdfFileEntry& entry,
@@ -140,10 +139,9 @@ std::optional<std::vector<BYTE>> UdfScan::ReadFolderData(const UdfFileEntry& ent
   if (!allocation) return std::nullopt;
   const ULONGLONG length = entry.informationLength;
   if (allocation->m_bDataInICB) {
-    std::vector<BYTE> data = allocation->m_arrData;
+    const std::span<const BYTE> data = allocation->m_arrData;
     if (data.size() < length) return std::nullopt;
-    data.resize(static_cast<std::size_t>(length));
-    return data;
+    return std::vector<BYTE>(data.begin(), data.begin() + static_cast<std::ptrdiff_t>(length));
   }
   if (BytesOf(allocation->m_arrExtents) < length) return std::nullopt;
   std::vector<BYTE> data;
@@ -163,47 +161,36 @@ std::optional<std::vector<BYTE>> UdfScan::ReadFolderData(const UdfFileEntry& ent
 
 std::optional<UdfAllocation> UdfScan::AllocationOf(const UdfFileEntry& entry, const Tree& tree) {
   if (!m_guard.CountAllocation(entry.allocation.size())) return std::nullopt;
-  UdfAllocation allocation;
-  allocation.m_nLogicalVolume = tree.volume;
-  if (entry.allocationType == kUdfEmbedded) {
-    allocation.m_bDataInICB = true;
-    allocation.m_arrData.assign(entry.allocation.begin(), entry.allocation.end());
-    return allocation;
-  }
-  auto extents = FollowExtents(entry.allocation, entry.allocationType, tree);
-  if (!extents) return std::nullopt;
-  allocation.m_arrExtents = std::move(*extents);
-  return allocation;
+  const bool embedded = entry.allocationType == kUdfEmbedded;
+  if (embedded) return UdfAllocation{tree.volume, true, {}, entry.allocation};
+  if (!FollowExtents(entry.allocation, entry.allocationType, tree)) return std::nullopt;
+  return UdfAllocation{tree.volume, false, m_extents, {}};
 }
 
-std::optional<std::vector<UDFEXTENT>> UdfScan::FollowExtents(std::span<const BYTE> descriptors,
-                                                             BYTE type, const Tree& tree) {
-  auto extents = DecodeExtents(descriptors, type, tree.partition);
+bool UdfScan::FollowExtents(std::span<const BYTE> descriptors, BYTE type, const Tree& tree) {
+  m_extents.clear();
+  if (!DecodeExtents(descriptors, type, tree.partition, m_extents)) return false;
   std::ptrdiff_t checked = 0;
-  for (int hops = 0; extents; ++hops) {
-    const auto found = std::find_if(extents->begin() + checked, extents->end(), IsContinuation);
-    if (found == extents->end()) break;
+  for (int hops = 0;; ++hops) {
+    const auto found = std::find_if(m_extents.begin() + checked, m_extents.end(), IsContinuation);
+    if (found == m_extents.end()) return true;
+    if (hops == kMostContinuations) return false;
     const UDFEXTENT continuation = *found;
     // ECMA-167 4/12: it ends the descriptors of its extent.
-    checked = found - extents->begin();
-    extents->erase(found, extents->end());
-    if (hops == kMostContinuations) return std::nullopt;
-    const auto more = ReadContinuation(continuation, type, tree);
-    if (!more) return std::nullopt;
-    extents->insert(extents->end(), more->begin(), more->end());
+    checked = found - m_extents.begin();
+    m_extents.erase(found, m_extents.end());
+    if (!ReadContinuation(continuation, type, tree)) return false;
   }
-  return extents;
 }
 
-std::optional<std::vector<UDFEXTENT>> UdfScan::ReadContinuation(const UDFEXTENT& continuation,
-                                                                BYTE type, const Tree& tree) {
+bool UdfScan::ReadContinuation(const UDFEXTENT& continuation, BYTE type, const Tree& tree) {
   // Counted by what is read, so that circles end.
   const DWORD length = continuation.Bytes();
-  if (length > kLongestEntry || !m_guard.CountAllocation(length)) return std::nullopt;
+  if (length > kLongestEntry || !m_guard.CountAllocation(length)) return false;
   const auto bytes = m_volumes.ReadExtent(m_source, tree.volume, continuation.partition,
                                           continuation.position, length);
   const auto descriptors = bytes ? DecodeAllocationExtent(*bytes) : std::nullopt;
-  return descriptors ? DecodeExtents(*descriptors, type, tree.partition) : std::nullopt;
+  return descriptors && DecodeExtents(*descriptors, type, tree.partition, m_extents);
 }
 
 }  // namespace iso

@@ -56,14 +56,12 @@ class UdfScan {
   bool ReadChild(const UdfFileIdentifier& identifier, const Tree& tree, ItemIndex folder);
   std::optional<std::vector<BYTE>> ReadFolderData(const UdfFileEntry& entry, const Tree& tree);
 
+  /// Valid as long as the entry and until the next call.
   std::optional<UdfAllocation> AllocationOf(const UdfFileEntry& entry, const Tree& tree);
-  /// All extents that descriptors lead to, those of continuation extents in
-  /// their place.
-  std::optional<std::vector<UDFEXTENT>> FollowExtents(std::span<const BYTE> descriptors, BYTE type,
-                                                      const Tree& tree);
-
-  std::optional<std::vector<UDFEXTENT>> ReadContinuation(const UDFEXTENT& continuation, BYTE type,
-                                                         const Tree& tree);
+  /// Collects all extents that descriptors lead to, those of continuation
+  /// extents in their place.
+  bool FollowExtents(std::span<const BYTE> descriptors, BYTE type, const Tree& tree);
+  bool ReadContinuation(const UDFEXTENT& continuation, BYTE type, const Tree& tree);
 
   ByteSource& m_source;
   /// File entries lie close together and are read through one buffer.
@@ -71,7 +69,11 @@ class UdfScan {
   UdfVolumes& m_volumes;
   ItemList& m_items;
   ScanGuard m_guard;
-  DateConverter m_dates;
+  DateConverter m_datesModified;
+  DateConverter m_datesAccessed;
+  /// The extents and the name read last.
+  std::vector<UDFEXTENT> m_extents;
+  std::wstring m_name;
   bool m_bComplete = true;
 };
 

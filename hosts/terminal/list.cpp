@@ -10,16 +10,17 @@ namespace terminal {
 namespace {
 
 constexpr const char* kHeader = "Modified                      Size  Attr  Path\n";
-constexpr std::size_t kSizeColumns = 13;
+constexpr std::size_t kSizeColumns = 14;
+
+std::string_view AttributesOf(const Item& item) {
+  if (item.isFolder) return item.isHidden ? "  DH    " : "  D-    ";
+  return item.isHidden ? "  -H    " : "  --    ";
+}
 
 void AppendRow(std::string& out, const Item& item, LocalTimeText& times) {
   times.Append(out, item.modified);
-  out += ' ';
   AppendNumber(out, item.size, kSizeColumns);
-  out += "  ";
-  out += item.isFolder ? 'D' : '-';
-  out += item.isHidden ? 'H' : '-';
-  out += "    ";
+  out += AttributesOf(item);
   AppendPath(out, item.path);
   out += '\n';
 }

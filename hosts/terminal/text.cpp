@@ -2,7 +2,7 @@
 
 #include <wchar.h>
 
-#include <array>
+#include <algorithm>
 #include <charconv>
 #include <cstdio>
 
@@ -67,18 +67,31 @@ void AppendSimple(std::string& out, wchar_t c, Form form) {
   }
 }
 
-/// Appends the characters that are shown as they are, or as "/", and returns
-/// how many they are. Nearly all texts are one such run.
-std::size_t AppendPlainRun(std::string& out, std::wstring_view text, Form form) {
-  std::array<char, 256> run{};
+/// How many characters at the start are shown as they are, or as "/". Nearly
+/// all texts are one such run, so most of it is looked at in blocks, which the
+/// compiler turns into vector operations.
+std::size_t PlainLength(std::wstring_view text, Form form) {
+  constexpr std::size_t kStep = 16;
   const wchar_t refused = form == Form::kPath ? L'/' : L'\0';
-  const char separator = form == Form::kPath ? '/' : '\\';
+  const auto isPlain = [&](wchar_t c) { return IsAsciiPrintable(c) && c != refused; };
   std::size_t length = 0;
-  for (const wchar_t c : text.substr(0, run.size())) {
-    if (!IsAsciiPrintable(c) || c == refused) break;
-    run[length++] = c == L'\\' ? separator : static_cast<char>(c);
+  for (; length + kStep <= text.size(); length += kStep) {
+    unsigned plain = 0;
+    for (std::size_t i = 0; i < kStep; ++i) plain += isPlain(text[length + i]) ? 1U : 0U;
+    if (plain != kStep) break;
   }
-  out.append(run.data(), length);
+  while (length < text.size() && isPlain(text[length])) ++length;
+  return length;
+}
+
+std::size_t AppendPlainRun(std::string& out, std::wstring_view text, Form form) {
+  const char separator = form == Form::kPath ? '/' : '\\';
+  const std::size_t length = PlainLength(text, form);
+  const std::size_t before = out.size();
+  out.resize(before + length);
+  std::transform(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(length),
+                 out.begin() + static_cast<std::ptrdiff_t>(before),
+                 [&](wchar_t c) { return c == L'\\' ? separator : static_cast<char>(c); });
   return length;
 }
 

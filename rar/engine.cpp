@@ -144,6 +144,7 @@ int Engine::ReadHeader() {
               .unpackedSize = Join(data.UnpSizeHigh, data.UnpSize),
               .crc = data.FileCRC,
               .time = data.FileTime,
+              .modified = {data.MtimeLow, data.MtimeHigh},
               .unpackVersion = data.UnpVer,
               .method = data.Method,
               .attributes = data.FileAttr,

@@ -50,6 +50,8 @@ struct Header {
   DWORD crc = 0;
   /// MS-DOS date and time, the date in the high half.
   DWORD time = 0;
+  /// The same in UTC and exact.
+  FILETIME modified;
   DWORD unpackVersion = 0;
   DWORD method = 0;
   DWORD attributes = 0;
@@ -60,6 +62,8 @@ struct Header {
   std::wstring source;
 
   bool IsFolder() const;
+  /// A folder of its own, not a link to one.
+  bool IsPlainFolder() const { return IsFolder() && redirection == Redirection::kNone; }
   bool IsEncrypted() const;
   /// The file goes on in the next volume.
   bool IsSplitAfter() const;

@@ -14,6 +14,14 @@ constexpr wchar_t kEscapedBackslash = kByteBase + L'\\';
 constexpr wchar_t kEngineByteMark = 0xFFFE;
 constexpr wchar_t kEngineByteBase = 0xE000;
 
+// Older archives hold UTF-16, which the engine hands on unit by unit.
+bool IsHighSurrogate(wchar_t c) { return c >= 0xD800 && c <= 0xDBFF; }
+bool IsLowSurrogate(wchar_t c) { return c >= 0xDC00 && c <= 0xDFFF; }
+
+wchar_t JoinSurrogates(wchar_t high, wchar_t low) {
+  return static_cast<wchar_t>(0x10000 + ((high - 0xD800) << 10) + (low - 0xDC00));
+}
+
 bool IsByte(wchar_t c, wchar_t base) { return c >= base + 0x80 && c <= base + 0xFF; }
 
 }  // namespace
@@ -22,9 +30,12 @@ std::wstring FromEngineName(std::wstring_view name) {
   const bool hasBytes = name.find(kEngineByteMark) != name.npos;
   std::wstring path;
   path.reserve(name.size());
-  for (const wchar_t c : name) {
+  for (std::size_t i = 0; i < name.size(); ++i) {
+    const wchar_t c = name[i];
     if (c == L'/') {
       path += frame::kSeparator;
+    } else if (IsHighSurrogate(c) && i + 1 < name.size() && IsLowSurrogate(name[i + 1])) {
+      path += JoinSurrogates(c, name[++i]);
     } else if (c == L'\\') {
       path += kEscapedBackslash;
     } else if (hasBytes && IsByte(c, kEngineByteBase)) {

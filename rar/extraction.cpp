@@ -51,6 +51,12 @@ bool IsRepetition(const rar::Header& header) {
          header.redirection == rar::Redirection::kFileCopy;
 }
 
+/// Permission bits for the file, before the umask.
+DWORD ModeOf(const rar::Header& header) {
+  if (header.isUnix) return header.attributes & 07777;
+  return (header.attributes & FILE_ATTRIBUTE_READONLY) != 0 ? 0444 : 0666;
+}
+
 std::size_t FoldersIn(std::wstring_view path) {
   return static_cast<std::size_t>(std::count(path.begin(), path.end(), frame::kSeparator));
 }
@@ -68,10 +74,8 @@ RarProblem LookAt(const std::wstring& path, const rar::Header& header, std::size
     DeleteFileW(path.c_str());
     return RarProblem::kUnsafeLink;
   }
-  if (header.isUnix) {
-    // The engine heeds neither the umask nor the danger of set-uid.
-    SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_UNIX_EXTENSION | header.attributes << 16);
-  }
+  // The engine heeds neither the umask of now nor the danger of set-uid.
+  SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_UNIX_EXTENSION | ModeOf(header) << 16);
   return RarProblem::kNone;
 }
 
@@ -89,7 +93,7 @@ bool CRarUnpacker::Report(RarProblem problem) {
 // One file.
 
 bool CRarUnpacker::UnpackCurrentFile(const std::wstring& name, const std::wstring& folder) {
-  if (!m_hArchive->HasItem() || m_hArchive->Current().IsFolder()) return false;
+  if (!m_hArchive->HasItem() || m_hArchive->Current().IsPlainFolder()) return false;
   {
     const rar::Callbacks callbacks(*m_hArchive, CallbackProc, this);
     if (!UnpackItem(name, folder)) return false;
@@ -191,7 +195,9 @@ RarProblem CRarUnpacker::Repeat(const std::wstring& path) {
   // A file system without hard links can still hold the content.
   if (isLinked) return RarProblem::kNone;
   if (CopyFileW(source.c_str(), path.c_str(), TRUE) == FALSE) return RarProblem::kCannotWrite;
-  frame::SetFileTimeModified(path, TimeOfDosDateTime(m_nFileTime));
+  const frame::OpenFile file(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+                                         OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+  if (file.IsOpen()) SetFileTime(file.Get(), nullptr, nullptr, &header.modified);
   return LookAt(path, header, 0);
 }
 
@@ -212,10 +218,12 @@ bool CRarUnpacker::UnpackFile(const std::wstring& path, const std::wstring& targ
 /// Alone, a hard link or a copy comes out with the data of the item that it
 /// repeats. Goes there; several may lie between.
 bool CRarUnpacker::LocateSource() {
-  constexpr int kLongestChain = 64;
+  constexpr int kLongestChain = 16;
   for (int i = 0; IsRepetition(m_hArchive->Current()); ++i) {
     RARFILEFULLINFO info;
-    if (i == kLongestChain || !LocateFile(m_hArchive->Current().source, info)) return false;
+    // A copy, because the header changes with each step of the search.
+    const std::wstring source = m_hArchive->Current().source;
+    if (i == kLongestChain || !LocateFile(source, info)) return false;
   }
   return true;
 }
@@ -232,7 +240,7 @@ bool CRarUnpacker::UnpackItems(const std::wstring& target, PlaceOf placeOf) {
     // What continues a file was dealt with at its beginning, unless the archive
     // was opened in its midst.
     if (header.IsContinuation() && m_nHeader > 1) return std::nullopt;
-    return placeOf(info.strPath, header.IsFolder());
+    return placeOf(info.strPath, header.IsPlainFolder());
   };
   const auto isSafe = [this] {
     const std::wstring& path = m_hArchive->Current().path;
@@ -252,9 +260,13 @@ bool CRarUnpacker::UnpackFolder(const std::wstring& path, const std::wstring& ta
 }
 
 bool CRarUnpacker::UnpackArchive(const std::wstring& target) {
-  return UnpackItems(target, [&](const std::wstring& item, bool isFolder) {
-    return PlaceInArchiveRun(m_state.m_iniUnpack, item, isFolder, target);
-  });
+  return UnpackItems(target,
+                     [&](const std::wstring& item, bool isFolder) -> std::optional<OutputPlace> {
+                       // Without folders there is nothing for a link to one to lead to.
+                       const bool isFlat = m_state.m_iniUnpack.bUnpackArchiveNoPaths != 0;
+                       if (isFlat && m_hArchive->Current().IsFolder()) return std::nullopt;
+                       return PlaceInArchiveRun(m_state.m_iniUnpack, item, isFolder, target);
+                     });
 }
 
 // What the engine calls.

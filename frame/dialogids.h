@@ -16,4 +16,6 @@ inline constexpr int kIdReplaceNewModified = 1010;
 inline constexpr int kIdReplaceOldIcon = 1011;
 inline constexpr int kIdReplaceNewIcon = 1012;
 
+inline constexpr int kIdPasswordEdit = 1013;
+
 }  // namespace frame

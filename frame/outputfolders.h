@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <type_traits>
 
 #include "frame/filesystem.h"
 #include "morvunp/outputplace.h"
@@ -46,14 +47,16 @@ bool WriteItem(U& unpacker, OutputFolders& folders, const OutputPlace& place,
 
 /// The folder and archive runs of formats that unpack item by item: walks all
 /// items and writes those that `placeOf` gives a place, until one is
-/// cancelled. The result is that of the last item handled.
-template <class U, class PlaceOf, class IsSafe>
+/// cancelled. The result is that of the last item handled. `Record` is what
+/// the items are read into: the class's ShortInfo unless another is named.
+template <class Record = void, class U, class PlaceOf, class IsSafe>
 bool UnpackByWalking(U& unpacker, CUnpackState& state, const std::wstring& target,
                      const FolderReport& report, PlaceOf placeOf, IsSafe isSafe) {
   state.m_bCancel = 0;
   OutputFolders folders(state, target, report);
   bool result = false;
-  WalkItems<typename U::ShortInfo>(unpacker, [&](const typename U::ShortInfo& info) {
+  using Info = std::conditional_t<std::is_void_v<Record>, typename U::ShortInfo, Record>;
+  WalkItems<Info>(unpacker, [&](const Info& info) {
     const std::optional<OutputPlace> place = placeOf(info);
     if (!place) return true;
     result = isSafe() && WriteItem(unpacker, folders, *place, target);

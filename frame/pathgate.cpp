@@ -25,15 +25,17 @@ bool IsSafeName(std::wstring_view name, bool inRoot) {
   return std::none_of(name.begin(), name.end(), IsForbidden) && !(inRoot && StartsWithDrive(name));
 }
 
+bool IsSafePath(std::wstring_view path, bool inRoot) {
+  for (;; inRoot = false) {
+    const std::size_t end = path.find(kSeparator);
+    if (!IsSafeName(path.substr(0, end), inRoot)) return false;
+    if (end == path.npos) return true;
+    path.remove_prefix(end + 1);
+  }
+}
+
 }  // namespace frame
 
-bool IsSafeItem(const std::wstring& path, const std::wstring& name) {
-  if (frame::NameOf(path) != name) return false;
-  std::wstring_view rest = path;
-  for (bool inRoot = true;; inRoot = false) {
-    const std::size_t end = rest.find(frame::kSeparator);
-    if (!frame::IsSafeName(rest.substr(0, end), inRoot)) return false;
-    if (end == rest.npos) return true;
-    rest.remove_prefix(end + 1);
-  }
+bool IsSafeItem(std::wstring_view path, std::wstring_view name) {
+  return frame::NameOf(path) == name && frame::IsSafePath(path, true);
 }

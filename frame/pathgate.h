@@ -10,4 +10,7 @@ namespace frame {
 /// gate itself, or into the target folder when `inRoot`.
 bool IsSafeName(std::wstring_view name, bool inRoot);
 
+/// The same for every component of a path; `inRoot` is said of the first.
+bool IsSafePath(std::wstring_view path, bool inRoot);
+
 }  // namespace frame

@@ -1,5 +1,6 @@
 #include "frame/progress.h"
 
+#include "frame/message.h"
 #include "frame/summary.h"
 #include "morvunp/messages.h"
 
@@ -9,9 +10,7 @@ namespace {
 bool NextMessage(MSG& message) { return PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != FALSE; }
 
 bool AskInterrupt() {
-  const CWnd* const owner = AfxGetMainWnd();
-  return MessageBoxW(owner != nullptr ? owner->GetSafeHwnd() : nullptr, L"Interrupt the unpack?",
-                     kCaption, MB_YESNO | MB_ICONQUESTION) == IDYES;
+  return ShowMessage(L"Interrupt the unpack?", MB_YESNO | MB_ICONQUESTION) == IDYES;
 }
 
 }  // namespace

@@ -8,8 +8,6 @@
 
 namespace frame {
 
-inline constexpr LPCWSTR kCaption = L"Morvane Archiver";
-
 /// Sends `percentage` to the progress dialog, with a text unless it is empty.
 void SendProgress(const CUnpackState& state, DWORD percentage, const std::wstring& text);
 

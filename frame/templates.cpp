@@ -2,6 +2,7 @@
 
 #include "frame/confirmreplace.h"
 #include "frame/dialogids.h"
+#include "frame/password.h"
 
 namespace frame {
 namespace {
@@ -38,8 +39,27 @@ DialogTemplate ConfirmReplaceTemplate() {
           }};
 }
 
+DialogTemplate PasswordTemplate() {
+  return {CPassword::kTemplate,
+          L"Enter Password",
+          260,
+          58,
+          kFontFace,
+          kFontPoints,
+          {
+              {kIdPasswordEdit, ControlKind::kPasswordEdit, L"", {80, 10, 160, 12}},
+              {IDOK, ControlKind::kDefaultPushButton, L"OK", {135, 39, 50, 14}},
+              {IDCANCEL, ControlKind::kPushButton, L"Cancel", {205, 39, 50, 14}},
+              {0, ControlKind::kTextRight, L"Password", {10, 10, 60, 8}},
+              {0, ControlKind::kSeparator, L"", {5, 32, 250, 1}},
+          }};
+}
+
 }  // namespace
 
-void RegisterTemplates() { platform::RegisterDialogTemplate(ConfirmReplaceTemplate()); }
+void RegisterTemplates() {
+  platform::RegisterDialogTemplate(ConfirmReplaceTemplate());
+  platform::RegisterDialogTemplate(PasswordTemplate());
+}
 
 }  // namespace frame

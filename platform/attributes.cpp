@@ -49,6 +49,20 @@ DWORD AttributesOfLink(const std::string& path) {
   return FILE_ATTRIBUTE_REPARSE_POINT | (toFolder ? FILE_ATTRIBUTE_DIRECTORY : 0);
 }
 
+mode_t CurrentUmask() {
+  // There is no way to look at it without setting it; a file that another
+  // thread creates meanwhile is closed to others rather than open.
+  const mode_t mask = umask(077);
+  umask(mask);
+  return mask;
+}
+
+BOOL ApplyMode(const std::string& path, mode_t mode, mode_t present) {
+  const mode_t wanted = mode & 0777 & ~CurrentUmask();
+  if (wanted == (present & 07777)) return TRUE;
+  return chmod(path.c_str(), wanted) == 0 ? TRUE : platform::FailWithErrno(errno);
+}
+
 }  // namespace
 
 DWORD GetFileAttributesW(LPCWSTR path) {
@@ -70,6 +84,9 @@ BOOL SetFileAttributesW(LPCWSTR path, DWORD attributes) {
   struct stat status {};
   if (lstat(native.c_str(), &status) != 0) return platform::FailWithErrno(errno);
   if (S_ISLNK(status.st_mode)) return platform::FailWithErrno(ELOOP);
+  if ((attributes & FILE_ATTRIBUTE_UNIX_EXTENSION) != 0) {
+    return ApplyMode(native, attributes >> 16, status.st_mode);
+  }
   // Extended attributes cannot be written to a file without its write bit.
   const bool readOnly = (attributes & FILE_ATTRIBUTE_READONLY) != 0;
   const mode_t writable = (status.st_mode & 07777) | S_IWUSR;

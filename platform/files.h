@@ -28,10 +28,16 @@ inline constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;
 /// A symbolic link. FILE_ATTRIBUTE_DIRECTORY is set beside it when the link
 /// leads to a folder.
 inline constexpr DWORD FILE_ATTRIBUTE_REPARSE_POINT = 0x400;
+/// The high half of the attributes is a Unix mode: SetFileAttributesW applies
+/// its permission bits as the umask allows, never set-uid, set-gid or sticky,
+/// and looks at nothing else.
+inline constexpr DWORD FILE_ATTRIBUTE_UNIX_EXTENSION = 0x8000;
 inline constexpr DWORD INVALID_FILE_ATTRIBUTES = 0xFFFFFFFF;
 
 /// Refuse to open a symbolic link (its target is never followed).
 inline constexpr DWORD FILE_FLAG_OPEN_REPARSE_POINT = 0x00200000;
+
+inline constexpr DWORD MOVEFILE_REPLACE_EXISTING = 1;
 
 inline constexpr DWORD FILE_CURRENT = 1;
 inline constexpr DWORD INVALID_SET_FILE_POINTER = 0xFFFFFFFF;
@@ -76,6 +82,13 @@ MORVUNP_API BOOL CloseHandle(HANDLE file);
 MORVUNP_API DWORD GetFileAttributesW(LPCWSTR path);
 MORVUNP_API BOOL SetFileAttributesW(LPCWSTR path, DWORD attributes);
 MORVUNP_API BOOL DeleteFileW(LPCWSTR path);
+/// Gives a file another name in the same file system. With
+/// MOVEFILE_REPLACE_EXISTING it takes the place of what has that name.
+MORVUNP_API BOOL MoveFileExW(LPCWSTR existing, LPCWSTR path, DWORD flags);
+/// Copies a regular file with its mode and times; a link is not followed.
+MORVUNP_API BOOL CopyFileW(LPCWSTR existing, LPCWSTR path, BOOL failIfExists);
+/// A further name for a regular file; a link is not followed.
+MORVUNP_API BOOL CreateHardLinkW(LPCWSTR path, LPCWSTR existing, SECURITY_ATTRIBUTES*);
 MORVUNP_API BOOL CreateDirectoryW(LPCWSTR path, SECURITY_ATTRIBUTES*);
 
 /// Looks one exact path up; patterns are not supported. Close with FindClose.
@@ -89,3 +102,13 @@ MORVUNP_API BOOL GetFileTime(HANDLE file, FILETIME* creation, FILETIME* lastAcce
 /// system and is ignored.
 MORVUNP_API BOOL SetFileTime(HANDLE file, const FILETIME* creation, const FILETIME* lastAccess,
                              const FILETIME* lastWrite);
+
+namespace platform {
+
+/// The path of an existing file or folder with every symbolic link in it
+/// resolved. Empty, with the reason in GetLastError, when there is none.
+MORVUNP_API std::wstring ResolvedPath(const std::wstring& path);
+/// What a symbolic link says, in the library's form; empty when `path` is none.
+MORVUNP_API std::wstring LinkTarget(const std::wstring& path);
+
+}  // namespace platform

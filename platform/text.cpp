@@ -11,8 +11,12 @@ namespace {
 // Bytes from 0x80 up that no code page explains end at U+F780 to U+F7FF.
 constexpr wchar_t kUndefinedByteBase = 0xF700;
 
-std::wstring Decode(std::string_view bytes) {
-  if (auto wide = platform::AnsiCodePage().Decode(bytes)) return std::move(*wide);
+const platform::CodePage& CodePageOf(UINT codePage) {
+  return codePage == CP_THREAD_ACP ? platform::LocaleCodePage() : platform::AnsiCodePage();
+}
+
+std::wstring Decode(std::string_view bytes, const platform::CodePage& page) {
+  if (auto wide = page.Decode(bytes)) return std::move(*wide);
   return platform::LanguageCodePage().DecodeLoosely(bytes, kUndefinedByteBase);
 }
 
@@ -48,18 +52,18 @@ int CopyOut(const Text& text, Character* buffer, int capacity) {
 
 }  // namespace
 
-int MultiByteToWideChar(UINT, DWORD, const char* bytes, int length, wchar_t* wide, int capacity) {
+int MultiByteToWideChar(UINT codePage, DWORD, const char* bytes, int length, wchar_t* wide,
+                        int capacity) {
   const std::string_view text(bytes, static_cast<std::size_t>(length));
   // Nearly all names are plain ASCII, which needs no conversion.
   if (platform::IsPlainAscii(text)) return CopyOut(text, wide, capacity);
-  return CopyOut(Decode(text), wide, capacity);
+  return CopyOut(Decode(text, CodePageOf(codePage)), wide, capacity);
 }
 
-int WideCharToMultiByte(UINT, DWORD, const wchar_t* wide, int length, char* bytes, int capacity,
-                        const char* defaultChar, BOOL* usedDefault) {
-  const std::string encoded =
-      Encode({wide, static_cast<std::size_t>(length)}, platform::AnsiCodePage(),
-             defaultChar != nullptr ? defaultChar : "?", usedDefault);
+int WideCharToMultiByte(UINT codePage, DWORD, const wchar_t* wide, int length, char* bytes,
+                        int capacity, const char* defaultChar, BOOL* usedDefault) {
+  const std::string encoded = Encode({wide, static_cast<std::size_t>(length)}, CodePageOf(codePage),
+                                     defaultChar != nullptr ? defaultChar : "?", usedDefault);
   return CopyOut(encoded, bytes, capacity);
 }
 

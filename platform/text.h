@@ -10,16 +10,19 @@
 #include "platform/types.h"
 
 inline constexpr UINT CP_ACP = 0;
+/// The codeset of the locale, whatever code page a host has set for CP_ACP:
+/// the one in which other libraries of this process read narrow texts.
+inline constexpr UINT CP_THREAD_ACP = 3;
 
-/// Decodes `length` bytes in the ANSI code page. Bytes that are not valid in
+/// Decodes `length` bytes in a code page, one of the two above. Bytes that are not valid in
 /// it make the whole text be decoded in the Windows code page of the locale's
 /// language; bytes undefined there too become the private characters U+F780 to
 /// U+F7FF, so that no two texts collide. Never fails. With `capacity` 0 only
 /// the needed number of characters is returned.
 MORVUNP_API int MultiByteToWideChar(UINT codePage, DWORD flags, const char* bytes, int length,
                                     wchar_t* wide, int capacity);
-/// Encodes `length` characters in the ANSI code page; a character that it
-/// lacks becomes '?'. With `capacity` 0 only the needed number of bytes is
+/// Encodes `length` characters in a code page, one of the two above; a
+/// character that it lacks becomes '?'. With `capacity` 0 only the needed number of bytes is
 /// returned.
 MORVUNP_API int WideCharToMultiByte(UINT codePage, DWORD flags, const wchar_t* wide, int length,
                                     char* bytes, int capacity, const char* defaultChar,

@@ -1,9 +1,7 @@
 // The terminal command as its users run it: a process, with and without a
 // terminal.
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
-#include <pty.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -15,115 +13,21 @@
 #include <string>
 #include <vector>
 
+#include "support/command.h"
 #include "support/isobuilder.h"
 #include "support/tempfolder.h"
 
 namespace {
 
+using testsupport::Arguments;
 using testsupport::Exists;
+using testsupport::OnTerminal;
 using testsupport::ReadFile;
+using testsupport::Result;
+using testsupport::RunCommand;
 using testsupport::TempFolder;
 using testsupport::TreeOf;
 using testsupport::WriteFile;
-using Arguments = std::vector<std::string>;
-
-struct Result {
-  int exitCode = -1;
-  std::string output;
-  std::string errors;
-};
-
-[[noreturn]] void Execute(const Arguments& arguments) {
-  std::vector<char*> pointers{const_cast<char*>(MORVUNP_COMMAND)};
-  for (const std::string& argument : arguments) {
-    pointers.push_back(const_cast<char*>(argument.c_str()));
-  }
-  pointers.push_back(nullptr);
-  signal(SIGINT, SIG_DFL);
-  setenv("LC_ALL", "C.UTF-8", 1);
-  setenv("TZ", "UTC", 1);
-  execv(pointers[0], pointers.data());
-  _exit(127);
-}
-
-int ExitCodeOf(pid_t process) {
-  int status = 0;
-  waitpid(process, &status, 0);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
-}
-
-/// Runs the command without a terminal.
-Result RunCommand(const Arguments& arguments) {
-  const TempFolder folder;
-  const pid_t process = fork();
-  if (process == 0) {
-    const auto redirect = [](const std::string& path, int descriptor) {
-      dup2(open(path.c_str(), O_RDWR | O_CREAT, 0600), descriptor);
-    };
-    redirect("/dev/null", STDIN_FILENO);
-    redirect(folder.Path("out"), STDOUT_FILENO);
-    redirect(folder.Path("err"), STDERR_FILENO);
-    Execute(arguments);
-  }
-  const int exitCode = ExitCodeOf(process);
-  return {exitCode, ReadFile(folder.Path("out")), ReadFile(folder.Path("err"))};
-}
-
-/// The command on a terminal of its own.
-class OnTerminal {
- public:
-  explicit OnTerminal(const Arguments& arguments) {
-    process_ = forkpty(&terminal_, nullptr, nullptr, nullptr);
-    if (process_ == 0) Execute(arguments);
-  }
-  ~OnTerminal() {
-    if (process_ > 0) {
-      kill(process_, SIGKILL);
-      ExitCodeOf(process_);
-    }
-    close(terminal_);
-  }
-
-  void Type(const std::string& text) {
-    ASSERT_EQ(write(terminal_, text.data(), text.size()), static_cast<ssize_t>(text.size()));
-  }
-
-  /// Waits until `text` has appeared after what was awaited before.
-  bool Await(const std::string& text) {
-    for (;;) {
-      const std::size_t found = shown_.find(text, seen_);
-      if (found != std::string::npos) {
-        seen_ = found + text.size();
-        return true;
-      }
-      if (!ReadSome()) return false;
-    }
-  }
-
-  int Finish() {
-    while (ReadSome()) {
-    }
-    return ExitCodeOf(std::exchange(process_, -1));
-  }
-
-  const std::string& Shown() const { return shown_; }
-
- private:
-  bool ReadSome() {
-    pollfd input{terminal_, POLLIN, 0};
-    std::array<char, 4096> block{};
-    if (poll(&input, 1, 20000) != 1) return false;
-    const ssize_t count = read(terminal_, block.data(), block.size());
-    if (count <= 0) return false;
-    shown_.append(block.data(), static_cast<std::size_t>(count));
-    return true;
-  }
-
-  int terminal_ = -1;
-  pid_t process_ = -1;
-  std::string shown_;
-  std::size_t seen_ = 0;
-};
 
 class TerminalTest : public testing::Test {
  protected:

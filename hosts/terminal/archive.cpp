@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <functional>
 #include <optional>
 
 #include "exitcode.h"
@@ -51,14 +52,43 @@ std::optional<std::string> ReasonAgainstFile(const std::string& path) {
 }
 
 template <class U>
+concept ReportsProblems = requires(U unpacker) {
+  unpacker.SetProblemReport({});
+};
+
+/// The password was wrong, or there is none.
+struct PasswordProblem {
+  RarProblem problem;
+};
+
+bool IsOfPassword(RarProblem problem) {
+  return problem == RarProblem::kNoPassword || problem == RarProblem::kWrongPassword ||
+         problem == RarProblem::kWrongPasswordOrDamaged;
+}
+
+/// The password of encrypted headers proves itself with the first of them.
+template <class U>
+void ThrowPasswordProblem(U& unpacker, bool isOpen) {
+  typename U::FullInfo record;
+  if (isOpen && unpacker.FindFile() && unpacker.FindNextFile()) unpacker.GetFileFullInfo(record);
+  const RarProblem problem = unpacker.GetWalkProblem();
+  if (IsOfPassword(problem)) throw PasswordProblem{problem};
+}
+
+template <class U>
 std::unique_ptr<U> TryFormat(const std::wstring& path, const ArchiveSetup& setup) {
   auto unpacker = std::make_unique<U>();
   unpacker->SetIni(setup.settings);
   unpacker->SetIniYesToAll(INIYESTOALL{});
   unpacker->SetWndFileTree(setup.fileTree);
   unpacker->SetHandleDialogProgress(setup.progressWindow);
-  if (!unpacker->OpenArchive(path)) return nullptr;
-  return unpacker;
+  if constexpr (ReportsProblems<U>) {
+    if (setup.problems != nullptr)
+      unpacker->SetProblemReport(std::bind_front(&ItemProblems::Add, setup.problems));
+  }
+  const bool isOpen = unpacker->OpenArchive(path);
+  if constexpr (ReportsProblems<U>) ThrowPasswordProblem(*unpacker, isOpen);
+  return isOpen ? std::move(unpacker) : nullptr;
 }
 
 /// Tries the formats of the variant in their order.
@@ -89,6 +119,21 @@ std::optional<Archive> TryAllFormats(const std::string& path, const ArchiveSetup
   }
 }
 
+/// As TryAllFormats; a password that was typed wrong may be typed again.
+std::optional<Archive> TryWithPassword(const std::string& path, const ArchiveSetup& setup) {
+  for (;;) {
+    try {
+      return TryAllFormats(path, setup);
+    } catch (const PasswordProblem& wrong) {
+      const std::string text = ShownNativePath(path) + ": " + ReasonOf(wrong.problem, {});
+      const bool wasCancelled = setup.password != nullptr && setup.password->WasCancelled();
+      if (wasCancelled) throw CommandError(text, kExitInterrupted);
+      if (setup.password == nullptr || !setup.password->Reject()) throw CommandError(text);
+      PrintError(text);
+    }
+  }
+}
+
 }  // namespace
 
 Archive OpenArchiveFile(const std::string& path, const ArchiveSetup& setup) {
@@ -96,7 +141,7 @@ Archive OpenArchiveFile(const std::string& path, const ArchiveSetup& setup) {
     throw CommandError(ShownNativePath(path) + ": " + *reason);
   }
   SetLastError(ERROR_SUCCESS);
-  auto archive = TryAllFormats(path, setup);
+  auto archive = TryWithPassword(path, setup);
   if (archive) return std::move(*archive);
   if (GetLastError() == ERROR_SHARING_VIOLATION) {
     throw CommandError(ShownNativePath(path) + ": another program is writing to it");
@@ -104,13 +149,27 @@ Archive OpenArchiveFile(const std::string& path, const ArchiveSetup& setup) {
   throw CommandError(ShownNativePath(path) + ": not an archive that morvunp knows, or damaged");
 }
 
+namespace {
+
+/// Why the list of items is not all that the archive holds; none when it is.
+std::optional<std::string> ReasonOfGap(const CIsoUnpacker& unpacker) {
+  if (unpacker.IsListComplete()) return std::nullopt;
+  return "cut or damaged: not all of its folders could be read";
+}
+
+std::optional<std::string> ReasonOfGap(const CRarUnpacker& unpacker) {
+  const RarProblem problem = unpacker.GetWalkProblem();
+  if (problem == RarProblem::kNone) return std::nullopt;
+  return "the list is cut short: " + ReasonOf(problem, {});
+}
+
+}  // namespace
+
 int CheckComplete(Archive& archive, const std::string& path) {
-  const bool isComplete = WithUnpacker(archive, [](auto& unpacker) {
-    if constexpr (requires { unpacker.IsListComplete(); }) return unpacker.IsListComplete();
-    return true;
-  });
-  if (isComplete) return kExitComplete;
-  PrintError(ShownNativePath(path) + ": cut or damaged: not all of its folders could be read");
+  const auto reason =
+      WithUnpacker(archive, [](const auto& unpacker) { return ReasonOfGap(unpacker); });
+  if (!reason) return kExitComplete;
+  PrintError(ShownNativePath(path) + ": " + *reason);
   return kExitIncomplete;
 }
 

@@ -7,20 +7,26 @@
 #include <utility>
 #include <variant>
 
+#include "itemproblems.h"
 #include "itemrecord.h"
 #include "morvunp/morvunp.h"
+#include "passwordanswer.h"
 
 namespace terminal {
 
 /// The object of the format that knew the archive; never null.
-using Archive = std::variant<std::unique_ptr<CIsoUnpacker>>;
+/// RAR comes last: its archives may follow a program, so that it is also found
+/// inside files of other formats.
+using Archive = std::variant<std::unique_ptr<CIsoUnpacker>, std::unique_ptr<CRarUnpacker>>;
 
 /// What an unpacker is told before it opens an archive. The windows are not
 /// owned and must outlive the archive; null when nothing is unpacked.
 struct ArchiveSetup {
-  INIUNPACK settings;
+  INIUNPACK settings{};
   CWnd* fileTree = nullptr;
   HWND progressWindow = nullptr;
+  ItemProblems* problems = nullptr;
+  PasswordAnswer* password = nullptr;
 };
 
 /// Opens the file at `path`, a path of this system. Throws CommandError with
@@ -37,12 +43,35 @@ auto WithUnpacker(Archive& archive, Operation operation) {
   return std::visit([&](auto& unpacker) { return operation(*unpacker); }, archive);
 }
 
+/// Walks the records of all items, those of split files put together.
+template <class Record, class U, class Visit>
+void WalkWholeItems(U& unpacker, Visit visit) {
+  if constexpr (requires(Record record) { AddPart(record, record); }) {
+    Record whole;
+    bool hasWhole = false;
+    bool goesOn = true;
+    WalkItems<Record>(unpacker, [&](const Record& record) {
+      if (hasWhole && IsContinuation(record)) {
+        AddPart(whole, record);
+        return true;
+      }
+      if (hasWhole) goesOn = visit(whole);
+      whole = record;
+      hasWhole = true;
+      return goesOn;
+    });
+    if (hasWhole && goesOn) visit(whole);
+  } else {
+    WalkItems<Record>(unpacker, visit);
+  }
+}
+
 /// Walks all items and calls `visit(const Item&)` until it returns false.
 template <class Visit>
 void ForEachItem(Archive& archive, Visit visit) {
   WithUnpacker(archive, [&](auto& unpacker) {
     using Record = typename std::remove_cvref_t<decltype(unpacker)>::FullInfo;
-    WalkItems<Record>(unpacker, [&](const Record& record) { return visit(ItemOf(record)); });
+    WalkWholeItems<Record>(unpacker, [&](const Record& record) { return visit(ItemOf(record)); });
   });
 }
 

@@ -9,6 +9,7 @@
 #include "extract.h"
 #include "info.h"
 #include "list.h"
+#include "passwordanswer.h"
 #include "platform/text.h"
 #include "text.h"
 
@@ -36,6 +37,7 @@ constexpr const char* kExtractFooter =
 struct Options {
   bool asJson = false;
   std::string codePage;
+  std::string passwordFile;
   std::string overwrite = "ask";
   ExtractCommand extract;
 };
@@ -48,6 +50,10 @@ void AddArchive(CLI::App& command, Options& options) {
       .add_option("--codepage", options.codePage,
                   "Code page of names that are not Unicode, such as CP932")
       ->type_name("NAME");
+  command
+      .add_option("--password-file", options.passwordFile,
+                  "File whose first line is the password; - reads standard input")
+      ->type_name("FILE");
 }
 
 void AddPaths(CLI::App& command, Options& options, const char* help) {
@@ -127,7 +133,8 @@ void ApplyCodePage(const std::string& name) {
 
 int RunCommandLine(int argc, char** argv) {
   Options options;
-  CLI::App app("Lists and unpacks CD and DVD images (ISO 9660 and UDF).", "morvunp");
+  CLI::App app("Lists and unpacks CD and DVD images (ISO 9660 and UDF) and RAR archives.",
+               "morvunp");
   app.set_version_flag("--version", std::string("morvunp ") + MORVUNP_VERSION);
   app.footer(kFooter);
   app.require_subcommand(1);
@@ -140,8 +147,10 @@ int RunCommandLine(int argc, char** argv) {
     return app.exit(error) == 0 ? kExitComplete : kExitUnusable;
   }
   ApplyCodePage(options.codePage);
-  if (list->parsed()) return List(options.extract.archive, options.asJson);
-  if (info->parsed()) return Info(options.extract.archive, options.extract.paths);
+  std::optional<std::wstring>& password = options.extract.password;
+  if (!options.passwordFile.empty()) password = ReadPasswordFile(options.passwordFile);
+  if (list->parsed()) return List(options.extract.archive, options.asJson, password);
+  if (info->parsed()) return Info(options.extract.archive, options.extract.paths, password);
   options.extract.overwrite = OverwriteOf(options.overwrite);
   return Extract(options.extract);
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <stdexcept>
+#include <string>
 
 namespace terminal {
 
@@ -13,11 +14,16 @@ inline constexpr int kExitUnusable = 2;
 /// The user stopped the run.
 inline constexpr int kExitInterrupted = 130;
 
-/// Ends the command with kExitUnusable; what() is the reason, fit for a
-/// terminal.
+/// Ends the command; what() is the reason, fit for a terminal.
 class CommandError : public std::runtime_error {
  public:
-  using std::runtime_error::runtime_error;
+  explicit CommandError(const std::string& reason, int exitCode = kExitUnusable)
+      : std::runtime_error(reason), exitCode_(exitCode) {}
+
+  int ExitCode() const { return exitCode_; }
+
+ private:
+  int exitCode_;
 };
 
 }  // namespace terminal

@@ -104,7 +104,9 @@ void UnpackFlat(U& unpacker, const Request& request, const Run& run,
                 const TerminalInterface& interface) {
   WalkItems<typename U::FullInfo>(unpacker, [&](const typename U::FullInfo& record) {
     const Item item = ItemOf(record);
-    if (PlaceInRun(request, run, item)) unpacker.UnpackCurrentFile(item.name, request.target);
+    if (!IsContinuation(record) && PlaceInRun(request, run, item)) {
+      unpacker.UnpackCurrentFile(std::wstring(item.name), request.target);
+    }
     return !interface.Stopped();
   });
 }
@@ -121,7 +123,7 @@ void UnpackOneFile(U& unpacker, const Request& request, const Run& run) {
     if (!place && _wcsicmp(item.path.c_str(), run.path.c_str()) == 0) isFirst = false;
     if (!place || isFirst) return !place;
     if (MakeOutputFolder(place->folder, request.target)) {
-      unpacker.UnpackCurrentFile(item.name, place->folder);
+      unpacker.UnpackCurrentFile(std::wstring(item.name), place->folder);
     }
     return false;
   });
@@ -165,11 +167,13 @@ int PrintTotals(const Totals& totals, const std::string& directory, int exitCode
 int Extract(const ExtractCommand& command) {
   UnpackWatch watch;
   ProgressLine line(!command.isQuiet && isatty(STDERR_FILENO) == 1);
-  TerminalInterface interface(watch, line, command.overwrite == Overwrite::kNone);
+  PasswordAnswer password(command.password);
+  ItemProblems problems;
+  TerminalInterface interface(watch, line, password, command.overwrite == Overwrite::kNone);
   UnpackWindows windows(watch, line);
   interface.SetProgressWindow(windows.Progress());
-  Archive archive = OpenArchiveFile(command.archive,
-                                    {SettingsOf(command), windows.FileTree(), windows.Progress()});
+  Archive archive = OpenArchiveFile(command.archive, {SettingsOf(command), windows.FileTree(),
+                                                      windows.Progress(), &problems, &password});
 
   RunList list = RunsOf(archive, command);
   if (list.runs.empty()) return kExitIncomplete;
@@ -186,7 +190,8 @@ int Extract(const ExtractCommand& command) {
   const Totals totals =
       ReportOutcome(archive, request, watch,
                     {.stopped = interface.Stopped(),
-                     .keptUnasked = command.overwrite == Overwrite::kAsk && !CanAsk()});
+                     .keptUnasked = command.overwrite == Overwrite::kAsk && !CanAsk(),
+                     .problems = &problems});
   if (interface.Stopped()) return kExitInterrupted;
   const bool isListWhole = CheckComplete(archive, command.archive) == kExitComplete;
   const bool isComplete = list.allFound && totals.missing == 0 && isListWhole;

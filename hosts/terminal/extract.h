@@ -1,6 +1,7 @@
 // The command "extract".
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,8 @@ struct ExtractCommand {
   bool isRelative = false;
   bool isQuiet = false;
   Overwrite overwrite = Overwrite::kAsk;
+  /// None to ask for it.
+  std::optional<std::wstring> password;
 };
 
 /// The exit code. Throws CommandError.

@@ -1,11 +1,10 @@
 #include "info.h"
 
-#include <algorithm>
-
 #include "archive.h"
 #include "exitcode.h"
 #include "output.h"
 #include "selection.h"
+#include "terminalinterface.h"
 #include "text.h"
 
 namespace terminal {
@@ -18,10 +17,10 @@ std::wstring TextOf(Archive& archive, const Selection& selection) {
   });
 }
 
-int WriteSelections(Archive& archive, const std::vector<std::string>& paths,
-                    StandardOutput& output) {
-  int exitCode = kExitComplete;
+int WriteSelections(Archive& archive, const std::string& archivePath,
+                    const std::vector<std::string>& paths, StandardOutput& output) {
   const auto selections = FindSelections(archive, paths);
+  int exitCode = CheckComplete(archive, archivePath);
   for (std::size_t i = 0; i < paths.size(); ++i) {
     if (selections[i]) {
       AppendPath(output.Text(), selections[i]->path);
@@ -36,16 +35,15 @@ int WriteSelections(Archive& archive, const std::vector<std::string>& paths,
 
 }  // namespace
 
-int Info(const std::string& archivePath, const std::vector<std::string>& paths) {
-  Archive archive = OpenArchiveFile(archivePath, {});
+int Info(const std::string& archivePath, const std::vector<std::string>& paths,
+         const std::optional<std::wstring>& password) {
+  ListingInterface interface(password);
+  Archive archive = OpenArchiveFile(archivePath, {.password = &interface.password});
   StandardOutput output;
-  const int exitCode = CheckComplete(archive, archivePath);
-  if (!paths.empty()) {
-    return output.Finish(std::max(exitCode, WriteSelections(archive, paths, output)));
-  }
+  if (!paths.empty()) return output.Finish(WriteSelections(archive, archivePath, paths, output));
   const auto summary = WithUnpacker(archive, [](auto& u) { return u.GetArchiveOutputInfo(); });
   output.Text() += ShownText(summary) + "\n";
-  return output.Finish(exitCode);
+  return output.Finish(CheckComplete(archive, archivePath));
 }
 
 }  // namespace terminal

@@ -14,4 +14,44 @@ Item ItemOf(const ISOFILEFULLINFO& record) {
           .accessed = record.timeAccessed};
 }
 
+namespace {
+
+std::uint64_t Join(DWORD high, DWORD low) { return std::uint64_t{high} << 32 | low; }
+
+/// The record of a folder has no name of its own.
+std::wstring_view NameOf(const RARFILEFULLINFO& record) {
+  const std::wstring_view path = record.strPath;
+  return path.substr(path.rfind(L'\\') + 1);
+}
+
+bool IsHidden(const RARFILEFULLINFO& record) {
+  // Items of Unix have a mode here; its file types lie above the attributes.
+  const bool isDosAttribute = record.nFileAttr < 0x1000;
+  return isDosAttribute && (record.nFileAttr & FILE_ATTRIBUTE_HIDDEN) != 0;
+}
+
+}  // namespace
+
+Item ItemOf(const RARFILEFULLINFO& record) {
+  return {.path = record.strPath,
+          .name = NameOf(record),
+          .isFolder = record.bFolder != 0 || record.bInFolder != 0,
+          .isHidden = IsHidden(record),
+          .size = Join(record.nUnpSizeHigh, record.nUnpSize),
+          .packedSize = Join(record.nPackSizeHigh, record.nPackSize),
+          .modified = TimeOfDosDateTime(record.nFileTime),
+          .accessed = 0};
+}
+
+bool IsContinuation(const RARFILEFULLINFO& record) {
+  return (record.nFlags & kRarSplitBefore) != 0;
+}
+
+void AddPart(RARFILEFULLINFO& file, const RARFILEFULLINFO& part) {
+  const std::uint64_t packed =
+      Join(file.nPackSizeHigh, file.nPackSize) + Join(part.nPackSizeHigh, part.nPackSize);
+  file.nPackSize = static_cast<DWORD>(packed);
+  file.nPackSizeHigh = static_cast<DWORD>(packed >> 32);
+}
+
 }  // namespace terminal

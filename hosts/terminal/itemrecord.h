@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "morvunp/morvunp.h"
 
@@ -12,7 +13,7 @@ namespace terminal {
 struct Item {
   /// In the library's form: components joined by a backslash.
   const std::wstring& path;
-  const std::wstring& name;
+  std::wstring_view name;
   bool isFolder;
   bool isHidden;
   /// Bytes.
@@ -25,5 +26,15 @@ struct Item {
 };
 
 Item ItemOf(const ISOFILEFULLINFO& record);
+Item ItemOf(const RARFILEFULLINFO& record);
+
+/// Volume sets have a record for each part of a file. True for those after its
+/// first, which AddPart adds to it.
+template <class Record>
+bool IsContinuation(const Record&) {
+  return false;
+}
+bool IsContinuation(const RARFILEFULLINFO& record);
+void AddPart(RARFILEFULLINFO& file, const RARFILEFULLINFO& part);
 
 }  // namespace terminal

@@ -3,6 +3,7 @@
 #include "archive.h"
 #include "output.h"
 #include "platform/text.h"
+#include "terminalinterface.h"
 #include "text.h"
 #include "timetext.h"
 
@@ -90,8 +91,9 @@ void WriteJson(Archive& archive, const std::string& archivePath, StandardOutput&
 
 }  // namespace
 
-int List(const std::string& archivePath, bool asJson) {
-  Archive archive = OpenArchiveFile(archivePath, {});
+int List(const std::string& archivePath, bool asJson, const std::optional<std::wstring>& password) {
+  ListingInterface interface(password);
+  Archive archive = OpenArchiveFile(archivePath, {.password = &interface.password});
   StandardOutput output;
   if (asJson) {
     WriteJson(archive, archivePath, output);

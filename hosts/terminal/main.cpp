@@ -33,6 +33,7 @@ int main(int argc, char** argv) {
     terminal::PrintError("out of memory");
   } catch (const terminal::CommandError& error) {
     terminal::PrintError(error.what());
+    return error.ExitCode();
   } catch (const std::exception& error) {
     terminal::PrintError(std::string("unexpected error: ") + error.what());
   }

@@ -42,7 +42,7 @@ class Reporter {
       return;
     }
     ++totals_.missing;
-    PrintError(ShownPath(item.path) + ": " + Reason(index, place));
+    PrintError(ShownPath(item.path) + ": " + Reason(index, item, place));
   }
 
   const Totals& Result() const { return totals_; }
@@ -53,7 +53,7 @@ class Reporter {
     totals_.bytes += planned.size;
   }
 
-  std::string Reason(std::size_t index, const OutputPlace& place) const {
+  std::string Reason(std::size_t index, const Item& item, const OutputPlace& place) const {
     const PlannedItem& planned = watch_.Items()[index];
     if (planned.outcome == Outcome::kRefused) return "refused: unsafe name";
     if (planned.outcome == Outcome::kCutShort)
@@ -63,9 +63,14 @@ class Reporter {
                                      "--overwrite=all to replace)"
                                    : "kept the existing file";
     }
+    const ItemProblems* const problems = settings_.problems;
+    if (problems != nullptr) {
+      if (const std::string* reason = problems->Find(item.path)) return *reason;
+    }
     if (settings_.stopped && index >= watch_.Next()) {
       return index == watch_.Next() && watch_.InFile() ? "interrupted" : "not reached";
     }
+    if (problems != nullptr && problems->RunEnded()) return "not reached";
     if (planned.isFolder) return "failed: the folder could not be created";
     return ReasonOfFailure(place);
   }

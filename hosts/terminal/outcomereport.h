@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "itemproblems.h"
 #include "plan.h"
 #include "unpackwatch.h"
 
@@ -22,6 +23,8 @@ struct ReportSettings {
   bool stopped = false;
   /// Existing files were kept only because nobody could be asked.
   bool keptUnasked = false;
+  /// What the unpacker told of single items; null for nothing.
+  const ItemProblems* problems = nullptr;
 };
 
 /// Writes a line to stderr for each planned item that did not come out.

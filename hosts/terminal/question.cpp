@@ -1,13 +1,10 @@
 #include "question.h"
 
-#include <poll.h>
-#include <signal.h>
 #include <strings.h>
 #include <unistd.h>
 
-#include <cerrno>
-
 #include "interrupt.h"
+#include "keyboard.h"
 #include "output.h"
 
 namespace terminal {
@@ -15,47 +12,13 @@ namespace {
 
 constexpr char kEscape = '\x1b';
 
-/// Holds Ctrl-C back except inside ppoll, so that it cannot slip in between
-/// the look at the flag and the wait.
-class BlockedInterrupt {
- public:
-  BlockedInterrupt() {
-    sigset_t interrupt;
-    sigemptyset(&interrupt);
-    sigaddset(&interrupt, SIGINT);
-    sigprocmask(SIG_BLOCK, &interrupt, &previous_);
-  }
-  ~BlockedInterrupt() { sigprocmask(SIG_SETMASK, &previous_, nullptr); }
-  BlockedInterrupt(const BlockedInterrupt&) = delete;
-  BlockedInterrupt& operator=(const BlockedInterrupt&) = delete;
-
-  /// True when standard input has something to read, false after Ctrl-C.
-  bool WaitForInput() const {
-    pollfd input{STDIN_FILENO, POLLIN, 0};
-    while (!InterruptPending()) {
-      const int ready = ppoll(&input, 1, nullptr, &previous_);
-      if (ready > 0) return true;
-      if (ready < 0 && errno != EINTR) return true;
-    }
-    return false;
-  }
-
- private:
-  sigset_t previous_{};
-};
-
-/// None after Ctrl-C or at the end of the input. Reads single bytes: what
-/// follows the line belongs to the next question.
+/// None after Ctrl-C or at the end of the input.
 std::optional<std::string> ReadLine() {
-  const BlockedInterrupt blocked;
+  Keyboard keyboard;
   std::string line;
-  while (blocked.WaitForInput()) {
-    char c = 0;
-    const ssize_t count = read(STDIN_FILENO, &c, 1);
-    if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) return std::nullopt;
-    if (c == '\n') return line;
-    line += c;
+  while (const auto key = keyboard.Next()) {
+    if (*key == '\n') return line;
+    line += *key;
   }
   return std::nullopt;
 }

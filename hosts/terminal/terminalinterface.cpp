@@ -1,5 +1,6 @@
 #include "terminalinterface.h"
 
+#include <algorithm>
 #include <string_view>
 
 #include "dialogquestion.h"
@@ -25,10 +26,23 @@ std::wstring NameInDialog(const CDialog& dialog) {
   return text.substr(1, text.size() - 3);
 }
 
+std::optional<UINT> PasswordEditOf(const CDialog& dialog) {
+  const auto& controls = dialog.Template().controls;
+  const auto edit = std::find_if(controls.begin(), controls.end(), [](const auto& control) {
+    return control.kind == platform::ControlKind::kPasswordEdit;
+  });
+  return edit != controls.end() ? std::optional(edit->id) : std::nullopt;
+}
+
 }  // namespace
 
-TerminalInterface::TerminalInterface(UnpackWatch& watch, ProgressLine& line, bool keepExisting)
-    : watch_(watch), line_(line), keepExisting_(keepExisting), canAsk_(CanAsk()) {
+TerminalInterface::TerminalInterface(UnpackWatch& watch, ProgressLine& line,
+                                     PasswordAnswer& password, bool keepExisting)
+    : watch_(watch),
+      line_(line),
+      password_(password),
+      keepExisting_(keepExisting),
+      canAsk_(CanAsk()) {
   platform::RegisterUserInterface(this);
 }
 
@@ -38,6 +52,10 @@ bool TerminalInterface::RunDialog(CDialog& dialog) {
   line_.Clear();
   if (dialog.Template().id == kReplaceTemplate) {
     RunReplaceDialog(dialog);
+    return true;
+  }
+  if (const auto edit = PasswordEditOf(dialog)) {
+    RunPasswordDialog(dialog, *edit);
     return true;
   }
   const auto pressed = canAsk_ ? AskDialog(dialog) : std::nullopt;
@@ -57,10 +75,33 @@ void TerminalInterface::RunReplaceDialog(CDialog& dialog) {
   dialog.Press(pressed);
 }
 
+void TerminalInterface::RunPasswordDialog(CDialog& dialog, UINT edit) {
+  const auto answer = password_.Get();
+  if (!answer) {
+    stopped_ = stopped_ || password_.WasCancelled();
+    dialog.PressEscape();
+    return;
+  }
+  dialog.SetControlText(edit, *answer);
+  dialog.Press(IDOK);
+}
+
+/// Of the file in hand, the report at the end tells the same; only who has just
+/// typed a password wants to know at once.
+void TerminalInterface::ShowProblem(const std::wstring& text) {
+  const bool isTyped = password_.IsTyped();
+  password_.Reject();
+  if (!watch_.InFile()) {
+    PrintError(ShownText(text));
+  } else if (isTyped) {
+    PrintError(ShownPath(watch_.CurrentName()) + ": " + ShownText(text));
+  }
+}
+
 int TerminalInterface::ShowMessageBox(const std::wstring& text, const std::wstring&, UINT type) {
   line_.Clear();
   if ((type & MB_YESNO) == 0) {
-    PrintError(ShownText(text));
+    ShowProblem(text);
     return IDOK;
   }
   if (stopRequested_) return AnswerStopRequest(text) ? IDYES : IDNO;

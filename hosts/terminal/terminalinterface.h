@@ -2,7 +2,11 @@
 #pragma once
 
 #include <chrono>
+#include <optional>
+#include <string>
+#include <utility>
 
+#include "passwordanswer.h"
 #include "platform/userinterface.h"
 #include "progressline.h"
 #include "unpackwatch.h"
@@ -15,7 +19,8 @@ class TerminalInterface : public platform::UserInterface {
  public:
   /// With `keepExisting` the question whether to replace a file is answered No
   /// without being shown.
-  TerminalInterface(UnpackWatch& watch, ProgressLine& line, bool keepExisting);
+  TerminalInterface(UnpackWatch& watch, ProgressLine& line, PasswordAnswer& password,
+                    bool keepExisting);
   ~TerminalInterface() override;
   TerminalInterface(const TerminalInterface&) = delete;
   TerminalInterface& operator=(const TerminalInterface&) = delete;
@@ -34,16 +39,30 @@ class TerminalInterface : public platform::UserInterface {
   using Clock = std::chrono::steady_clock;
 
   void RunReplaceDialog(CDialog& dialog);
+  void RunPasswordDialog(CDialog& dialog, UINT edit);
+  void ShowProblem(const std::wstring& text);
   bool AnswerStopRequest(const std::wstring& text);
 
   UnpackWatch& watch_;
   ProgressLine& line_;
+  PasswordAnswer& password_;
   bool keepExisting_;
   bool canAsk_;
   HWND progressWindow_ = nullptr;
   bool stopRequested_ = false;
   bool stopped_ = false;
   Clock::time_point lastRequest_;
+};
+
+/// The user interface of a command that unpacks nothing.
+struct ListingInterface {
+  explicit ListingInterface(std::optional<std::wstring> givenPassword)
+      : password(std::move(givenPassword)), interface(watch, line, password, true) {}
+
+  UnpackWatch watch;
+  ProgressLine line{false};
+  PasswordAnswer password;
+  TerminalInterface interface;
 };
 
 }  // namespace terminal

@@ -1,8 +1,10 @@
 // Everything that a host of the library includes.
 #pragma once
 
+#include "morvunp/dostime.h"
 #include "morvunp/isounpacker.h"
 #include "morvunp/messages.h"
 #include "morvunp/outputplace.h"
+#include "morvunp/rarunpacker.h"
 #include "morvunp/records.h"
 #include "morvunp/unpacker.h"

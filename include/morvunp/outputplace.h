@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "morvunp/records.h"
 
@@ -42,4 +43,4 @@ MORVUNP_API bool MakeOutputFolder(const std::wstring& folder, const std::wstring
 /// True when an item of this path may be written: no empty, "." or ".."
 /// component, no leading separator, no drive, no NUL and no "/" in it.
 /// `name` is the item's own name, which must be the last component whole.
-MORVUNP_API bool IsSafeItem(const std::wstring& path, const std::wstring& name);
+MORVUNP_API bool IsSafeItem(std::wstring_view path, std::wstring_view name);

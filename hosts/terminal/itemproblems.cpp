@@ -1,0 +1,43 @@
+#include "itemproblems.h"
+
+#include "text.h"
+
+namespace terminal {
+
+std::string ReasonOf(RarProblem problem, const std::wstring& detail) {
+  switch (problem) {
+    case RarProblem::kWrongPassword:
+      return "wrong password";
+    case RarProblem::kWrongPasswordOrDamaged:
+      return "wrong password or damaged; an archive of this age does not tell which";
+    case RarProblem::kNoPassword:
+      return "it is encrypted and no password was given";
+    case RarProblem::kMissingVolume:
+      return detail.empty() ? "a volume of the set is missing"
+                            : "the volume " + ShownPath(detail) + " is missing";
+    case RarProblem::kBeginsEarlier:
+      return "it begins in an earlier volume; open the first one";
+    case RarProblem::kUnsafeName:
+      return "refused: unsafe name";
+    case RarProblem::kUnsafeLink:
+      return "refused: a link that leads out of the folder";
+    case RarProblem::kNoSource:
+      return "refused: a link to or copy of an item that was not unpacked";
+    case RarProblem::kCannotWrite:
+      return "failed: could not be written";
+    default:
+      return "damaged";
+  }
+}
+
+void ItemProblems::Add(const std::wstring& path, RarProblem problem, const std::wstring& detail) {
+  reasons_.insert_or_assign(path, ReasonOf(problem, detail));
+  runEnded_ = runEnded_ || EndsRun(problem);
+}
+
+const std::string* ItemProblems::Find(const std::wstring& path) const {
+  const auto found = reasons_.find(path);
+  return found != reasons_.end() ? &found->second : nullptr;
+}
+
+}  // namespace terminal

@@ -1,0 +1,30 @@
+// What unpackers tell of items that did not come out.
+#pragma once
+
+#include <string>
+#include <unordered_map>
+
+#include "morvunp/morvunp.h"
+
+namespace terminal {
+
+/// The reason as it is shown, or of a whole archive that ends with it. `detail`
+/// as in RarProblemReport.
+std::string ReasonOf(RarProblem problem, const std::wstring& detail);
+
+/// Remembers the reasons of a run until they are reported.
+class ItemProblems {
+ public:
+  void Add(const std::wstring& path, RarProblem problem, const std::wstring& detail);
+
+  /// Null when nothing was told of this item.
+  const std::string* Find(const std::wstring& path) const;
+  /// A problem ended the run, so that items behind it were not reached.
+  bool RunEnded() const { return runEnded_; }
+
+ private:
+  std::unordered_map<std::wstring, std::string> reasons_;
+  bool runEnded_ = false;
+};
+
+}  // namespace terminal

@@ -1,0 +1,29 @@
+// Single bytes from the person at the terminal.
+#pragma once
+
+#include <signal.h>
+
+#include <optional>
+
+namespace terminal {
+
+/// While it lives, Ctrl-C is held back except where the keyboard waits, so
+/// that it cannot slip in between the look at it and the wait.
+class Keyboard {
+ public:
+  Keyboard();
+  ~Keyboard();
+  Keyboard(const Keyboard&) = delete;
+  Keyboard& operator=(const Keyboard&) = delete;
+
+  /// The next byte of standard input; none after Ctrl-C and at the end. Reads
+  /// no further: what follows belongs to the next question.
+  std::optional<char> Next();
+
+ private:
+  bool WaitForInput() const;
+
+  sigset_t previous_{};
+};
+
+}  // namespace terminal

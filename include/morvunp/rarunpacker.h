@@ -1,0 +1,243 @@
+// RAR archives and volume sets, with encryption, through the UnRAR library.
+#pragma once
+
+#include <exception>
+#include <functional>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "morvunp/unpackstate.h"
+
+namespace frame {
+class Totals;
+}
+
+namespace rar {
+class Engine;
+struct Run;
+
+/// An engine that is a member: a copy of its owner starts with nothing open.
+class MORVUNP_API OwnEngine {
+ public:
+  OwnEngine();
+  ~OwnEngine();
+  OwnEngine(const OwnEngine&);
+  OwnEngine& operator=(const OwnEngine&);
+
+  Engine* operator->() const { return m_pEngine.get(); }
+  Engine& operator*() const { return *m_pEngine; }
+
+ private:
+  std::unique_ptr<Engine> m_pEngine;
+};
+}  // namespace rar
+
+/// What every format tells of an item, and whether a file is split.
+struct RARFILESHORTINFO {
+  /// Files only: the part of the whole path after its last "."; empty when
+  /// there is none.
+  std::wstring strExt;
+  /// Files only: the part of the name before its last "."; the whole name
+  /// without one.
+  std::wstring strTitle;
+  /// Files only.
+  std::wstring strName;
+  /// Path inside the archive.
+  std::wstring strPath;
+  /// A folder inside another folder.
+  BYTE bInFolder = 0;
+  /// A folder in the root.
+  BYTE bFolder = 0;
+  /// The file continues in the next volume.
+  BYTE bSplitAfter = 0;
+};
+
+/// All that is known of an item. Of a folder only the path and the flags.
+struct RARFILEFULLINFO {
+  std::wstring strExt;
+  std::wstring strTitle;
+  std::wstring strName;
+  std::wstring strPath;
+  /// Always empty.
+  std::wstring strReserved;
+  DWORD nUnpVer = 0;
+  /// nUnpVer again.
+  DWORD nUnpVer2 = 0;
+  /// kRarSplitBefore and further flags of the header.
+  DWORD nFlags = 0;
+  DWORD nMethod = 0;
+  /// MS-DOS date and time; see morvunp/dostime.h.
+  DWORD nFileTime = 0;
+  DWORD nFileCRC = 0;
+  DWORD nPackSize = 0;
+  DWORD nPackSizeHigh = 0;
+  DWORD nUnpSize = 0;
+  DWORD nUnpSizeHigh = 0;
+  DWORD nFileAttr = 0;
+  /// nFileAttr again.
+  DWORD nFileAttr2 = 0;
+  BYTE bInFolder = 0;
+  BYTE bFolder = 0;
+  BYTE bSplitAfter = 0;
+};
+
+/// In nFlags: this is the continuation of a file that began in an earlier
+/// volume. A volume set may have such a header for each part of a file.
+inline constexpr DWORD kRarSplitBefore = 0x01;
+
+/// Why an item did not come out, or why a walk ended before the archive did.
+enum class RarProblem {
+  kNone,
+  kWrongPassword,
+  /// Older archives do not tell the two apart.
+  kWrongPasswordOrDamaged,
+  /// None was given: the prompt was cancelled or could not be shown.
+  kNoPassword,
+  kDamaged,
+  kMissingVolume,
+  /// The file began in a volume before the one that was opened.
+  kBeginsEarlier,
+  /// The name is unsafe, or longer than can be handled.
+  kUnsafeName,
+  /// A link that would lead out of the target folder.
+  kUnsafeLink,
+  /// A further name or a copy of an item that this run did not write.
+  kNoSource,
+  kCannotWrite,
+};
+
+/// True after problems that end a run, because the engine has lost its place:
+/// the items behind are not reached.
+MORVUNP_API bool EndsRun(RarProblem problem);
+
+/// Told of each item that did not come out for a reason of the archive. The
+/// path is that of the item; `detail` names the missing volume, as the engine
+/// spells it, and is empty otherwise.
+using RarProblemReport =
+    std::function<void(const std::wstring& path, RarProblem problem, const std::wstring& detail)>;
+
+/// Opens RAR archives. See morvunp/unpacker.h for the common contract.
+///
+/// The archive is a stream: each record operation reads the next header, and
+/// the end shows as one that returns false. A copy of an object knows archive
+/// and password, but opens the archive for itself: call FindFile first.
+class MORVUNP_API CRarUnpacker {
+ public:
+  using ShortInfo = RARFILESHORTINFO;
+  using FullInfo = RARFILEFULLINFO;
+
+  CRarUnpacker();
+
+  void SetIni(const INIUNPACK& settings);
+  void SetIniYesToAll(const INIYESTOALL& answers);
+  void GetIniYesToAll(INIYESTOALL& answers) const;
+  void SetWndFileTree(CWnd* window);
+  void SetHandleDialogProgress(HWND dialog);
+  void SetProblemReport(RarProblemReport report);
+
+  /// Asks for the password when the headers are encrypted.
+  bool OpenArchive(const std::wstring& path);
+  bool CloseArchive();
+
+  /// Opens the archive again and goes before the first header.
+  bool FindFile();
+  /// Passes over the item whose header was read last, if it has not been
+  /// unpacked. False when that fails; true at the end of the archive, too.
+  bool FindNextFile();
+  /// Shows a message when the header is damaged or the password wrong.
+  bool GetFileShortInfo(RARFILESHORTINFO& info);
+  bool GetFileFullInfo(RARFILEFULLINFO& info);
+  /// True when the path of a folder contains `path` anywhere.
+  bool IsFolder(const std::wstring& path);
+  /// Why the last walk ended before the archive did; kNone when it did not.
+  RarProblem GetWalkProblem() const;
+
+  std::wstring GetFileOutputInfo(const std::wstring& path);
+  std::wstring GetFolderOutputInfo(const std::wstring& path);
+  std::wstring GetArchiveOutputInfo();
+
+  /// Writes the item whose header was read last to `folder` + "\" + `name`.
+  bool UnpackCurrentFile(const std::wstring& name, const std::wstring& folder);
+  bool UnpackFile(const std::wstring& path, const std::wstring& target);
+  bool UnpackFolder(const std::wstring& path, const std::wstring& target);
+  bool UnpackArchive(const std::wstring& target);
+
+ protected:
+  using FolderMap = std::unordered_map<DWORD, std::wstring>;
+
+  void DoEvents();
+  void UpdateProgress(ULONGLONG done, ULONGLONG total, const std::wstring& text);
+  void UpdateFileTree(const std::wstring& path);
+  std::wstring FormatOfNumber64(ULONGLONG number) const;
+  double ConvUInt64ToDouble(ULONGLONG number) const;
+  DWORD HashKey(LPCWSTR text) const;
+  DWORD CheckFolderMap(FolderMap& map, const std::wstring& path) const;
+  bool CheckFolder(std::vector<std::wstring>& list, const std::wstring& path) const;
+  bool CreateFolder(const std::wstring& path);
+  bool FileExists(const std::wstring& path) const;
+  void EmptyShortInfo(RARFILESHORTINFO& info) const;
+  void EmptyFullInfo(RARFILEFULLINFO& info) const;
+  /// Opens the archive again and reads headers up to the first item with this
+  /// path, ignoring case.
+  bool LocateFile(const std::wstring& path, RARFILEFULLINFO& info);
+
+  /// What the engine calls while it works on a file; `userData` is the object.
+  static int CallbackProc(UINT message, LPARAM userData, LPARAM p1, LPARAM p2);
+
+  CUnpackState m_state;
+  /// Of the open archive, when m_bPasswordSet.
+  std::wstring m_strCurrentPassword;
+  std::wstring m_strArchive;
+  rar::OwnEngine m_hArchive;
+  /// -1 before a walk, then the number of headers that it has moved to.
+  LONGLONG m_nHeader = -1;
+  // The file in hand: its size, MS-DOS date and time, how much of it is done,
+  // and its name.
+  ULONGLONG m_nTotal = 0;
+  DWORD m_nFileTime = 0;
+  ULONGLONG m_nDone = 0;
+  std::wstring m_strCurrentName;
+  BYTE m_bPasswordSet = 0;
+  /// The one that was accepted last.
+  std::wstring m_strSavedPassword;
+  /// When set, OpenArchive does not ask but takes m_strSavedPassword. The
+  /// library never sets it.
+  BYTE m_bReusePassword = 0;
+  BYTE m_bPasswordSaved = 0;
+
+ private:
+  bool AskForHeaders();
+  void UsePassword();
+  int ReadHeader();
+  int PassOver();
+  RarProblem ProblemOf(int code, bool isEncrypted) const;
+  /// Tells why the item in hand does not come out. False.
+  bool Report(RarProblem problem);
+  void ThrowAgain();
+
+  std::wstring TextOf(frame::Totals totals);
+
+  template <class PlaceOf>
+  bool UnpackItems(const std::wstring& target, PlaceOf placeOf);
+  bool LocateSource();
+  bool UnpackItem(const std::wstring& name, const std::wstring& folder);
+  std::wstring OutputPath(const std::wstring& name, const std::wstring& folder);
+  bool MayReplace(const std::wstring& path);
+  RarProblem Write(const std::wstring& path, std::size_t depth);
+  RarProblem Extract(const std::wstring& path, std::size_t depth);
+  RarProblem Repeat(const std::wstring& path);
+
+  int OnCallback(UINT message, LPARAM p1, LPARAM p2);
+  int OnPasswordNeeded(char* buffer, std::size_t capacity);
+
+  RarProblem m_nWalkProblem = RarProblem::kNone;
+  RarProblemReport m_reportProblem;
+  /// The volume that the engine asked for in vain.
+  std::wstring m_strMissingVolume;
+  /// Thrown in a callback, to be thrown again behind the engine.
+  std::exception_ptr m_pThrown;
+  /// The run in hand; null in none.
+  rar::Run* m_pRun = nullptr;
+};

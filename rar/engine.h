@@ -1,0 +1,125 @@
+// The UnRAR library, behind one object. Its header is included in engine.cpp
+// and nowhere else.
+//
+// The engine reads an archive from first to last, one header at a time; each
+// item is then extracted or passed over, once. After some failures it has lost
+// its place, and only opening the archive again helps. This object keeps
+// account of both, so that callers cannot get out of step.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "platform/platform.h"
+
+namespace rar {
+
+/// The engine's answers that mean something to the library.
+enum Code : int {
+  kSuccess = 0,
+  kEndOfArchive = 10,
+  kBadData = 12,
+  kCannotOpen = 15,
+  kCannotCreate = 16,
+  kCannotWrite = 19,
+  kMissingPassword = 22,
+  kBadPassword = 24,
+};
+
+/// What the engine calls back for.
+enum Message : UINT { kChangeVolume = 0, kProcessData = 1, kNeedPassword = 2 };
+/// Second parameter of kChangeVolume: the next volume was not found.
+inline constexpr LPARAM kVolumeMissing = 0;
+/// Answers to the engine.
+inline constexpr int kGoOn = 0;
+inline constexpr int kStop = -1;
+
+using Callback = int (*)(UINT message, LPARAM userData, LPARAM p1, LPARAM p2);
+
+/// What an item is beside data of its own.
+enum class Redirection { kNone, kSymbolicLink, kHardLink, kFileCopy };
+
+/// Header of an item, its names in the library's form.
+struct Header {
+  std::wstring path;
+  /// The path was longer than the engine can tell.
+  bool isPathCut = false;
+  DWORD flags = 0;
+  ULONGLONG packedSize = 0;
+  ULONGLONG unpackedSize = 0;
+  DWORD crc = 0;
+  /// MS-DOS date and time, the date in the high half.
+  DWORD time = 0;
+  /// The same in UTC and exact.
+  FILETIME modified;
+  DWORD unpackVersion = 0;
+  DWORD method = 0;
+  DWORD attributes = 0;
+  /// `attributes` is a Unix mode.
+  bool isUnix = false;
+  Redirection redirection = Redirection::kNone;
+  /// Path of the item that a hard link or a copy repeats.
+  std::wstring source;
+
+  bool IsFolder() const;
+  /// A folder of its own, not a link to one.
+  bool IsPlainFolder() const { return IsFolder() && redirection == Redirection::kNone; }
+  bool IsEncrypted() const;
+  /// The file goes on in the next volume.
+  bool IsSplitAfter() const;
+  /// The file began in an earlier volume: this is no item of its own.
+  bool IsContinuation() const;
+};
+
+class Engine {
+ public:
+  Engine();
+  ~Engine();
+  Engine(const Engine&) = delete;
+  Engine& operator=(const Engine&) = delete;
+
+  /// Closes what is open and opens the archive at `path`.
+  bool Open(const std::wstring& path);
+  /// False when the engine could not close the archive, or none was open.
+  bool Close();
+  bool IsOpen() const { return m_hArchive != nullptr; }
+  /// The headers of the archive opened last are encrypted.
+  bool HasEncryptedHeaders() const;
+  void SetPassword(std::string password);
+
+  /// Reads the next header. The item read before must have been extracted or
+  /// passed over.
+  int ReadHeader();
+  const Header& Current() const { return m_header; }
+  /// A header was read and its item is neither extracted nor passed over.
+  bool HasItem() const { return m_bHasItem; }
+  /// No header has been read since the archive was opened.
+  bool IsAtStart() const { return m_bAtStart; }
+  /// Passing over the item takes its password, because later ones build on it.
+  bool NeedsPasswordToSkip() const;
+  /// Passes over the item; kSuccess at once when there is none. A walk ends
+  /// where this fails.
+  int Skip();
+  /// Writes the item to exactly this path, absolute and free of symbolic links:
+  /// the engine replaces links on the way to it by folders.
+  int Extract(const std::wstring& path);
+
+  /// Calls go to `callback` until ClearCallback. Exceptions must not leave it.
+  void SetCallback(Callback callback, LPARAM userData);
+  void ClearCallback();
+
+ private:
+  struct Buffers;
+
+  int Process(int operation, wchar_t* path);
+
+  void* m_hArchive = nullptr;
+  std::unique_ptr<Buffers> m_pBuffers;
+  Header m_header;
+  bool m_bHasItem = false;
+  bool m_bAtStart = true;
+  /// The failure after which the engine has lost its place, or kSuccess.
+  int m_nLost = kSuccess;
+};
+
+}  // namespace rar

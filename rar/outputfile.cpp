@@ -1,0 +1,41 @@
+#include "rar/outputfile.h"
+
+#include <utility>
+
+#include "frame/filesystem.h"
+#include "frame/itempath.h"
+
+namespace rar {
+namespace {
+
+constexpr int kAttempts = 100;
+
+}  // namespace
+
+ExistingFile::ExistingFile(std::wstring path)
+    : m_strPath(std::move(path)), m_bAway(!frame::FileExists(m_strPath) || MoveAside()) {}
+
+ExistingFile::~ExistingFile() {
+  if (!m_strAside.empty()) {
+    MoveFileExW(m_strAside.c_str(), m_strPath.c_str(), MOVEFILE_REPLACE_EXISTING);
+  }
+}
+
+void ExistingFile::Discard() {
+  if (!m_strAside.empty()) DeleteFileW(std::exchange(m_strAside, {}).c_str());
+}
+
+bool ExistingFile::MoveAside() {
+  for (int i = 0; i < kAttempts; ++i) {
+    // Not longer than any name, so that the system takes it.
+    std::wstring aside = frame::Join(frame::ParentOf(m_strPath), L".morvunp-" + std::to_wstring(i));
+    if (MoveFileExW(m_strPath.c_str(), aside.c_str(), 0) != FALSE) {
+      m_strAside = std::move(aside);
+      return true;
+    }
+    if (GetLastError() != ERROR_FILE_EXISTS) return false;
+  }
+  return false;
+}
+
+}  // namespace rar

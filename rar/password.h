@@ -1,0 +1,15 @@
+// Passwords on their way to the engine.
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace rar {
+
+/// Asks the user. None when there is no answer.
+std::optional<std::wstring> AskPassword();
+
+/// The narrow form that the engine takes.
+std::string NarrowPassword(const std::wstring& password);
+
+}  // namespace rar

@@ -1,0 +1,343 @@
+// Opening, walking, records and summary texts. Unpacking is in extraction.cpp.
+#include "morvunp/rarunpacker.h"
+
+#include <cstdio>
+
+#include "frame/filesystem.h"
+#include "frame/foldermap.h"
+#include "frame/itempath.h"
+#include "frame/message.h"
+#include "frame/progress.h"
+#include "frame/summary.h"
+#include "morvunp/dostime.h"
+#include "morvunp/unpacker.h"
+#include "rar/callbacks.h"
+#include "rar/engine.h"
+#include "rar/password.h"
+
+static_assert(Unpacker<CRarUnpacker>);
+
+namespace rar {
+
+OwnEngine::OwnEngine() : m_pEngine(std::make_unique<Engine>()) {}
+
+OwnEngine::~OwnEngine() = default;
+
+OwnEngine::OwnEngine(const OwnEngine&) : OwnEngine() {}
+
+OwnEngine& OwnEngine::operator=(const OwnEngine& other) {
+  if (this != &other) m_pEngine->Close();
+  return *this;
+}
+
+void ShowProblem(int code) {
+  if (code == kBadPassword) {
+    frame::ShowMessage(L"The specified password is incorrect.", MB_ICONHAND);
+  } else if (code == kBadData) {
+    frame::ShowMessage(L"Corrupt file or wrong password.", MB_ICONHAND);
+  }
+}
+
+}  // namespace rar
+
+bool EndsRun(RarProblem problem) {
+  return problem == RarProblem::kNoPassword || problem == RarProblem::kMissingVolume ||
+         problem == RarProblem::kCannotWrite;
+}
+
+CRarUnpacker::CRarUnpacker() { m_state.m_iniUnpack.bConfirmReplace = 1; }
+
+// Settings, answers and windows.
+
+void CRarUnpacker::SetIni(const INIUNPACK& settings) { m_state.m_iniUnpack = settings; }
+
+void CRarUnpacker::SetIniYesToAll(const INIYESTOALL& answers) { m_state.m_iniYesToAll = answers; }
+
+void CRarUnpacker::GetIniYesToAll(INIYESTOALL& answers) const { answers = m_state.m_iniYesToAll; }
+
+void CRarUnpacker::SetWndFileTree(CWnd* window) { m_state.m_pWndFileTree = window; }
+
+void CRarUnpacker::SetHandleDialogProgress(HWND dialog) { m_state.m_hDialogProgress = dialog; }
+
+void CRarUnpacker::SetProblemReport(RarProblemReport report) {
+  m_reportProblem = std::move(report);
+}
+
+// Opening and closing.
+
+bool CRarUnpacker::OpenArchive(const std::wstring& path) {
+  m_strArchive = path;
+  if (m_state.m_bKeepYesToAll == 0) m_state.m_iniYesToAll = {};
+  m_bPasswordSet = 0;
+  m_nWalkProblem = RarProblem::kNone;
+  const bool isOpen = m_hArchive->Open(path);
+  m_nHeader = isOpen ? 0 : -1;
+  if (m_hArchive->HasEncryptedHeaders() && !AskForHeaders()) {
+    m_nWalkProblem = RarProblem::kNoPassword;
+    return false;
+  }
+  return isOpen;
+}
+
+bool CRarUnpacker::AskForHeaders() {
+  if (m_bReusePassword != 0) {
+    m_strCurrentPassword = m_strSavedPassword;
+  } else {
+    const auto answer = rar::AskPassword();
+    m_strCurrentPassword = answer.value_or(std::wstring());
+    if (!answer) return false;
+    m_strSavedPassword = m_strCurrentPassword;
+    m_bPasswordSaved = 1;
+  }
+  m_bPasswordSet = 1;
+  UsePassword();
+  return true;
+}
+
+void CRarUnpacker::UsePassword() {
+  m_hArchive->SetPassword(rar::NarrowPassword(m_strCurrentPassword));
+}
+
+bool CRarUnpacker::CloseArchive() { return m_hArchive->Close(); }
+
+// The walk and the records.
+
+bool CRarUnpacker::FindFile() {
+  m_nWalkProblem = RarProblem::kNone;
+  m_strMissingVolume.clear();
+  const bool isOpen = m_hArchive->Open(m_strArchive);
+  if (m_hArchive->HasEncryptedHeaders() && m_bPasswordSet != 0) UsePassword();
+  m_nHeader = isOpen ? 0 : -1;
+  return isOpen;
+}
+
+bool CRarUnpacker::FindNextFile() {
+  if (!m_hArchive->IsOpen()) return false;
+  const bool isFirst = m_nHeader++ == 0;
+  return isFirst || PassOver() == rar::kSuccess;
+}
+
+int CRarUnpacker::PassOver() {
+  // What follows in a solid archive builds on this item, so that even passing
+  // over it may take a password.
+  const rar::Callbacks callbacks(*m_hArchive,
+                                 m_hArchive->NeedsPasswordToSkip() ? CallbackProc : nullptr, this);
+  const int code = m_hArchive->Skip();
+  ThrowAgain();
+  if (code != rar::kSuccess) {
+    m_nWalkProblem = ProblemOf(code, m_hArchive->Current().IsEncrypted());
+  }
+  return code;
+}
+
+int CRarUnpacker::ReadHeader() {
+  const bool isAtStart = m_hArchive->IsAtStart();
+  int code = m_hArchive->HasItem() ? PassOver() : rar::kSuccess;
+  if (code == rar::kSuccess) code = m_hArchive->ReadHeader();
+  if (code != rar::kSuccess) {
+    const bool isKeyTried = isAtStart && m_hArchive->HasEncryptedHeaders();
+    if (m_nWalkProblem == RarProblem::kNone) m_nWalkProblem = ProblemOf(code, isKeyTried);
+    return code;
+  }
+  const rar::Header& header = m_hArchive->Current();
+  m_strCurrentName = header.IsFolder() ? std::wstring_view() : frame::NameOf(header.path);
+  m_nTotal = header.unpackedSize;
+  m_nFileTime = header.time;
+  return code;
+}
+
+RarProblem CRarUnpacker::ProblemOf(int code, bool isEncrypted) const {
+  switch (code) {
+    case rar::kSuccess:
+    case rar::kEndOfArchive:
+      return RarProblem::kNone;
+    case rar::kBadPassword:
+      return RarProblem::kWrongPassword;
+    case rar::kMissingPassword:
+      return RarProblem::kNoPassword;
+    case rar::kCannotOpen:
+      return RarProblem::kMissingVolume;
+    case rar::kCannotCreate:
+    case rar::kCannotWrite:
+      return RarProblem::kCannotWrite;
+    default:
+      return isEncrypted ? RarProblem::kWrongPasswordOrDamaged : RarProblem::kDamaged;
+  }
+}
+
+RarProblem CRarUnpacker::GetWalkProblem() const { return m_nWalkProblem; }
+
+namespace {
+
+/// Empties what both records share. The texts keep their memory: a walk fills
+/// the same record for every item.
+template <class Info>
+void EmptyCommon(Info& info) {
+  info.strExt.clear();
+  info.strTitle.clear();
+  info.strName.clear();
+  info.strPath.clear();
+  info.bInFolder = 0;
+  info.bFolder = 0;
+  info.bSplitAfter = 0;
+}
+
+/// The fields that both records share.
+template <class Info>
+void FillCommon(Info& info, const rar::Header& header) {
+  info.strPath = header.path;
+  info.bSplitAfter = header.IsSplitAfter() ? 1 : 0;
+  if (header.IsFolder()) {
+    info.bInFolder = frame::HasParent(header.path) ? 1 : 0;
+    info.bFolder = info.bInFolder != 0 ? 0 : 1;
+    return;
+  }
+  info.strExt = frame::ExtensionOf(header.path);
+  info.strName = frame::NameOf(header.path);
+  info.strTitle = frame::TitleOf(info.strName);
+}
+
+DWORD Low(ULONGLONG number) { return static_cast<DWORD>(number); }
+DWORD High(ULONGLONG number) { return static_cast<DWORD>(number >> 32); }
+ULONGLONG Join(DWORD high, DWORD low) { return ULONGLONG{high} << 32 | low; }
+
+void FillNumbers(RARFILEFULLINFO& info, const rar::Header& header) {
+  info.nUnpVer = info.nUnpVer2 = header.unpackVersion;
+  info.nFlags = header.flags;
+  info.nMethod = header.method;
+  info.nFileTime = header.time;
+  info.nFileCRC = header.crc;
+  info.nPackSize = Low(header.packedSize);
+  info.nPackSizeHigh = High(header.packedSize);
+  info.nUnpSize = Low(header.unpackedSize);
+  info.nUnpSizeHigh = High(header.unpackedSize);
+  info.nFileAttr = info.nFileAttr2 = header.attributes;
+}
+
+ULONGLONG SizeOf(const RARFILEFULLINFO& info) { return Join(info.nUnpSizeHigh, info.nUnpSize); }
+
+ULONGLONG PackedSizeOf(const RARFILEFULLINFO& info) {
+  return Join(info.nPackSizeHigh, info.nPackSize);
+}
+
+bool IsFolderItem(const RARFILEFULLINFO& info) { return info.bFolder != 0 || info.bInFolder != 0; }
+
+std::wstring CrcText(DWORD crc) {
+  wchar_t text[9];
+  std::swprintf(text, std::size(text), L"%08x", crc);
+  return text;
+}
+
+}  // namespace
+
+void CRarUnpacker::EmptyShortInfo(RARFILESHORTINFO& info) const { EmptyCommon(info); }
+
+void CRarUnpacker::EmptyFullInfo(RARFILEFULLINFO& info) const {
+  EmptyCommon(info);
+  info.strReserved.clear();
+  FillNumbers(info, {});
+}
+
+bool CRarUnpacker::GetFileShortInfo(RARFILESHORTINFO& info) {
+  if (!m_hArchive->IsOpen()) return false;
+  EmptyShortInfo(info);
+  if (const int code = ReadHeader(); code != rar::kSuccess) {
+    rar::ShowProblem(code);
+    return false;
+  }
+  FillCommon(info, m_hArchive->Current());
+  return true;
+}
+
+bool CRarUnpacker::GetFileFullInfo(RARFILEFULLINFO& info) {
+  if (!m_hArchive->IsOpen()) return false;
+  EmptyFullInfo(info);
+  if (ReadHeader() != rar::kSuccess) return false;
+  const rar::Header& header = m_hArchive->Current();
+  FillCommon(info, header);
+  if (!header.IsFolder()) FillNumbers(info, header);
+  return true;
+}
+
+bool CRarUnpacker::LocateFile(const std::wstring& path, RARFILEFULLINFO& info) {
+  if (!FindFile()) return false;
+  while (FindNextFile() && GetFileFullInfo(info)) {
+    if (_wcsicmp(info.strPath.c_str(), path.c_str()) == 0) return true;
+  }
+  return false;
+}
+
+bool CRarUnpacker::IsFolder(const std::wstring& path) {
+  bool found = false;
+  WalkItems<RARFILESHORTINFO>(*this, [&](const RARFILESHORTINFO& info) {
+    const bool isFolder = info.bFolder != 0 || info.bInFolder != 0;
+    found = isFolder && info.strPath.find(path) != std::wstring::npos;
+    return !found;
+  });
+  return found;
+}
+
+// Summary texts.
+
+std::wstring CRarUnpacker::GetFileOutputInfo(const std::wstring& path) {
+  RARFILEFULLINFO info;
+  if (!LocateFile(path, info)) return {};
+  return L"Modified - " + frame::DateTimeText(TimeOfDosDateTime(info.nFileTime)) + L", " +
+         frame::SizesText(SizeOf(info), PackedSizeOf(info)) + L", CRC - " + CrcText(info.nFileCRC);
+}
+
+std::wstring CRarUnpacker::TextOf(frame::Totals totals) {
+  WalkItems<RARFILEFULLINFO>(*this, [&](const RARFILEFULLINFO& info) {
+    if (IsFolderItem(info)) {
+      totals.AddFolder(info.strPath);
+    } else {
+      totals.AddFile(info.strPath, SizeOf(info), PackedSizeOf(info));
+    }
+    return true;
+  });
+  return totals.Text();
+}
+
+std::wstring CRarUnpacker::GetFolderOutputInfo(const std::wstring& path) {
+  return TextOf(frame::Totals(path));
+}
+
+std::wstring CRarUnpacker::GetArchiveOutputInfo() { return TextOf(frame::Totals()); }
+
+// What all unpackers share.
+
+void CRarUnpacker::DoEvents() { frame::DoEvents(m_state); }
+
+void CRarUnpacker::UpdateProgress(ULONGLONG done, ULONGLONG total, const std::wstring& text) {
+  frame::UpdateProgress(m_state, done, total, text);
+}
+
+void CRarUnpacker::UpdateFileTree(const std::wstring& path) {
+  static std::wstring lastReport;
+  frame::UpdateFileTree(m_state, lastReport, path);
+}
+
+std::wstring CRarUnpacker::FormatOfNumber64(ULONGLONG number) const {
+  return frame::FormatOfNumber64(number);
+}
+
+double CRarUnpacker::ConvUInt64ToDouble(ULONGLONG number) const {
+  return frame::ConvUInt64ToDouble(number);
+}
+
+DWORD CRarUnpacker::HashKey(LPCWSTR text) const { return frame::HashKey(text); }
+
+DWORD CRarUnpacker::CheckFolderMap(FolderMap& map, const std::wstring& path) const {
+  return frame::CheckFolderMap(map, path);
+}
+
+bool CRarUnpacker::CheckFolder(std::vector<std::wstring>& list, const std::wstring& path) const {
+  return frame::CheckFolder(list, path);
+}
+
+bool CRarUnpacker::CreateFolder(const std::wstring& path) {
+  return frame::CreateFolder(m_state, path,
+                             [this](const std::wstring& folder) { UpdateFileTree(folder); });
+}
+
+bool CRarUnpacker::FileExists(const std::wstring& path) const { return frame::FileExists(path); }

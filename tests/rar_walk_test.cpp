@@ -1,0 +1,196 @@
+// Opening, walking and telling about RAR archives.
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+#include "support/rartest.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testsupport::DialogAnswer;
+using testsupport::RarFixture;
+using testsupport::ReadFile;
+using testsupport::TypePassword;
+using testsupport::WriteFile;
+
+class RarWalk : public testsupport::RarTest {};
+
+TEST_F(RarWalk, FillsBothRecords) {
+  ASSERT_TRUE(Open("tree.rar"));
+  RARFILEFULLINFO file;
+  ASSERT_TRUE(unpacker.LocateFile(L"docs\\a.txt", file));
+  EXPECT_EQ(file.strPath, L"DOCS\\A.TXT");
+  EXPECT_EQ(file.strName, L"A.TXT");
+  EXPECT_EQ(file.strTitle, L"A");
+  EXPECT_EQ(file.strExt, L"TXT");
+  EXPECT_EQ(file.nUnpSize, 6U);
+  EXPECT_EQ(file.nPackSize, 6U);
+  EXPECT_EQ(file.nFileAttr, 0100644U);
+  EXPECT_EQ(file.bInFolder + file.bFolder + file.bSplitAfter, 0);
+  ASSERT_TRUE(unpacker.LocateFile(L"DOCS\\SUB", file));
+  EXPECT_EQ(file.bInFolder, 1);
+  EXPECT_EQ(file.bFolder, 0);
+  EXPECT_EQ(file.strName + file.strTitle + file.strExt, L"");
+  EXPECT_EQ(file.nFileAttr, 0U) << "of folders only the path is told";
+  RARFILESHORTINFO next;
+  ASSERT_TRUE(unpacker.GetFileShortInfo(next)) << "a second record is of the following header";
+  EXPECT_EQ(next.strPath, L"DOCS");
+  EXPECT_EQ(next.bFolder, 1);
+  EXPECT_EQ(next.bInFolder, 0);
+  EXPECT_FALSE(unpacker.LocateFile(L"DOCS\\A", file));
+}
+
+TEST_F(RarWalk, TakesTheExtensionFromTheWholePath) {
+  ASSERT_TRUE(Build({{.path = "a.b/README"}}));
+  RARFILEFULLINFO file;
+  ASSERT_TRUE(unpacker.LocateFile(L"a.b\\README", file));
+  EXPECT_EQ(file.strExt, L"b\\README");
+  EXPECT_EQ(file.strTitle, L"README");
+}
+
+TEST_F(RarWalk, ReadsHeadersThatFollowEachOtherWithoutFindNextFile) {
+  ASSERT_TRUE(Open("tree.rar"));
+  RARFILESHORTINFO info;
+  std::vector<std::wstring> paths;
+  ASSERT_TRUE(unpacker.FindFile() && unpacker.FindNextFile());
+  while (unpacker.GetFileShortInfo(info)) paths.push_back(info.strPath);
+  EXPECT_THAT(paths, ElementsAre(L"DOCS\\A.TXT", L"DOCS\\SUB\\NUMBERS", L"TOP.TXT", L"DOCS\\SUB",
+                                 L"DOCS", L"EMPTY"));
+  EXPECT_EQ(unpacker.GetWalkProblem(), RarProblem::kNone);
+}
+
+TEST_F(RarWalk, AnswersSummaries) {
+  ASSERT_TRUE(Open("tree.rar"));
+  EXPECT_TRUE(unpacker.IsFolder(L"OCS\\S")) << "anywhere in the path of a folder";
+  EXPECT_FALSE(unpacker.IsFolder(L"TOP"));
+  EXPECT_THAT(
+      unpacker.GetFileOutputInfo(L"top.txt"),
+      testing::HasSubstr(L"Size - 3 bytes, Packed - 3 bytes, Ratio - 100%, CRC - 1ed91fca"));
+  EXPECT_EQ(unpacker.GetFileOutputInfo(L"none"), L"");
+  EXPECT_EQ(unpacker.GetFolderOutputInfo(L"DOCS"),
+            L"Files - 2, Folders - 1, Size - 1 498 bytes, Packed - 325 bytes, Ratio - 21%");
+  EXPECT_EQ(unpacker.GetArchiveOutputInfo(),
+            L"Files - 3, Folders - 3, Size - 1 501 bytes, Packed - 328 bytes, Ratio - 21%");
+}
+
+TEST_F(RarWalk, GivesEachPartOfASplitFile) {
+  ASSERT_TRUE(Open("set.part1.rar"));
+  std::vector<int> splits;
+  WalkItems<RARFILEFULLINFO>(unpacker, [&](const RARFILEFULLINFO& info) {
+    splits.push_back(info.bSplitAfter * 10 + static_cast<int>(info.nFlags & kRarSplitBefore));
+    return true;
+  });
+  EXPECT_THAT(splits, ElementsAre(10, 11, 11, 1, 0));
+}
+
+TEST_F(RarWalk, RefusesWhatIsNoArchive) {
+  WriteFile(folder.Path("empty.rar"), "");
+  for (const char* name : {"none.rar", "empty.rar", "out"}) {
+    EXPECT_FALSE(unpacker.OpenArchive(folder.LibraryPath(name))) << name;
+    RARFILEFULLINFO info;
+    EXPECT_FALSE(unpacker.FindFile() || unpacker.FindNextFile() || unpacker.GetFileFullInfo(info));
+    EXPECT_FALSE(unpacker.UnpackCurrentFile(L"A", Target()) || Unpack());
+  }
+  EXPECT_FALSE(unpacker.CloseArchive()) << "nothing is open";
+}
+
+TEST_F(RarWalk, TurnsNamesIntoPathsThatCannotGrowFolders) {
+  // A byte that is no UTF-8, written as packers do (U+FFFE, U+E0FF), a
+  // backslash in a name, a character beyond the basic plane.
+  ASSERT_TRUE(Build({{.path = "d/x\xef\xbf\xbe\xee\x83\xbf\\y\xf0\x90\x80\x80", .data = "odd"}}));
+  const std::wstring path = std::wstring(L"d\\x\xdcff\xdc5cy") + wchar_t{0x10000};
+  EXPECT_THAT(Paths(), ElementsAre(path));
+  EXPECT_TRUE(Unpack());
+  EXPECT_EQ(ReadFile(folder.Path("out/d/x\xff\\y\xf0\x90\x80\x80")), "odd");
+}
+
+TEST_F(RarWalk, OpensAnArchiveOfAnyName) {
+  const std::string name = "odd \xff\xc3\xa9.rar";
+  WriteFile(folder.Path(name), ReadFile(RarFixture("tree.rar")));
+  ASSERT_TRUE(unpacker.OpenArchive(folder.LibraryPath(name)));
+  EXPECT_EQ(Paths().size(), 6U);
+}
+
+TEST_F(RarWalk, AsksOnceForThePasswordOfHeaders) {
+  host.dialogAnswers = {TypePassword(L"secret")};
+  ASSERT_TRUE(Open("encrypted-headers.rar"));
+  ASSERT_EQ(host.dialogs.size(), 1U);
+  EXPECT_EQ(host.dialogs[0].templateId, testsupport::kPasswordTemplate);
+  EXPECT_EQ(Paths().size(), 6U);
+  EXPECT_TRUE(Unpack()) << "the files have the same password";
+  EXPECT_EQ(host.dialogs.size(), 1U);
+
+  unpacker.m_bReusePassword = 1;
+  ASSERT_TRUE(Open("encrypted-headers.rar"));
+  EXPECT_EQ(Paths().size(), 6U);
+  unpacker.m_bReusePassword = 0;
+  host.dialogAnswers = {DialogAnswer::Press(IDCANCEL)};
+  EXPECT_FALSE(Open("encrypted-headers.rar")) << "asks again, and is cancelled";
+  EXPECT_EQ(unpacker.GetWalkProblem(), RarProblem::kNoPassword);
+}
+
+TEST_F(RarWalk, TellsOfAWrongPasswordWithTheFirstShortRecord) {
+  host.dialogAnswers = {TypePassword(L"wrong")};
+  host.messageBoxAnswers = {IDOK};
+  ASSERT_TRUE(Open("encrypted-headers.rar"));
+  EXPECT_THAT(Paths(), IsEmpty());
+  EXPECT_THAT(host.messageBoxes, IsEmpty()) << "full records tell nothing";
+  EXPECT_FALSE(unpacker.IsFolder(L"DOCS"));
+  ASSERT_EQ(host.messageBoxes.size(), 1U);
+  EXPECT_EQ(host.messageBoxes[0].text, L"The specified password is incorrect.");
+  EXPECT_EQ(host.messageBoxes[0].caption, L"Morvane Archiver");
+  EXPECT_EQ(host.messageBoxes[0].type, 0x10U);
+  EXPECT_EQ(unpacker.GetWalkProblem(), RarProblem::kWrongPassword);
+}
+
+TEST_F(RarWalk, ListsSolidEncryptedFilesWithTheirPassword) {
+  ASSERT_TRUE(Open("solid-encrypted-files.rar"));
+  host.dialogAnswers = {TypePassword(L"secret"), DialogAnswer::Escape()};
+  EXPECT_EQ(Paths().size(), 6U);
+  EXPECT_EQ(Paths().size(), 1U) << "the second walk was not given it";
+  EXPECT_EQ(unpacker.GetWalkProblem(), RarProblem::kNoPassword);
+}
+
+TEST_F(RarWalk, TellsWhyAListIsCutShort) {
+  for (const char* part : {"set.part1.rar", "set.part2.rar"}) {
+    WriteFile(folder.Path(part), ReadFile(RarFixture(part)));
+  }
+  ASSERT_TRUE(unpacker.OpenArchive(folder.LibraryPath("set.part1.rar")));
+  EXPECT_EQ(Paths().size(), 2U);
+  EXPECT_EQ(unpacker.GetWalkProblem(), RarProblem::kMissingVolume);
+
+  testsupport::RarBuilder builder;
+  std::string damaged = builder.Add({.path = "NAME", .data = "a"}).Build();
+  damaged[damaged.find("NAME")] ^= 1;
+  host.messageBoxAnswers = {IDOK};
+  ASSERT_TRUE(OpenBytes(damaged));
+  EXPECT_FALSE(unpacker.IsFolder(L"NAME"));
+  ASSERT_EQ(host.messageBoxes.size(), 1U);
+  EXPECT_EQ(host.messageBoxes[0].text, L"Corrupt file or wrong password.");
+  EXPECT_EQ(unpacker.GetWalkProblem(), RarProblem::kDamaged);
+}
+
+TEST_F(RarWalk, CopiesOpenTheArchiveForThemselves) {
+  host.dialogAnswers = {TypePassword(L"secret")};
+  ASSERT_TRUE(Open("encrypted-headers.rar"));
+  ASSERT_TRUE(unpacker.FindFile());
+  CRarUnpacker copy = unpacker;
+  RARFILESHORTINFO info;
+  EXPECT_FALSE(copy.GetFileShortInfo(info)) << "not open yet";
+  EXPECT_TRUE(copy.FindFile() && copy.FindNextFile() && copy.GetFileShortInfo(info));
+  EXPECT_TRUE(unpacker.FindNextFile() && unpacker.GetFileShortInfo(info));
+  copy = unpacker;
+  EXPECT_FALSE(copy.CloseArchive());
+  EXPECT_TRUE(unpacker.CloseArchive());
+}
+
+TEST_F(RarWalk, ForgetsAnswersWhateverTheOpenGives) {
+  INIYESTOALL answers{1, 1, 1, 1};
+  unpacker.SetIniYesToAll(answers);
+  EXPECT_FALSE(unpacker.OpenArchive(folder.LibraryPath("none.rar")));
+  unpacker.GetIniYesToAll(answers);
+  EXPECT_EQ(answers.bYesToAllNormal + answers.bYesToAllHidden, 0);
+}
+
+}  // namespace

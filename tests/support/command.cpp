@@ -1,0 +1,102 @@
+#include "support/command.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <pty.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdlib>
+#include <utility>
+
+#include "support/tempfolder.h"
+
+namespace testsupport {
+namespace {
+
+[[noreturn]] void Execute(const Arguments& arguments) {
+  std::vector<char*> pointers{const_cast<char*>(MORVUNP_COMMAND)};
+  for (const std::string& argument : arguments) {
+    pointers.push_back(const_cast<char*>(argument.c_str()));
+  }
+  pointers.push_back(nullptr);
+  signal(SIGINT, SIG_DFL);
+  setenv("LC_ALL", "C.UTF-8", 1);
+  setenv("TZ", "UTC", 1);
+  execv(pointers[0], pointers.data());
+  _exit(127);
+}
+
+int ExitCodeOf(pid_t process) {
+  int status = 0;
+  waitpid(process, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+
+}  // namespace
+
+Result RunCommand(const Arguments& arguments, const std::string& input) {
+  const TempFolder folder;
+  WriteFile(folder.Path("in"), input);
+  const pid_t process = fork();
+  if (process == 0) {
+    const auto redirect = [](const std::string& path, int descriptor) {
+      dup2(open(path.c_str(), O_RDWR | O_CREAT, 0600), descriptor);
+    };
+    redirect(folder.Path("in"), STDIN_FILENO);
+    redirect(folder.Path("out"), STDOUT_FILENO);
+    redirect(folder.Path("err"), STDERR_FILENO);
+    Execute(arguments);
+  }
+  const int exitCode = ExitCodeOf(process);
+  return {exitCode, ReadFile(folder.Path("out")), ReadFile(folder.Path("err"))};
+}
+
+OnTerminal::OnTerminal(const Arguments& arguments) {
+  process_ = forkpty(&terminal_, nullptr, nullptr, nullptr);
+  if (process_ == 0) Execute(arguments);
+}
+
+OnTerminal::~OnTerminal() {
+  if (process_ > 0) {
+    kill(process_, SIGKILL);
+    ExitCodeOf(process_);
+  }
+  close(terminal_);
+}
+
+void OnTerminal::Type(const std::string& text) {
+  ASSERT_EQ(write(terminal_, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+}
+
+bool OnTerminal::Await(const std::string& text) {
+  for (;;) {
+    const std::size_t found = shown_.find(text, seen_);
+    if (found != std::string::npos) {
+      seen_ = found + text.size();
+      return true;
+    }
+    if (!ReadSome()) return false;
+  }
+}
+
+int OnTerminal::Finish() {
+  while (ReadSome()) {
+  }
+  return ExitCodeOf(std::exchange(process_, -1));
+}
+
+bool OnTerminal::ReadSome() {
+  pollfd input{terminal_, POLLIN, 0};
+  std::array<char, 4096> block{};
+  if (poll(&input, 1, 20000) != 1) return false;
+  const ssize_t count = read(terminal_, block.data(), block.size());
+  if (count <= 0) return false;
+  shown_.append(block.data(), static_cast<std::size_t>(count));
+  return true;
+}
+
+}  // namespace testsupport

@@ -1,0 +1,44 @@
+// RAR archives written byte by byte, for what no tool would pack: hostile
+// names, links that lead out, wrong sums, broken headers. Data is stored.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace testsupport {
+
+/// One header of an archive and its data.
+struct RarItem {
+  /// UTF-8, "/" between components.
+  std::string path{};
+  std::string data{};
+  std::uint32_t mode = 0100644;
+  bool isFolder = false;
+  bool fromWindows = false;
+  bool hasWrongSum = false;
+  /// The file began in an earlier volume.
+  bool splitBefore = false;
+  /// RAR5: 1 to 3 symbolic link, 4 hard link, 5 copy.
+  unsigned redirection = 0;
+  std::string redirectsTo{};
+};
+
+class RarBuilder {
+ public:
+  RarBuilder& Add(RarItem item) {
+    items_ += Rar5Header(item) + item.data;
+    return *this;
+  }
+  std::string Build() const;
+
+ private:
+  static std::string Rar5Header(const RarItem& item);
+
+  std::string items_;
+};
+
+/// An archive of the older format with one item. A symbolic link has its
+/// target for data and the file type of one in its mode.
+std::string BuildRar4(const RarItem& item);
+
+}  // namespace testsupport

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "frame/pathindex.h"
 #include "iso/udf.h"
 #include "morvunp/isounpacker.h"
 
@@ -83,16 +84,10 @@ class ItemList {
 
  private:
   void MoveTo(std::size_t position);
-  std::size_t IndexOf(const std::wstring& path);
-  std::size_t IndexByWalking(const std::wstring& path) const;
-  void BuildIndex();
 
   /// A deque: growing it moves no item, so the current one stays in place.
   std::deque<CIsoItemInfo> m_arrItems;
-  /// Hash of the case-folded path and position, sorted. Made at the second
-  /// look-up: one alone is cheaper by walking.
-  std::vector<std::pair<std::size_t, std::size_t>> m_index;
-  bool m_bLookedUp = false;
+  frame::PathIndex m_index;
   std::size_t m_nPosition = 0;
   const CIsoItemInfo* m_pCurrent = nullptr;
 };

@@ -89,3 +89,10 @@ MORVUNP_API BOOL GetFileTime(HANDLE file, FILETIME* creation, FILETIME* lastAcce
 /// system and is ignored.
 MORVUNP_API BOOL SetFileTime(HANDLE file, const FILETIME* creation, const FILETIME* lastAccess,
                              const FILETIME* lastWrite);
+
+namespace platform {
+/// The entry of the path's folder whose name is that of the path ignoring case,
+/// the first by name when there are several; empty when there is none. The file
+/// systems of the host's own system look all names up like that.
+MORVUNP_API std::wstring NameIgnoringCase(const std::wstring& path);
+}  // namespace platform

@@ -13,7 +13,7 @@
 namespace terminal {
 
 /// The object of the format that knew the archive; never null.
-using Archive = std::variant<std::unique_ptr<CIsoUnpacker>>;
+using Archive = std::variant<std::unique_ptr<CCabUnpacker>, std::unique_ptr<CIsoUnpacker>>;
 
 /// What an unpacker is told before it opens an archive. The windows are not
 /// owned and must outlive the archive; null when nothing is unpacked.

@@ -24,6 +24,7 @@ struct Item {
   std::int64_t accessed;
 };
 
+Item ItemOf(const CABFILEFULLINFO& record);
 Item ItemOf(const ISOFILEFULLINFO& record);
 
 }  // namespace terminal

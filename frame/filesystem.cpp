@@ -29,13 +29,34 @@ bool SetTimeModified(HANDLE file, __time64_t time) {
   return SetFileTime(file, &written, nullptr, &written) != FALSE;
 }
 
+bool SetDosTimeModified(HANDLE file, DWORD dosDateTime) {
+  FILETIME local;
+  FILETIME written;
+  if (DosDateTimeToFileTime(static_cast<WORD>(dosDateTime >> 16), static_cast<WORD>(dosDateTime),
+                            &local) == FALSE ||
+      LocalFileTimeToFileTime(&local, &written) == FALSE) {
+    return false;
+  }
+  return SetFileTime(file, &written, nullptr, &written) != FALSE;
+}
+
+namespace {
+
+OpenFile OpenForTimes(const std::wstring& path) {
+  return OpenFile(CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                              FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+}
+
+}  // namespace
+
 bool SetFileTimeModified(const std::wstring& path, __time64_t time) {
-  const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
-                                  OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
-  if (file == INVALID_HANDLE_VALUE) return false;
-  const bool set = SetTimeModified(file, time);
-  CloseHandle(file);
-  return set;
+  const OpenFile file = OpenForTimes(path);
+  return file.IsOpen() && SetTimeModified(file.Get(), time);
+}
+
+bool SetFileDosTimeModified(const std::wstring& path, DWORD dosDateTime) {
+  const OpenFile file = OpenForTimes(path);
+  return file.IsOpen() && SetDosTimeModified(file.Get(), dosDateTime);
 }
 
 }  // namespace frame

@@ -45,4 +45,8 @@ bool SetTimeModified(HANDLE file, __time64_t time);
 /// The same for a file by its path, opened without sharing.
 bool SetFileTimeModified(const std::wstring& path, __time64_t time);
 
+/// The same two with an MS-DOS date in the high half and time in the low half.
+bool SetDosTimeModified(HANDLE file, DWORD dosDateTime);
+bool SetFileDosTimeModified(const std::wstring& path, DWORD dosDateTime);
+
 }  // namespace frame

@@ -79,6 +79,11 @@ bool Confirmed(CUnpackState& state, const Kind& kind, const std::wstring& target
   }
 }
 
+HANDLE OpenForWriting(const std::wstring& target, DWORD disposition) {
+  return CreateFileW(target.c_str(), GENERIC_WRITE, 0, nullptr, disposition,
+                     FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
+}
+
 }  // namespace
 
 bool MayWrite(CUnpackState& state, const std::wstring& target, const NewFile& item,
@@ -96,13 +101,22 @@ bool MayWrite(CUnpackState& state, const std::wstring& target, const NewFile& it
 }
 
 HANDLE CreateOutputFile(CUnpackState& state, const std::wstring& target, const NewFile& item) {
+  bool isDeclined = false;
+  return CreateOutputFile(state, target, item, isDeclined);
+}
+
+HANDLE CreateOutputFile(CUnpackState& state, const std::wstring& target, const NewFile& item,
+                        bool& isDeclined) {
+  isDeclined = false;
   // Most files are new, and creating one exclusively tells so in one call.
-  constexpr DWORD kFlags = FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT;
-  const HANDLE fresh =
-      CreateFileW(target.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, kFlags, nullptr);
+  const HANDLE fresh = OpenForWriting(target, CREATE_NEW);
   if (fresh != INVALID_HANDLE_VALUE || GetLastError() != ERROR_FILE_EXISTS) return fresh;
-  if (!MayWrite(state, target, item, Protection::kClear)) return INVALID_HANDLE_VALUE;
-  return CreateFileW(target.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, kFlags, nullptr);
+  isDeclined = !MayWrite(state, target, item, Protection::kClear);
+  return isDeclined ? INVALID_HANDLE_VALUE : ReplaceOutputFile(target);
+}
+
+HANDLE ReplaceOutputFile(const std::wstring& target) {
+  return OpenForWriting(target, CREATE_ALWAYS);
 }
 
 }  // namespace frame

@@ -29,4 +29,12 @@ bool MayWrite(CUnpackState& state, const std::wstring& target, const NewFile& it
 /// INVALID_HANDLE_VALUE. Close with CloseHandle.
 HANDLE CreateOutputFile(CUnpackState& state, const std::wstring& target, const NewFile& item);
 
+/// The same for runs that end when a file cannot be created: `isDeclined` tells
+/// whether a missing file is due to the decision.
+HANDLE CreateOutputFile(CUnpackState& state, const std::wstring& target, const NewFile& item,
+                        bool& isDeclined);
+
+/// Creates or truncates the file of a decision that was taken before.
+HANDLE ReplaceOutputFile(const std::wstring& target);
+
 }  // namespace frame

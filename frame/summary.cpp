@@ -51,15 +51,22 @@ void Totals::AddFolder(const std::wstring& path) {
   for (const FolderKey& folder : FolderKeysOf(below)) m_folders.insert(folder.key);
 }
 
-std::wstring Totals::Text() const {
+std::wstring Totals::CountsText() const {
   return L"Files - " + FormatOfNumber64(m_nFiles) + L", Folders - " +
-         FormatOfNumber64(m_folders.size()) + L", " + SizesText(m_nSize, m_nPacked);
+         FormatOfNumber64(m_folders.size()) + L", ";
 }
 
+std::wstring Totals::Text() const { return CountsText() + SizesText(m_nSize, m_nPacked); }
+
+std::wstring Totals::TextOfSizes32() const {
+  return CountsText() + SizeText(static_cast<DWORD>(m_nSize));
+}
+
+std::wstring SizeText(ULONGLONG size) { return L"Size - " + FormatOfNumber64(size) + L" bytes"; }
+
 std::wstring SizesText(ULONGLONG size, ULONGLONG packed) {
-  return L"Size - " + FormatOfNumber64(size) + L" bytes, Packed - " + FormatOfNumber64(packed) +
-         L" bytes, Ratio - " + std::to_wstring(static_cast<LONG>(PercentageOf(packed, size))) +
-         L"%";
+  return SizeText(size) + L", Packed - " + FormatOfNumber64(packed) + L" bytes, Ratio - " +
+         std::to_wstring(static_cast<LONG>(PercentageOf(packed, size))) + L"%";
 }
 
 }  // namespace frame

@@ -26,6 +26,9 @@ std::wstring LocalTimeText(__time64_t time, LPCWSTR format);
 /// The date and time of the summary texts.
 inline std::wstring DateTimeText(__time64_t time) { return LocalTimeText(time, L"%x %X"); }
 
+/// "Size - %s bytes".
+std::wstring SizeText(ULONGLONG size);
+
 /// "Size - %s bytes, Packed - %s bytes, Ratio - %d%%".
 std::wstring SizesText(ULONGLONG size, ULONGLONG packed);
 
@@ -46,8 +49,12 @@ class Totals {
 
   /// The folder / archive text of formats that know packed sizes.
   std::wstring Text() const;
+  /// The text of cabinets, whose sum of sizes is kept in 32 bits.
+  std::wstring TextOfSizes32() const;
 
  private:
+  std::wstring CountsText() const;
+
   std::wstring m_prefix;
   ULONGLONG m_nFiles = 0;
   ULONGLONG m_nSize = 0;

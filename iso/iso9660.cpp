@@ -4,6 +4,7 @@
 #include <array>
 #include <bit>
 
+#include "frame/ansitext.h"
 #include "iso/littleendian.h"
 
 namespace iso {
@@ -33,23 +34,6 @@ constexpr DWORD kLargestBlock = 2048;
 RecordedDate DecodeDate(const BYTE* bytes) {
   if (std::all_of(bytes, bytes + kDateLength, [](BYTE b) { return b == 0; })) return {};
   return {1900 + bytes[0], bytes[1], bytes[2], bytes[3], bytes[4], bytes[5]};
-}
-
-void DecodeText(std::string_view bytes, std::wstring& text) {
-  const int length = static_cast<int>(bytes.size());
-  const auto decode = [&] {
-    return MultiByteToWideChar(CP_ACP, 0, bytes.data(), length, text.data(),
-                               static_cast<int>(text.size()));
-  };
-  // No code page in use has more characters than bytes but in rare combinations.
-  text.resize(bytes.size());
-  int decoded = decode();
-  if (decoded == 0 && length > 0) {
-    text.resize(
-        static_cast<std::size_t>(MultiByteToWideChar(CP_ACP, 0, bytes.data(), length, nullptr, 0)));
-    decoded = decode();
-  }
-  text.resize(static_cast<std::size_t>(decoded));
 }
 
 }  // namespace
@@ -88,7 +72,7 @@ bool IsDirISO9660(const BYTE* flags) { return (*flags & kDirectoryFlag) != 0; }
 bool IsHiddenISO9660(const BYTE* flags) { return (*flags & kExistenceFlag) != 0; }
 
 void GetNameItemISO9660(const DirectoryRecord& record, std::wstring& name) {
-  DecodeText(record.identifier.substr(0, record.identifier.find('\0')), name);
+  frame::DecodeAnsi(record.identifier.substr(0, record.identifier.find('\0')), name);
   if (!name.ends_with(L";1")) return;
   name.resize(name.size() - 2);
   if (name.ends_with(L'.')) name.pop_back();

@@ -1,7 +1,6 @@
 #include "iso/itemlist.h"
 
 #include <algorithm>
-#include <cwctype>
 #include <memory>
 
 #include "frame/itempath.h"
@@ -9,15 +8,6 @@
 
 namespace iso {
 namespace {
-
-/// The hash of a text that another one precedes; equal for texts that differ
-/// in case only.
-std::size_t FoldedHash(std::wstring_view text, std::size_t hash = 0) {
-  for (const wchar_t c : text) {
-    hash = hash * 1099511628211U + std::towlower(static_cast<std::wint_t>(c));
-  }
-  return hash;
-}
 
 template <class T>
 std::span<const T> CopyOf(std::span<const T> elements, std::pmr::memory_resource& memory) {
@@ -61,8 +51,7 @@ void ItemList::RemoveAllItems() {
   m_memory.release();
   m_nKnownFolder = kRoot;
   m_strKnownFolder.clear();
-  m_index.clear();
-  m_bLookedUp = false;
+  m_index.Clear();
   FindFile();
 }
 
@@ -109,47 +98,11 @@ void ItemList::MoveTo(std::size_t position) {
 bool ItemList::LocateFile(const std::wstring& path) {
   FindFile();
   if (m_arrItems.empty()) return false;
-  const std::size_t found = IndexOf(path);
+  const std::size_t found = m_index.Find(
+      m_arrItems.size(),
+      [this](std::size_t i, std::wstring& text) { GetPath(m_arrItems[i], text); }, path);
   MoveTo(std::min(found, m_arrItems.size() - 1));
   return found < m_arrItems.size();
-}
-
-bool ItemList::HasPath(const CIsoItemInfo& item, const std::wstring& path) const {
-  if (item.m_nPathLength != path.size()) return false;
-  std::wstring own;
-  GetPath(item, own);
-  return _wcsicmp(own.c_str(), path.c_str()) == 0;
-}
-
-std::size_t ItemList::IndexOf(const std::wstring& path) {
-  if (!m_bLookedUp) {
-    m_bLookedUp = true;
-    return IndexByWalking(path);
-  }
-  if (m_index.empty()) BuildIndex();
-  const std::size_t hash = FoldedHash(path);
-  auto entry = std::lower_bound(m_index.begin(), m_index.end(), std::pair(hash, std::size_t{0}));
-  for (; entry != m_index.end() && entry->first == hash; ++entry) {
-    if (HasPath(m_arrItems[entry->second], path)) return entry->second;
-  }
-  return m_arrItems.size();
-}
-
-std::size_t ItemList::IndexByWalking(const std::wstring& path) const {
-  const auto found = std::find_if(m_arrItems.begin(), m_arrItems.end(),
-                                  [&](const CIsoItemInfo& item) { return HasPath(item, path); });
-  return static_cast<std::size_t>(found - m_arrItems.begin());
-}
-
-void ItemList::BuildIndex() {
-  m_index.reserve(m_arrItems.size());
-  for (const CIsoItemInfo& item : m_arrItems) {
-    // A folder comes before what is in it: its hash is already there.
-    const std::size_t above = PathLengthOf(item.m_nParent);
-    const std::size_t start = above == 0 ? 0 : FoldedHash(L"\\", m_index[item.m_nParent].first);
-    m_index.emplace_back(FoldedHash(item.m_strName, start), m_index.size());
-  }
-  std::sort(m_index.begin(), m_index.end());
 }
 
 }  // namespace iso

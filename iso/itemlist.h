@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "frame/pathindex.h"
 #include "iso/udf.h"
 #include "morvunp/isounpacker.h"
 
@@ -104,10 +105,6 @@ class ItemList {
 
   void MoveTo(std::size_t position);
   const std::wstring& FolderPath(ItemIndex folder) const;
-  bool HasPath(const CIsoItemInfo& item, const std::wstring& path) const;
-  std::size_t IndexOf(const std::wstring& path);
-  std::size_t IndexByWalking(const std::wstring& path) const;
-  void BuildIndex();
 
   /// Deques: growing them moves nothing, so the current item stays in place.
   std::deque<CIsoItemInfo> m_arrItems;
@@ -117,10 +114,7 @@ class ItemList {
   /// The path of the folder that was asked for last: neighbours share it.
   mutable ItemIndex m_nKnownFolder = kRoot;
   mutable std::wstring m_strKnownFolder;
-  /// Hash of the case-folded path and position, sorted. Made at the second
-  /// look-up: one alone is cheaper by walking.
-  std::vector<std::pair<std::size_t, std::size_t>> m_index;
-  bool m_bLookedUp = false;
+  frame::PathIndex m_index;
   std::size_t m_nPosition = 0;
   const CIsoItemInfo* m_pCurrent = nullptr;
 };

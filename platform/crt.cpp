@@ -6,6 +6,7 @@
 #include <cerrno>
 
 #include "platform/descriptors.h"
+#include "platform/files.h"
 #include "platform/text.h"
 
 int _wsopen_s(int* descriptor, LPCWSTR path, int, int share, int) {
@@ -15,10 +16,29 @@ int _wsopen_s(int* descriptor, LPCWSTR path, int, int share, int) {
   return *descriptor >= 0 ? 0 : errno;
 }
 
-int _close(int descriptor) { return close(descriptor); }
+int _close(int descriptor) { return CloseHandle(platform::HandleOf(descriptor)) != FALSE ? 0 : -1; }
+
+int _read(int descriptor, void* buffer, UINT count) {
+  DWORD read = 0;
+  const BOOL done = ReadFile(platform::HandleOf(descriptor), buffer, count, &read, nullptr);
+  return done != FALSE ? static_cast<int>(read) : -1;
+}
+
+int _write(int descriptor, const void* buffer, UINT count) {
+  DWORD written = 0;
+  const BOOL done = WriteFile(platform::HandleOf(descriptor), buffer, count, &written, nullptr);
+  return done != FALSE ? static_cast<int>(written) : -1;
+}
+
+LONG _lseek(int descriptor, LONG offset, int origin) {
+  const std::int64_t position = lseek(descriptor, offset, origin);
+  return position <= INT32_MAX ? static_cast<LONG>(position) : -1;
+}
 
 std::int64_t _lseeki64(int descriptor, std::int64_t offset, int origin) {
   return lseek(descriptor, offset, origin);
 }
 
 std::intptr_t _get_osfhandle(int descriptor) { return descriptor; }
+
+int _open_osfhandle(std::intptr_t handle, int) { return static_cast<int>(handle); }

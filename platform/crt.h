@@ -8,6 +8,7 @@
 inline constexpr int _O_RDONLY = 0x0000;
 inline constexpr int _O_BINARY = 0x8000;
 inline constexpr int _SH_DENYWR = 0x20;
+inline constexpr int _SH_DENYNO = 0x40;
 inline constexpr int _S_IREAD = 0x0100;
 
 /// Opens an existing file for reading, sharing it with readers and denying
@@ -15,8 +16,15 @@ inline constexpr int _S_IREAD = 0x0100;
 /// errno value.
 MORVUNP_API int _wsopen_s(int* descriptor, LPCWSTR path, int flags, int share, int mode);
 MORVUNP_API int _close(int descriptor);
-/// `origin` as in <cstdio>; the new offset, or -1.
+/// Bytes read, 0 at the end, or -1.
+MORVUNP_API int _read(int descriptor, void* buffer, UINT count);
+/// Bytes written, or -1.
+MORVUNP_API int _write(int descriptor, const void* buffer, UINT count);
+/// `origin` as in <cstdio>; the new offset, or -1, also where it does not fit.
+MORVUNP_API LONG _lseek(int descriptor, LONG offset, int origin);
 MORVUNP_API std::int64_t _lseeki64(int descriptor, std::int64_t offset, int origin);
 /// The handle behind a descriptor, for positioned reads with ReadFile. The
 /// descriptor keeps its ownership.
 MORVUNP_API std::intptr_t _get_osfhandle(int descriptor);
+/// A descriptor that takes the handle's place: closing it closes the handle.
+MORVUNP_API int _open_osfhandle(std::intptr_t handle, int flags);

@@ -111,4 +111,8 @@ MORVUNP_API std::wstring ResolvedPath(const std::wstring& path);
 /// What a symbolic link says, in the library's form; empty when `path` is none.
 MORVUNP_API std::wstring LinkTarget(const std::wstring& path);
 
+/// The entry of the path's folder whose name is that of the path ignoring case,
+/// the first by name when there are several; empty when there is none. The file
+/// systems of the host's own system look all names up like that.
+MORVUNP_API std::wstring NameIgnoringCase(const std::wstring& path);
 }  // namespace platform

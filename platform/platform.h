@@ -8,14 +8,17 @@
 #ifdef _WIN32
 #include <afxwin.h>
 #include <fcntl.h>
+#include <fdi.h>
 #include <io.h>
 #include <share.h>
 #include <sys/stat.h>
 #include <time.h>
 #else
+#include "platform/cabinet/fdi.h"
 #include "platform/crt.h"
 #include "platform/files.h"
 #include "platform/framework.h"
+#include "platform/modules.h"
 #include "platform/text.h"
 #include "platform/times.h"
 #include "platform/types.h"

@@ -1,6 +1,7 @@
 #include "platform/times.h"
 
 #include <cerrno>
+#include <chrono>
 
 namespace {
 
@@ -8,6 +9,31 @@ constexpr std::int64_t kUnitsPerSecond = 10'000'000;
 constexpr std::int64_t kSecondsFrom1601To1970 = 11'644'473'600;
 // 3000-12-31 23:59:59 UTC, the last time that the host's C runtime accepts.
 constexpr __time64_t kLastTime = 32'535'215'999;
+
+/// The fields of an MS-DOS date and time, whatever they say.
+std::tm CalendarOfDosDateTime(WORD date, WORD time) {
+  std::tm calendar{};
+  calendar.tm_sec = (time & 0x1F) * 2;
+  calendar.tm_min = time >> 5 & 0x3F;
+  calendar.tm_hour = time >> 11;
+  calendar.tm_mday = date & 0x1F;
+  calendar.tm_mon = (date >> 5 & 0x0F) - 1;
+  calendar.tm_year = (date >> 9) + 80;
+  calendar.tm_isdst = -1;
+  return calendar;
+}
+
+/// Seconds from 1970 to a calendar time, without any zone.
+std::int64_t SecondsOfCalendar(const std::tm& calendar) {
+  const std::chrono::year_month_day day{
+      std::chrono::year{calendar.tm_year + 1900},
+      std::chrono::month{static_cast<unsigned>(calendar.tm_mon + 1)},
+      std::chrono::day{static_cast<unsigned>(calendar.tm_mday)}};
+  const std::chrono::sys_seconds time =
+      std::chrono::sys_days{day} + std::chrono::hours{calendar.tm_hour} +
+      std::chrono::minutes{calendar.tm_min} + std::chrono::seconds{calendar.tm_sec};
+  return time.time_since_epoch().count();
+}
 
 }  // namespace
 
@@ -27,6 +53,34 @@ __time64_t _time64(__time64_t* time) {
   const __time64_t now = std::time(nullptr);
   if (time != nullptr) *time = now;
   return now;
+}
+
+BOOL DosDateTimeToFileTime(WORD date, WORD time, FILETIME* result) {
+  const std::tm calendar = CalendarOfDosDateTime(date, time);
+  const std::chrono::year_month_day day{
+      std::chrono::year{calendar.tm_year + 1900},
+      std::chrono::month{static_cast<unsigned>(calendar.tm_mon + 1)},
+      std::chrono::day{static_cast<unsigned>(calendar.tm_mday)}};
+  if (!day.ok() || calendar.tm_hour > 23 || calendar.tm_min > 59 || calendar.tm_sec > 59) {
+    SetLastError(ERROR_INVALID_PARAMETER);
+    return FALSE;
+  }
+  *result = platform::FileTimeOfTimespec(SecondsOfCalendar(calendar), 0);
+  return TRUE;
+}
+
+BOOL LocalFileTimeToFileTime(const FILETIME* local, FILETIME* universal) {
+  const std::time_t seconds = platform::SecondsOfFileTime(*local);
+  std::tm calendar{};
+  if (gmtime_r(&seconds, &calendar) == nullptr) return platform::FailWithErrno(EINVAL);
+  calendar.tm_isdst = -1;
+  *universal = platform::FileTimeOfTimespec(std::mktime(&calendar), 0);
+  return TRUE;
+}
+
+__time64_t platform::TimeOfDosDateTime(WORD date, WORD time) {
+  std::tm calendar = CalendarOfDosDateTime(date, time);
+  return _mktime64(&calendar);
 }
 
 FILETIME platform::FileTimeOfTimespec(std::int64_t seconds, std::uint32_t nanoseconds) {

@@ -22,7 +22,20 @@ MORVUNP_API __time64_t _mktime64(std::tm* local);
 MORVUNP_API int _localtime64_s(std::tm* local, const __time64_t* time);
 MORVUNP_API __time64_t _time64(__time64_t* time);
 
+/// An MS-DOS date (day, month, years since 1980 in 5, 4 and 7 bits, from the
+/// lowest) and time (seconds / 2, minutes, hours in 5, 6 and 5 bits) to a file
+/// time, in the same zone. FALSE for one that no calendar or clock shows.
+MORVUNP_API BOOL DosDateTimeToFileTime(WORD date, WORD time, FILETIME* result);
+/// Local to universal time. The offset is the one of that date, by which this
+/// system shows file times; the host's own system takes that of today in both
+/// places.
+MORVUNP_API BOOL LocalFileTimeToFileTime(const FILETIME* local, FILETIME* universal);
+
 namespace platform {
+/// An MS-DOS date and time of the local zone as a time value; -1 when it has
+/// none.
+MORVUNP_API __time64_t TimeOfDosDateTime(WORD date, WORD time);
+
 /// Exact conversions between the two scales of UTC time. Times before 1601
 /// become the zero file time.
 MORVUNP_API FILETIME FileTimeOfTimespec(std::int64_t seconds, std::uint32_t nanoseconds);

@@ -157,6 +157,11 @@ std::optional<std::string> ReasonOfGap(const CIsoUnpacker& unpacker) {
   return "cut or damaged: not all of its folders could be read";
 }
 
+std::optional<std::string> ReasonOfGap(const CCabUnpacker& unpacker) {
+  if (unpacker.IsListComplete()) return std::nullopt;
+  return "cut or damaged: its table of files could not be read whole";
+}
+
 std::optional<std::string> ReasonOfGap(const CRarUnpacker& unpacker) {
   const RarProblem problem = unpacker.GetWalkProblem();
   if (problem == RarProblem::kNone) return std::nullopt;

@@ -17,7 +17,8 @@ namespace terminal {
 /// The object of the format that knew the archive; never null.
 /// RAR comes last: its archives may follow a program, so that it is also found
 /// inside files of other formats.
-using Archive = std::variant<std::unique_ptr<CIsoUnpacker>, std::unique_ptr<CRarUnpacker>>;
+using Archive = std::variant<std::unique_ptr<CCabUnpacker>, std::unique_ptr<CIsoUnpacker>,
+                             std::unique_ptr<CRarUnpacker>>;
 
 /// What an unpacker is told before it opens an archive. The windows are not
 /// owned and must outlive the archive; null when nothing is unpacked.

@@ -25,6 +25,7 @@ struct Item {
   std::int64_t accessed;
 };
 
+Item ItemOf(const CABFILEFULLINFO& record);
 Item ItemOf(const ISOFILEFULLINFO& record);
 Item ItemOf(const RARFILEFULLINFO& record);
 

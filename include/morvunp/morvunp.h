@@ -1,6 +1,7 @@
 // Everything that a host of the library includes.
 #pragma once
 
+#include "morvunp/cabunpacker.h"
 #include "morvunp/dostime.h"
 #include "morvunp/isounpacker.h"
 #include "morvunp/messages.h"

@@ -1,0 +1,94 @@
+#include "cab/cabinet.h"
+
+#include <cstdio>
+
+#include "cab/narrowpath.h"
+
+namespace cab {
+namespace {
+
+template <class Function>
+bool BindTo(HMODULE module, LPCSTR name, Function& function) {
+  // By way of the type that stands for any function.
+  function = reinterpret_cast<Function>(reinterpret_cast<void (*)()>(GetProcAddress(module, name)));
+  return function != nullptr;
+}
+
+}  // namespace
+
+Cabinet::~Cabinet() {
+  if (m_hfdi != nullptr) DestroyFDIContext();
+  if (m_hModule != nullptr) Release();
+}
+
+bool Cabinet::CreateFDIContext() {
+  m_hModule = LoadLibraryW(L"Cabinet.dll");
+  if (m_hModule == nullptr) return false;
+  if (Bind()) {
+    m_hfdi = m_pfnFDICreate(CCabUnpacker::FDIAlloc, CCabUnpacker::FDIFree, CCabUnpacker::FDIOpen,
+                            CCabUnpacker::FDIRead, CCabUnpacker::FDIWrite, CCabUnpacker::FDIClose,
+                            CCabUnpacker::FDISeek, cpuUNKNOWN, &m_erf);
+  }
+  if (m_hfdi == nullptr) Release();
+  return m_hfdi != nullptr;
+}
+
+bool Cabinet::Bind() {
+  const bool isCreateBound = BindTo(m_hModule, "FDICreate", m_pfnFDICreate);
+  const bool isCopyBound = BindTo(m_hModule, "FDICopy", m_pfnFDICopy);
+  const bool isTestBound = BindTo(m_hModule, "FDIIsCabinet", m_pfnFDIIsCabinet);
+  const bool isDestroyBound = BindTo(m_hModule, "FDIDestroy", m_pfnFDIDestroy);
+  return isCreateBound && isCopyBound && isTestBound && isDestroyBound;
+}
+
+void Cabinet::Release() {
+  FreeLibrary(m_hModule);
+  m_hModule = nullptr;
+}
+
+bool Cabinet::DestroyFDIContext() {
+  if (m_pfnFDIDestroy == nullptr) return false;
+  if (m_hfdi == nullptr) return true;
+  if (m_pfnFDIDestroy(m_hfdi) != TRUE) return false;
+  m_hfdi = nullptr;
+  Release();
+  return true;
+}
+
+bool Cabinet::Open(const std::wstring& path) {
+  if (m_hfdi != nullptr) DestroyFDIContext();
+  if (!CreateFDIContext()) return false;
+  if (!IsCabinet(path)) {
+    DestroyFDIContext();
+    return false;
+  }
+  m_strArchive = path;
+  return true;
+}
+
+bool Cabinet::IsCabinet(const std::wstring& path) {
+  int file = -1;
+  if (_wsopen_s(&file, path.c_str(), _O_BINARY | _O_RDONLY, _SH_DENYNO, 0) != 0) return false;
+  const BOOL isCabinet = m_pfnFDIIsCabinet(m_hfdi, file, &m_cabInfo);
+  _close(file);
+  return isCabinet != FALSE;
+}
+
+bool Cabinet::Copy(PFNFDINOTIFY notify, void* user) {
+  if (m_hfdi == nullptr) return false;
+  // The folder keeps its last backslash: the interface joins without one.
+  const std::size_t nameStart = m_strArchive.rfind(L'\\') + 1;
+  std::string name = NarrowPath(std::wstring_view(m_strArchive).substr(nameStart));
+  std::string folder = NarrowPath(std::wstring_view(m_strArchive).substr(0, nameStart));
+  return m_pfnFDICopy(m_hfdi, name.data(), folder.data(), 0, notify, nullptr, user) != FALSE;
+}
+
+bool Cabinet::Scan(void* user) {
+  m_items.RemoveAllItems();
+  if (m_hfdi == nullptr) return false;
+  m_items.Rewind();
+  m_bListComplete = Copy(CCabUnpacker::FDICallback_Scan, user);
+  return m_bListComplete && !m_items.All().empty();
+}
+
+}  // namespace cab

@@ -1,0 +1,52 @@
+// The binding to the cabinet interface, and the cabinet that is open in it.
+#pragma once
+
+#include <string>
+
+#include "cab/itemlist.h"
+
+namespace cab {
+
+class Cabinet {
+ public:
+  Cabinet() = default;
+  ~Cabinet();
+  Cabinet(const Cabinet&) = delete;
+  Cabinet& operator=(const Cabinet&) = delete;
+
+  /// Loads the interface and makes a context in it.
+  bool CreateFDIContext();
+  /// False when the interface was never bound, or keeps the context.
+  bool DestroyFDIContext();
+  bool HasContext() const { return m_hfdi != nullptr; }
+
+  /// Opens a file in a fresh context. On failure no context is left.
+  bool Open(const std::wstring& path);
+  /// One pass over the open cabinet.
+  bool Copy(PFNFDINOTIFY notify, void* user);
+  /// Reads the table into the list. True when that worked and found items.
+  bool Scan(void* user);
+  bool IsListComplete() const { return m_bListComplete; }
+
+  ItemList& Items() { return m_items; }
+  const ItemList& Items() const { return m_items; }
+
+ private:
+  bool Bind();
+  void Release();
+  bool IsCabinet(const std::wstring& path);
+
+  HMODULE m_hModule = nullptr;
+  HFDI m_hfdi = nullptr;
+  PFNFDICREATE m_pfnFDICreate = nullptr;
+  PFNFDICOPY m_pfnFDICopy = nullptr;
+  PFNFDIISCABINET m_pfnFDIIsCabinet = nullptr;
+  PFNFDIDESTROY m_pfnFDIDestroy = nullptr;
+  ERF m_erf;
+  FDICABINETINFO m_cabInfo;
+  std::wstring m_strArchive;
+  ItemList m_items;
+  bool m_bListComplete = true;
+};
+
+}  // namespace cab

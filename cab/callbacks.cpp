@@ -1,0 +1,56 @@
+// CCabUnpacker: the memory and file callbacks of the cabinet interface.
+#include "cab/extraction.h"
+#include "cab/narrowpath.h"
+#include "frame/progress.h"
+#include "morvunp/cabunpacker.h"
+
+namespace {
+
+/// The callbacks carry no context of the caller's: the write callback finds the
+/// unpacker here.
+void* m_pThis = nullptr;
+
+}  // namespace
+
+void CCabUnpacker::SetThis(void* unpacker) { m_pThis = unpacker; }
+
+void* CCabUnpacker::GetThis() { return m_pThis; }
+
+void* CCabUnpacker::FDIAlloc(ULONGLONG size) {
+  return ::operator new[](static_cast<std::size_t>(size), std::nothrow);
+}
+
+void CCabUnpacker::FDIFree(void* memory) { ::operator delete[](memory); }
+
+INT_PTR CCabUnpacker::FDIOpen(char* path, int openFlags, int mode) {
+  int file = -1;
+  const std::wstring cabinet = cab::ExistingCabinet(cab::WidePath(path));
+  // Writers are denied: a cabinet may hold a file of its own name.
+  const int error = _wsopen_s(&file, cabinet.c_str(), openFlags, _SH_DENYWR, mode);
+  return error == 0 ? file : -1;
+}
+
+UINT CCabUnpacker::FDIRead(INT_PTR file, void* buffer, UINT count) {
+  return static_cast<UINT>(_read(static_cast<int>(file), buffer, count));
+}
+
+UINT CCabUnpacker::FDIWrite(INT_PTR file, void* buffer, UINT count) {
+  const int written = _write(static_cast<int>(file), buffer, count);
+  if (written == -1) return static_cast<UINT>(-1);
+  return static_cast<CCabUnpacker*>(GetThis())->OnWritten(static_cast<UINT>(written));
+}
+
+UINT CCabUnpacker::OnWritten(UINT written) {
+  cab::Extraction& run = *m_pExtraction;
+  run.m_nDone += written;
+  if (frame::ReportBlock(m_state, run.m_nDone, static_cast<DWORD>(run.m_nTotal))) return written;
+  run.m_bInterrupted = true;
+  DeleteFileW(run.m_strOutputPath.c_str());
+  return static_cast<UINT>(-1);
+}
+
+int CCabUnpacker::FDIClose(INT_PTR file) { return _close(static_cast<int>(file)); }
+
+LONG CCabUnpacker::FDISeek(INT_PTR file, LONG distance, int origin) {
+  return _lseek(static_cast<int>(file), distance, origin);
+}

@@ -1,0 +1,30 @@
+#include "frame/ansitext.h"
+
+#include "platform/platform.h"
+
+namespace frame {
+
+void DecodeAnsi(std::string_view bytes, std::wstring& text) {
+  const int length = static_cast<int>(bytes.size());
+  const auto decode = [&] {
+    return MultiByteToWideChar(CP_ACP, 0, bytes.data(), length, text.data(),
+                               static_cast<int>(text.size()));
+  };
+  // No code page in use has more characters than bytes but in rare combinations.
+  text.resize(bytes.size());
+  int decoded = decode();
+  if (decoded == 0 && length > 0) {
+    text.resize(
+        static_cast<std::size_t>(MultiByteToWideChar(CP_ACP, 0, bytes.data(), length, nullptr, 0)));
+    decoded = decode();
+  }
+  text.resize(static_cast<std::size_t>(decoded));
+}
+
+std::wstring DecodeAnsi(std::string_view bytes) {
+  std::wstring text;
+  DecodeAnsi(bytes, text);
+  return text;
+}
+
+}  // namespace frame

@@ -1,0 +1,106 @@
+#include "platform/cabinet/datastream.h"
+
+#include <cstring>
+
+namespace cabinet {
+namespace {
+
+constexpr std::size_t kMostPacked = 65535;
+/// Files may lie in any order, but a table that sends the reader back and
+/// forth for ever is refused.
+constexpr std::uint64_t kMostRepeated = std::uint64_t{8} << 30;
+
+}  // namespace
+
+void DataStream::GoTo(WORD folder, const File& file) {
+  m_bMayMove = file.IsToNext();
+  if (m_nFolder != folder || file.offset < m_nBlockOffset) {
+    if (m_nFolder == folder) m_nRepeated += m_nBlockOffset;
+    if (m_nRepeated > kMostRepeated) Fail(FDIERROR_CORRUPT_CABINET);
+    Begin(folder);
+  }
+  while (file.offset - m_nBlockOffset >= m_block.size()) Advance();
+  m_nTaken = static_cast<std::size_t>(file.offset - m_nBlockOffset);
+}
+
+std::span<const BYTE> DataStream::Bytes() {
+  if (m_nTaken == m_block.size()) Advance();
+  return m_block.subspan(m_nTaken);
+}
+
+void DataStream::Begin(WORD folder) {
+  m_nFolder.reset();
+  m_nFolderHere = folder;
+  // The first folder may begin in an earlier cabinet, the last one end in a
+  // later one.
+  if (m_pVolume == nullptr || !m_bAtHome || folder == 0) {
+    m_pVolume.reset();
+    m_pVolume = m_source.First(m_nFolderHere);
+    m_bAtHome = folder != 0;
+  }
+  m_folder = ReadFolder(m_pVolume->reader, m_pVolume->header, m_nFolderHere);
+  m_pVolume->reader.Seek(m_folder.dataOffset);
+  m_pDecoder = MakeDecoder(m_host, m_folder.compression);
+  m_block = {};
+  m_nBlockOffset = 0;
+  m_nTaken = 0;
+  m_nFolder = folder;
+}
+
+void DataStream::Advance() {
+  m_nBlockOffset += m_block.size();
+  m_block = {};
+  WORD size = 0;
+  const std::span<const BYTE> packed = ReadPacked(size);
+  m_block = {m_pDecoder->Decode(packed, size), size};
+  m_nTaken = 0;
+}
+
+std::span<const BYTE> DataStream::ReadPacked(WORD& size) {
+  Block block = NextBlock();
+  if (block.size != 0) {
+    size = block.size;
+    return {block.packed, block.packedSize};
+  }
+  m_nJoined = 0;
+  for (;;) {
+    Join(block);
+    if (block.size != 0) break;
+    // Only the last block of a cabinet can go on in the next.
+    if (m_folder.blocks != 0) Fail(FDIERROR_CORRUPT_CABINET);
+    block = NextBlock();
+  }
+  size = block.size;
+  return {m_joined->Get(), m_nJoined};
+}
+
+Block DataStream::NextBlock() {
+  if (m_folder.blocks == 0) GoToNextVolume();
+  --m_folder.blocks;
+  return ReadBlock(m_pVolume->reader, m_pVolume->header);
+}
+
+void DataStream::Join(Block block) {
+  if (!m_joined) m_joined.emplace(m_host, kMostPacked);
+  if (block.packedSize > kMostPacked - m_nJoined) Fail(FDIERROR_CORRUPT_CABINET);
+  std::memcpy(m_joined->Get() + m_nJoined, block.packed, block.packedSize);
+  m_nJoined += block.packedSize;
+}
+
+void DataStream::GoToNextVolume() {
+  const Header& header = m_pVolume->header;
+  const bool isLastFolder = m_nFolderHere + 1 == header.folders;
+  if (!m_bMayMove || !isLastFolder || !header.HasNext()) Fail(FDIERROR_CORRUPT_CABINET);
+  m_pVolume = m_source.Next(*m_pVolume);
+  m_bMoved = true;
+  m_bAtHome = false;
+  m_nFolderHere = 0;
+  const Folder rest = ReadFolder(m_pVolume->reader, m_pVolume->header, 0);
+  if (rest.compression != m_folder.compression || rest.blocks == 0) {
+    Fail(FDIERROR_CORRUPT_CABINET);
+  }
+  m_folder = rest;
+  m_pVolume->reader.Seek(rest.dataOffset);
+}
+
+}  // namespace cabinet

@@ -1,0 +1,74 @@
+#include "platform/modules.h"
+
+#include <dlfcn.h>
+#include <unistd.h>
+
+#include <array>
+#include <climits>
+#include <cstdlib>
+#include <cwchar>
+#include <string>
+#include <vector>
+
+#include "platform/text.h"
+
+namespace {
+
+/// Where this system keeps a module when it does not stand beside the library.
+struct ModulePlace {
+  LPCWSTR name;
+  /// Absolute, or relative to the library's folder.
+  const char* path;
+};
+
+constexpr std::array<ModulePlace, 1> kPlaces{{
+    {L"Cabinet.dll", "morvunp/Cabinet.dll"},
+}};
+
+std::string RealPath(const char* path) {
+  std::array<char, PATH_MAX> real{};
+  return realpath(path, real.data()) != nullptr ? real.data() : std::string();
+}
+
+/// The folder of the file that this code was loaded from, with a separator.
+std::string FolderOfLibrary() {
+  Dl_info info{};
+  dladdr(reinterpret_cast<void*>(&LoadLibraryW), &info);
+  const std::string name = info.dli_fname != nullptr ? info.dli_fname : "";
+  // A program is named as it was called, which may leave its folder out.
+  const bool hasFolder = name.find('/') != std::string::npos;
+  const std::string path = RealPath(hasFolder ? name.c_str() : "/proc/self/exe");
+  return path.substr(0, path.rfind('/') + 1);
+}
+
+/// Found out while loading, before anybody can change the current folder.
+const std::string libraryFolder = FolderOfLibrary();
+
+std::vector<std::string> PlacesOf(LPCWSTR name) {
+  if (std::wcschr(name, L'\\') != nullptr) return {platform::ToNativePath(name)};
+  std::vector<std::string> paths{libraryFolder + platform::ToNativePath(name)};
+  for (const ModulePlace& place : kPlaces) {
+    if (_wcsicmp(place.name, name) != 0) continue;
+    paths.push_back(place.path[0] == '/' ? place.path : libraryFolder + place.path);
+  }
+  return paths;
+}
+
+}  // namespace
+
+HMODULE LoadLibraryW(LPCWSTR name) {
+  for (const std::string& path : PlacesOf(name)) {
+    void* const module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (module != nullptr) return static_cast<HMODULE>(module);
+  }
+  SetLastError(ERROR_MOD_NOT_FOUND);
+  return nullptr;
+}
+
+FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
+  void* const function = dlsym(module, name);
+  if (function == nullptr) SetLastError(ERROR_PROC_NOT_FOUND);
+  return reinterpret_cast<FARPROC>(function);
+}
+
+BOOL FreeLibrary(HMODULE module) { return dlclose(module) == 0 ? TRUE : FALSE; }

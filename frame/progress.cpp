@@ -39,8 +39,7 @@ void DoEvents(CUnpackState& state) {
   }
 }
 
-bool ReportBlock(CUnpackState& state, ULONGLONG done, ULONGLONG total) {
-  UpdateProgress(state, done, total, {});
+bool MayGoOn(CUnpackState& state) {
   DoEvents(state);
   if (state.m_bStopRequest == 0) return true;
   if (AskInterrupt()) {
@@ -49,6 +48,11 @@ bool ReportBlock(CUnpackState& state, ULONGLONG done, ULONGLONG total) {
   }
   state.m_bStopRequest = 0;
   return true;
+}
+
+bool ReportBlock(CUnpackState& state, ULONGLONG done, ULONGLONG total) {
+  UpdateProgress(state, done, total, {});
+  return MayGoOn(state);
 }
 
 void UpdateFileTree(const CUnpackState& state, std::wstring& lastReport, const std::wstring& path) {

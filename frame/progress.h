@@ -19,6 +19,10 @@ void UpdateProgress(const CUnpackState& state, ULONGLONG done, ULONGLONG total,
 /// dialog and stops there.
 void DoEvents(CUnpackState& state);
 
+/// Pumps messages and, on a stop request, asks. False when the user interrupts
+/// (m_bCancel is then set).
+bool MayGoOn(CUnpackState& state);
+
 /// The sequence after every written block: report, pump, and on a stop request
 /// the question. False when the user interrupts (m_bCancel is then set).
 bool ReportBlock(CUnpackState& state, ULONGLONG done, ULONGLONG total);

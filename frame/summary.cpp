@@ -64,6 +64,13 @@ std::wstring Totals::TextOfSizes32() const {
 
 std::wstring SizeText(ULONGLONG size) { return L"Size - " + FormatOfNumber64(size) + L" bytes"; }
 
+std::wstring FileTextWithCrc(__time64_t modified, ULONGLONG size, ULONGLONG packed, DWORD crc) {
+  std::array<wchar_t, 9> digits{};
+  std::swprintf(digits.data(), digits.size(), L"%08x", crc);
+  return L"Modified - " + DateTimeText(modified) + L", " + SizesText(size, packed) + L", CRC - " +
+         digits.data();
+}
+
 std::wstring SizesText(ULONGLONG size, ULONGLONG packed) {
   return SizeText(size) + L", Packed - " + FormatOfNumber64(packed) + L" bytes, Ratio - " +
          std::to_wstring(static_cast<LONG>(PercentageOf(packed, size))) + L"%";

@@ -32,6 +32,10 @@ std::wstring SizeText(ULONGLONG size);
 /// "Size - %s bytes, Packed - %s bytes, Ratio - %d%%".
 std::wstring SizesText(ULONGLONG size, ULONGLONG packed);
 
+/// The text of one file in formats that know its CRC: date and time, sizes and
+/// "CRC - %08x".
+std::wstring FileTextWithCrc(__time64_t modified, ULONGLONG size, ULONGLONG packed, DWORD crc);
+
 /// Sums over the items of a folder or an archive.
 class Totals {
  public:

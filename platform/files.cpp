@@ -168,15 +168,29 @@ BOOL WriteFile(HANDLE file, const void* buffer, DWORD length, DWORD* written, OV
   return TRUE;
 }
 
-DWORD SetFilePointer(HANDLE file, LONG low, LONG* high, DWORD) {
+DWORD SetFilePointer(HANDLE file, LONG low, LONG* high, DWORD method) {
+  static_assert(FILE_BEGIN == SEEK_SET && FILE_CURRENT == SEEK_CUR && FILE_END == SEEK_END);
   const std::int64_t distance = std::int64_t{*high} << 32 | static_cast<DWORD>(low);
-  const off_t position = lseek(DescriptorOf(file), distance, SEEK_CUR);
+  const off_t position = lseek(DescriptorOf(file), distance, static_cast<int>(method));
   if (position < 0) {
     FailWithErrno(errno);
     return INVALID_SET_FILE_POINTER;
   }
   *high = static_cast<LONG>(position >> 32);
+  SetLastError(ERROR_SUCCESS);
   return static_cast<DWORD>(position);
+}
+
+DWORD GetFileSize(HANDLE file, DWORD* high) {
+  struct stat status {};
+  if (fstat(DescriptorOf(file), &status) != 0) {
+    FailWithErrno(errno);
+    return INVALID_FILE_SIZE;
+  }
+  const auto size = static_cast<ULONGLONG>(status.st_size);
+  *high = static_cast<DWORD>(size >> 32);
+  SetLastError(ERROR_SUCCESS);
+  return static_cast<DWORD>(size);
 }
 
 BOOL SetEndOfFile(HANDLE file) {
@@ -210,9 +224,14 @@ HANDLE FindFirstFileW(LPCWSTR path, WIN32_FIND_DATAW* data) {
   }
   const auto size = static_cast<std::uint64_t>(status.st_size);
   data->dwFileAttributes = GetFileAttributesW(path);
+  data->ftCreationTime = FileTimeOf(status.st_ctim);
+  data->ftLastAccessTime = FileTimeOf(status.st_atim);
   data->ftLastWriteTime = FileTimeOf(status.st_mtim);
   data->nFileSizeHigh = static_cast<DWORD>(size >> 32);
   data->nFileSizeLow = static_cast<DWORD>(size);
+  const std::wstring_view whole = path;
+  const std::wstring_view name = whole.substr(whole.rfind(L'\\') + 1);
+  data->cFileName[name.copy(data->cFileName, std::size(data->cFileName) - 1)] = 0;
   return const_cast<char*>(&exactSearch);
 }
 

@@ -39,7 +39,10 @@ inline constexpr DWORD FILE_FLAG_OPEN_REPARSE_POINT = 0x00200000;
 
 inline constexpr DWORD MOVEFILE_REPLACE_EXISTING = 1;
 
+inline constexpr DWORD FILE_BEGIN = 0;
 inline constexpr DWORD FILE_CURRENT = 1;
+inline constexpr DWORD FILE_END = 2;
+inline constexpr DWORD INVALID_FILE_SIZE = 0xFFFFFFFF;
 inline constexpr DWORD INVALID_SET_FILE_POINTER = 0xFFFFFFFF;
 
 struct SECURITY_ATTRIBUTES;
@@ -52,9 +55,14 @@ struct OVERLAPPED {
 
 struct WIN32_FIND_DATAW {
   DWORD dwFileAttributes = 0;
+  FILETIME ftCreationTime;
+  FILETIME ftLastAccessTime;
   FILETIME ftLastWriteTime;
   DWORD nFileSizeHigh = 0;
   DWORD nFileSizeLow = 0;
+  /// The name without its folder, as it was asked for. Cut where a name is
+  /// longer than any that this system has.
+  wchar_t cFileName[260] = {};
 };
 
 /// Opens a regular file or a block device; anything else is refused, and no
@@ -70,11 +78,14 @@ MORVUNP_API BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD length, DWORD* read,
 MORVUNP_API BOOL WriteFile(HANDLE file, const void* buffer, DWORD length, DWORD* written,
                            OVERLAPPED*);
 /// Moves the file pointer by a 64-bit distance, its high half in `*high`, from
-/// where it is (the only method here). The new pointer comes back in two
-/// halves; INVALID_SET_FILE_POINTER with an error code on failure.
+/// the start, from where it is or from the end. The new pointer comes back in
+/// two halves. INVALID_SET_FILE_POINTER may be the low half of a far position:
+/// the error code, cleared by success, tells.
 MORVUNP_API DWORD SetFilePointer(HANDLE file, LONG low, LONG* high, DWORD method);
 /// Ends the file at the file pointer; what is added reads as zeros.
 MORVUNP_API BOOL SetEndOfFile(HANDLE file);
+/// Bytes, in two halves; failure shows as for SetFilePointer.
+MORVUNP_API DWORD GetFileSize(HANDLE file, DWORD* high);
 MORVUNP_API BOOL CloseHandle(HANDLE file);
 
 /// INVALID_FILE_ATTRIBUTES when the path does not exist. Looks at a symbolic

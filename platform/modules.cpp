@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/components.h"
 #include "platform/text.h"
 
 namespace {
@@ -21,9 +22,30 @@ struct ModulePlace {
   const char* path;
 };
 
-constexpr std::array<ModulePlace, 1> kPlaces{{
+constexpr std::array<ModulePlace, 7> kPlaces{{
     {L"Cabinet.dll", "morvunp/Cabinet.dll"},
+    {L"7zxa.dll", "/usr/lib/7zip/7z.so"},
+    {L"7zxa.dll", "/usr/lib/p7zip/7z.so"},
+    {L"7zxa.dll", "/usr/libexec/7zip/7z.so"},
+    {L"7zxa.dll", "/usr/lib64/7zip/7z.so"},
+    {L"7zxa.dll", "/usr/local/lib/7zip/7z.so"},
+    {L"7zxa.dll", "/usr/libexec/p7zip/7za.so"},
 }};
+
+using GetModuleProp = HRESULT (*)(PROPID, PROPVARIANT*);
+
+/// The 7-Zip engine is spoken to through plain tables of functions. One that
+/// has destructors in them (property 0 tells), or is too old to say, would
+/// crash.
+bool HasPlainInterfaces(void* module) {
+  const auto ask = reinterpret_cast<GetModuleProp>(dlsym(module, "GetModuleProp"));
+  PROPVARIANT type;
+  return ask != nullptr && ask(0, &type) == S_OK && type.vt == VT_UI4 && type.ulVal == 0;
+}
+
+bool IsUsable(LPCWSTR name, void* module) {
+  return _wcsicmp(name, L"7zxa.dll") != 0 || HasPlainInterfaces(module);
+}
 
 std::string RealPath(const char* path) {
   std::array<char, PATH_MAX> real{};
@@ -59,7 +81,9 @@ std::vector<std::string> PlacesOf(LPCWSTR name) {
 HMODULE LoadLibraryW(LPCWSTR name) {
   for (const std::string& path : PlacesOf(name)) {
     void* const module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (module != nullptr) return static_cast<HMODULE>(module);
+    if (module == nullptr) continue;
+    if (IsUsable(name, module)) return static_cast<HMODULE>(module);
+    dlclose(module);
   }
   SetLastError(ERROR_MOD_NOT_FOUND);
   return nullptr;

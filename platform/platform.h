@@ -10,14 +10,17 @@
 #include <fcntl.h>
 #include <fdi.h>
 #include <io.h>
+#include <oleauto.h>
 #include <share.h>
 #include <sys/stat.h>
 #include <time.h>
 #else
 #include "platform/cabinet/fdi.h"
+#include "platform/components.h"
 #include "platform/crt.h"
 #include "platform/files.h"
 #include "platform/framework.h"
+#include "platform/memory.h"
 #include "platform/modules.h"
 #include "platform/text.h"
 #include "platform/times.h"

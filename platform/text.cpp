@@ -1,6 +1,7 @@
 #include "platform/text.h"
 
 #include <wchar.h>
+#include <cwctype>
 
 #include <algorithm>
 
@@ -65,6 +66,13 @@ int WideCharToMultiByte(UINT codePage, DWORD, const wchar_t* wide, int length, c
   const std::string encoded = Encode({wide, static_cast<std::size_t>(length)}, CodePageOf(codePage),
                                      defaultChar != nullptr ? defaultChar : "?", usedDefault);
   return CopyOut(encoded, bytes, capacity);
+}
+
+wchar_t* CharUpperW(wchar_t* text) {
+  for (wchar_t* c = text; *c != 0; ++c) {
+    *c = static_cast<wchar_t>(std::towupper(static_cast<std::wint_t>(*c)));
+  }
+  return text;
 }
 
 int _wcsicmp(LPCWSTR left, LPCWSTR right) { return wcscasecmp(left, right); }

@@ -30,6 +30,8 @@ MORVUNP_API int WideCharToMultiByte(UINT codePage, DWORD flags, const wchar_t* w
 
 /// Compares ignoring case, in the locale. Below, equal or above 0.
 MORVUNP_API int _wcsicmp(LPCWSTR left, LPCWSTR right);
+/// Turns a text to upper case in place, by the locale, and returns it.
+MORVUNP_API wchar_t* CharUpperW(wchar_t* text);
 
 namespace platform {
 

@@ -78,6 +78,27 @@ BOOL LocalFileTimeToFileTime(const FILETIME* local, FILETIME* universal) {
   return TRUE;
 }
 
+BOOL FileTimeToLocalFileTime(const FILETIME* universal, FILETIME* local) {
+  const std::time_t seconds = platform::SecondsOfFileTime(*universal);
+  std::tm calendar{};
+  if (localtime_r(&seconds, &calendar) == nullptr) return platform::FailWithErrno(EINVAL);
+  *local = platform::FileTimeOfTimespec(seconds + calendar.tm_gmtoff, 0);
+  return TRUE;
+}
+
+BOOL CoFileTimeToDosDateTime(const FILETIME* time, WORD* date, WORD* dosTime) {
+  const std::time_t seconds = platform::SecondsOfFileTime(*time);
+  std::tm calendar{};
+  if (gmtime_r(&seconds, &calendar) == nullptr || calendar.tm_year < 80 ||
+      calendar.tm_year > 80 + 127) {
+    return platform::FailWithErrno(EINVAL);
+  }
+  *date = static_cast<WORD>((calendar.tm_year - 80) << 9 | (calendar.tm_mon + 1) << 5 |
+                            calendar.tm_mday);
+  *dosTime = static_cast<WORD>(calendar.tm_hour << 11 | calendar.tm_min << 5 | calendar.tm_sec / 2);
+  return TRUE;
+}
+
 __time64_t platform::TimeOfDosDateTime(WORD date, WORD time) {
   std::tm calendar = CalendarOfDosDateTime(date, time);
   return _mktime64(&calendar);

@@ -31,6 +31,12 @@ MORVUNP_API BOOL DosDateTimeToFileTime(WORD date, WORD time, FILETIME* result);
 /// places.
 MORVUNP_API BOOL LocalFileTimeToFileTime(const FILETIME* local, FILETIME* universal);
 
+/// Universal to local time, by the offset of that date (see above).
+MORVUNP_API BOOL FileTimeToLocalFileTime(const FILETIME* universal, FILETIME* local);
+/// A file time to an MS-DOS date and time of the same zone; odd seconds are
+/// rounded down. FALSE before 1980 and after 2107.
+MORVUNP_API BOOL CoFileTimeToDosDateTime(const FILETIME* time, WORD* date, WORD* dosTime);
+
 namespace platform {
 /// An MS-DOS date and time of the local zone as a time value; -1 when it has
 /// none.

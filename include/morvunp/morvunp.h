@@ -8,4 +8,5 @@
 #include "morvunp/outputplace.h"
 #include "morvunp/rarunpacker.h"
 #include "morvunp/records.h"
+#include "morvunp/sevenzipunpacker.h"
 #include "morvunp/unpacker.h"

@@ -1,0 +1,66 @@
+#include "sevenzip/opencallback.h"
+
+#include "frame/itempath.h"
+#include "sevenzip/filestreams.h"
+#include "sevenzip/guarded.h"
+#include "sevenzip/property.h"
+
+namespace sevenzip {
+
+bool C7zmvOpenCallback::Init(const std::wstring& firstVolume) {
+  m_strFolderPrefix = firstVolume.substr(0, firstVolume.rfind(frame::kSeparator) + 1);
+  return LookUp(firstVolume);
+}
+
+bool C7zmvOpenCallback::LookUp(const std::wstring& path) {
+  const HANDLE search = FindFirstFileW(path.c_str(), &m_volumeInfo);
+  if (search == INVALID_HANDLE_VALUE) return false;
+  FindClose(search);
+  return true;
+}
+
+HRESULT C7zmvOpenCallback::GetProperty(PROPID id, PROPVARIANT* value) {
+  *value = {};
+  const DWORD attributes = m_volumeInfo.dwFileAttributes;
+  switch (id) {
+    case kpidName:
+      Put(value, std::wstring(m_volumeInfo.cFileName));
+      break;
+    case kpidIsDir:
+      PutBool(value, (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0);
+      break;
+    case kpidSize:
+      Put(value, ULONGLONG{m_volumeInfo.nFileSizeHigh} << 32 | m_volumeInfo.nFileSizeLow);
+      break;
+    case kpidAttrib:
+      Put(value, attributes);
+      break;
+    case kpidCTime:
+      Put(value, m_volumeInfo.ftCreationTime);
+      break;
+    case kpidATime:
+      Put(value, m_volumeInfo.ftLastAccessTime);
+      break;
+    case kpidMTime:
+      Put(value, m_volumeInfo.ftLastWriteTime);
+      break;
+    default:
+      break;
+  }
+  return S_OK;
+}
+
+HRESULT C7zmvOpenCallback::GetStream(const wchar_t* name, IInStream** stream) {
+  *stream = nullptr;
+  return Guarded([&]() -> HRESULT {
+    const std::wstring path = m_strFolderPrefix + name;
+    if (!LookUp(path)) return S_FALSE;
+    if ((m_volumeInfo.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) return S_FALSE;
+    auto file = Create<CInFileStream>();
+    if (!file->Open(path)) return static_cast<HRESULT>(GetLastError());
+    *stream = file.Detach();
+    return S_OK;
+  });
+}
+
+}  // namespace sevenzip

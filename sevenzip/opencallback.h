@@ -1,0 +1,54 @@
+// What the engine asks while it opens an archive.
+#pragma once
+
+#include <string>
+
+#include "sevenzip/component.h"
+#include "sevenzip/interfaces.h"
+#include "sevenzip/password.h"
+
+namespace sevenzip {
+
+/// Of an archive in one file.
+class C7zOpenCallback final : public Component<Answers<ICryptoGetTextPassword>,
+                                               ICryptoGetTextPassword, IArchiveOpenCallback> {
+ public:
+  HRESULT SetTotal(const ULONGLONG*, const ULONGLONG*) override { return S_OK; }
+  HRESULT SetCompleted(const ULONGLONG*, const ULONGLONG*) override { return S_OK; }
+  HRESULT CryptoGetTextPassword(BSTR* password) override { return m_password.Get(password); }
+
+  Password& GivenPassword() { return m_password; }
+
+ private:
+  Password m_password;
+};
+
+/// Of a set of volumes: finds the volumes in the folder of the first one.
+class C7zmvOpenCallback final
+    : public Component<Answers<IArchiveOpenVolumeCallback, ICryptoGetTextPassword>,
+                       IArchiveOpenVolumeCallback, ICryptoGetTextPassword, IArchiveOpenCallback> {
+ public:
+  /// Looks the first volume up. False when it does not exist.
+  bool Init(const std::wstring& firstVolume);
+
+  HRESULT SetTotal(const ULONGLONG*, const ULONGLONG*) override { return S_OK; }
+  HRESULT SetCompleted(const ULONGLONG*, const ULONGLONG*) override { return S_OK; }
+  /// Of the volume that was found last.
+  HRESULT GetProperty(PROPID id, PROPVARIANT* value) override;
+  /// S_FALSE when there is no such volume; the error code of the system itself
+  /// when it cannot be opened.
+  HRESULT GetStream(const wchar_t* name, IInStream** stream) override;
+  HRESULT CryptoGetTextPassword(BSTR* password) override { return m_password.Get(password); }
+
+  Password& GivenPassword() { return m_password; }
+
+ private:
+  bool LookUp(const std::wstring& path);
+
+  Password m_password;
+  /// The path up to its last backslash and with it; empty without one.
+  std::wstring m_strFolderPrefix;
+  WIN32_FIND_DATAW m_volumeInfo;
+};
+
+}  // namespace sevenzip

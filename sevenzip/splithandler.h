@@ -1,0 +1,55 @@
+// Split sets as an archive of one item, behind the engine's own interfaces.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "sevenzip/component.h"
+#include "sevenzip/interfaces.h"
+
+namespace NArchive::NSplit {
+
+using sevenzip::ComPtr;
+using sevenzip::IArchiveExtractCallback;
+using sevenzip::IArchiveOpenCallback;
+using sevenzip::IArchiveOpenVolumeCallback;
+using sevenzip::IInStream;
+
+/// Plain pieces of one file. Open finds them through the open callback's
+/// IArchiveOpenVolumeCallback; GetStream joins them.
+class CHandler final : public sevenzip::Component<
+                           sevenzip::Answers<sevenzip::IInArchive, sevenzip::IInArchiveGetStream>,
+                           sevenzip::IInArchive, sevenzip::IInArchiveGetStream> {
+ public:
+  /// S_FALSE when the callback finds no volumes or the file it knows is not
+  /// named like a first volume. The first volume that is missing ends the set.
+  HRESULT Open(IInStream* stream, const ULONGLONG* maxCheckStartPosition,
+               IArchiveOpenCallback* callback) override;
+  HRESULT Close() override;
+  HRESULT GetNumberOfItems(DWORD* count) override;
+  HRESULT GetProperty(DWORD index, PROPID id, PROPVARIANT* value) override;
+  HRESULT Extract(const DWORD* indices, DWORD count, LONG testMode,
+                  IArchiveExtractCallback* callback) override;
+  HRESULT GetArchiveProperty(PROPID id, PROPVARIANT* value) override;
+  HRESULT GetNumberOfProperties(DWORD* count) override;
+  HRESULT GetPropertyInfo(DWORD index, BSTR* name, PROPID* id, VARTYPE* type) override;
+  HRESULT GetNumberOfArchiveProperties(DWORD* count) override;
+  HRESULT GetArchivePropertyInfo(DWORD index, BSTR* name, PROPID* id, VARTYPE* type) override;
+
+  /// The joined stream, which keeps the volumes open.
+  HRESULT GetStream(DWORD index, sevenzip::ISequentialInStream** stream) override;
+
+ private:
+  HRESULT OpenVolumes(IInStream* first, IArchiveOpenCallback& callback,
+                      IArchiveOpenVolumeCallback& volumes);
+  HRESULT AddVolume(IInStream* stream, IArchiveOpenCallback& callback,
+                    IArchiveOpenVolumeCallback& volumes);
+  HRESULT CopyVolumes(sevenzip::ISequentialOutStream* out, IArchiveExtractCallback& callback);
+
+  std::wstring m_strSubName;
+  std::vector<ComPtr<IInStream>> m_arrStreams;
+  std::vector<ULONGLONG> m_arrSizes;
+  ULONGLONG m_nTotalSize = 0;
+};
+
+}  // namespace NArchive::NSplit

@@ -26,15 +26,18 @@ namespace {
 
 static_assert(std::is_same_v<UNRARCALLBACK, Callback>);
 static_assert(kSuccess == ERAR_SUCCESS && kEndOfArchive == ERAR_END_ARCHIVE &&
-              kBadData == ERAR_BAD_DATA && kCannotOpen == ERAR_EOPEN &&
-              kCannotCreate == ERAR_ECREATE && kCannotWrite == ERAR_EWRITE &&
-              kMissingPassword == ERAR_MISSING_PASSWORD && kBadPassword == ERAR_BAD_PASSWORD);
+              kNoMemory == ERAR_NO_MEMORY && kBadData == ERAR_BAD_DATA &&
+              kCannotOpen == ERAR_EOPEN && kCannotCreate == ERAR_ECREATE &&
+              kCannotWrite == ERAR_EWRITE && kMissingPassword == ERAR_MISSING_PASSWORD &&
+              kBadPassword == ERAR_BAD_PASSWORD);
 static_assert(kChangeVolume == static_cast<Message>(UCM_CHANGEVOLUME) &&
               kProcessData == static_cast<Message>(UCM_PROCESSDATA) &&
               kNeedPassword == static_cast<Message>(UCM_NEEDPASSWORD) &&
               kVolumeMissing == RAR_VOL_ASK);
 
 constexpr unsigned kUnixHost = 3;
+/// The first version that keeps a check of the password.
+constexpr DWORD kRar5 = 50;
 constexpr unsigned kRedirectsToHardLink = 4;
 constexpr unsigned kRedirectsToCopy = 5;
 
@@ -80,6 +83,7 @@ struct Engine::Buffers {
 
 bool Header::IsFolder() const { return (flags & RHDF_DIRECTORY) != 0; }
 bool Header::IsEncrypted() const { return (flags & RHDF_ENCRYPTED) != 0; }
+bool Header::HidesWrongPassword() const { return IsEncrypted() && unpackVersion < kRar5; }
 bool Header::IsSplitAfter() const { return (flags & RHDF_SPLITAFTER) != 0; }
 bool Header::IsContinuation() const { return (flags & RHDF_SPLITBEFORE) != 0; }
 

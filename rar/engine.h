@@ -18,6 +18,7 @@ namespace rar {
 enum Code : int {
   kSuccess = 0,
   kEndOfArchive = 10,
+  kNoMemory = 11,
   kBadData = 12,
   kCannotOpen = 15,
   kCannotCreate = 16,
@@ -65,6 +66,8 @@ struct Header {
   /// A folder of its own, not a link to one.
   bool IsPlainFolder() const { return IsFolder() && redirection == Redirection::kNone; }
   bool IsEncrypted() const;
+  /// Encrypted, and a wrong password shows no otherwise than damage.
+  bool HidesWrongPassword() const;
   /// The file goes on in the next volume.
   bool IsSplitAfter() const;
   /// The file began in an earlier volume: this is no item of its own.

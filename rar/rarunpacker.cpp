@@ -114,12 +114,7 @@ bool CRarUnpacker::FindNextFile() {
 }
 
 int CRarUnpacker::PassOver() {
-  // What follows in a solid archive builds on this item, so that even passing
-  // over it may take a password.
-  const rar::Callbacks callbacks(*m_hArchive,
-                                 m_hArchive->NeedsPasswordToSkip() ? CallbackProc : nullptr, this);
   const int code = m_hArchive->Skip();
-  ThrowAgain();
   if (code != rar::kSuccess) {
     m_nWalkProblem = ProblemOf(code, m_hArchive->Current().HidesWrongPassword());
   }

@@ -64,19 +64,19 @@ std::size_t FoldersIn(std::wstring_view path) {
 /// The engine has said that all went well, which does not mean that there is a
 /// file: it makes no link that it takes for unsafe, and says nothing.
 RarProblem LookAt(const std::wstring& path, const rar::Header& header, std::size_t depth) {
+  // The engine heeds neither the umask of now nor the danger of set-uid. This
+  // fails for a link, where nothing is, and where files have no modes.
+  const DWORD mode = FILE_ATTRIBUTE_UNIX_EXTENSION | ModeOf(header) << 16;
+  if (SetFileAttributesW(path.c_str(), mode) != FALSE) return RarProblem::kNone;
   const DWORD attributes = GetFileAttributesW(path.c_str());
   const bool isLink = header.redirection == rar::Redirection::kSymbolicLink;
   if (attributes == INVALID_FILE_ATTRIBUTES) {
     return isLink ? RarProblem::kUnsafeLink : RarProblem::kCannotWrite;
   }
-  if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
-    if (rar::StaysInside(platform::LinkTarget(path), depth)) return RarProblem::kNone;
-    DeleteFileW(path.c_str());
-    return RarProblem::kUnsafeLink;
-  }
-  // The engine heeds neither the umask of now nor the danger of set-uid.
-  SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_UNIX_EXTENSION | ModeOf(header) << 16);
-  return RarProblem::kNone;
+  if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) return RarProblem::kNone;
+  if (rar::StaysInside(platform::LinkTarget(path), depth)) return RarProblem::kNone;
+  DeleteFileW(path.c_str());
+  return RarProblem::kUnsafeLink;
 }
 
 }  // namespace

@@ -212,6 +212,20 @@ class Workplace:
         remove(self.folder)
 
 
+def verify(options, tree, archive):
+    """A fast wrong answer is worth nothing: the output must equal the tree."""
+    out = options.work / "verify"
+    remove(out)
+    out.mkdir()
+    execute([str(options.morvunp), "extract", "-q", str(archive), "-C", str(out)], OURS)
+    different = differences(tree, out)
+    remove(out)
+    if different:
+        sys.exit(f"morvunp's output differs from {tree} in {len(different)} paths, "
+                 f"first {different[0]}")
+    print(f"\nverified: what morvunp extracts from {archive.name} equals its source tree")
+
+
 def version_of(contender):
     if not contender.version:
         return ""

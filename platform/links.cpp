@@ -57,7 +57,12 @@ BOOL MoveFileExW(LPCWSTR existing, LPCWSTR path, DWORD flags) {
   const std::string from = platform::ToNativePath(existing);
   const std::string to = platform::ToNativePath(path);
   if ((flags & MOVEFILE_REPLACE_EXISTING) != 0) return ResultOf(rename(from.c_str(), to.c_str()));
-  return ResultOf(renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE));
+  const int renamed = renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE);
+  if (renamed == 0 || errno != EINVAL) return ResultOf(renamed);
+  // A file system that cannot do both at once.
+  struct stat status {};
+  if (lstat(to.c_str(), &status) == 0) return platform::FailWithErrno(EEXIST);
+  return ResultOf(rename(from.c_str(), to.c_str()));
 }
 
 BOOL CopyFileW(LPCWSTR existing, LPCWSTR path, BOOL failIfExists) {

@@ -5,11 +5,11 @@
 
 namespace rar {
 
-/// The engine calls `callback` while this lives; none when it is null.
+/// The engine calls `callback` while this lives.
 class Callbacks {
  public:
   Callbacks(Engine& engine, Callback callback, void* userData) : m_engine(engine) {
-    if (callback != nullptr) m_engine.SetCallback(callback, reinterpret_cast<LPARAM>(userData));
+    m_engine.SetCallback(callback, reinterpret_cast<LPARAM>(userData));
   }
   ~Callbacks() { m_engine.ClearCallback(); }
   Callbacks(const Callbacks&) = delete;

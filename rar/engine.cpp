@@ -26,15 +26,18 @@ namespace {
 
 static_assert(std::is_same_v<UNRARCALLBACK, Callback>);
 static_assert(kSuccess == ERAR_SUCCESS && kEndOfArchive == ERAR_END_ARCHIVE &&
-              kBadData == ERAR_BAD_DATA && kCannotOpen == ERAR_EOPEN &&
-              kCannotCreate == ERAR_ECREATE && kCannotWrite == ERAR_EWRITE &&
-              kMissingPassword == ERAR_MISSING_PASSWORD && kBadPassword == ERAR_BAD_PASSWORD);
+              kNoMemory == ERAR_NO_MEMORY && kBadData == ERAR_BAD_DATA &&
+              kCannotOpen == ERAR_EOPEN && kCannotCreate == ERAR_ECREATE &&
+              kCannotWrite == ERAR_EWRITE && kMissingPassword == ERAR_MISSING_PASSWORD &&
+              kBadPassword == ERAR_BAD_PASSWORD);
 static_assert(kChangeVolume == static_cast<Message>(UCM_CHANGEVOLUME) &&
               kProcessData == static_cast<Message>(UCM_PROCESSDATA) &&
               kNeedPassword == static_cast<Message>(UCM_NEEDPASSWORD) &&
               kVolumeMissing == RAR_VOL_ASK);
 
 constexpr unsigned kUnixHost = 3;
+/// The first version that keeps a check of the password.
+constexpr DWORD kRar5 = 50;
 constexpr unsigned kRedirectsToHardLink = 4;
 constexpr unsigned kRedirectsToCopy = 5;
 
@@ -76,109 +79,166 @@ struct Engine::Buffers {
   RARHeaderDataEx header{};
   std::array<char, 16384> comment{};
   std::array<wchar_t, kEngineNameCapacity> source{};
+
+  void* Open(const std::wstring& path, unsigned mode);
+  int ReadHeader(void* archive);
+  Header DecodedHeader() const;
+  bool HasOpened(unsigned flag) const { return (request.Flags & flag) != 0; }
+};
+
+/// An archive that the engine has opened.
+class Engine::Stream {
+ public:
+  explicit Stream(void* archive) : m_hArchive(archive) {}
+  ~Stream() { Close(); }
+  Stream(const Stream&) = delete;
+  Stream& operator=(const Stream&) = delete;
+
+  bool Close() {
+    return m_hArchive != nullptr &&
+           RARCloseArchive(std::exchange(m_hArchive, nullptr)) != ERAR_ECLOSE;
+  }
+  void SetPassword(std::string& password) { RARSetPassword(m_hArchive, password.data()); }
+  void SetCallback(Callback callback, LPARAM userData) {
+    RARSetCallback(m_hArchive, callback, userData);
+  }
+  int ReadHeader(Buffers& buffers) { return buffers.ReadHeader(m_hArchive); }
+  int Skip() { return RARProcessFileW(m_hArchive, RAR_SKIP, nullptr, nullptr); }
+  int Extract(wchar_t* path) { return RARProcessFileW(m_hArchive, RAR_EXTRACT, nullptr, path); }
+
+ private:
+  void* m_hArchive;
 };
 
 bool Header::IsFolder() const { return (flags & RHDF_DIRECTORY) != 0; }
 bool Header::IsEncrypted() const { return (flags & RHDF_ENCRYPTED) != 0; }
+bool Header::HidesWrongPassword() const { return IsEncrypted() && unpackVersion < kRar5; }
 bool Header::IsSplitAfter() const { return (flags & RHDF_SPLITAFTER) != 0; }
 bool Header::IsContinuation() const { return (flags & RHDF_SPLITBEFORE) != 0; }
 
+void* Engine::Buffers::Open(const std::wstring& path, unsigned mode) {
+  std::wstring name = ToEngineName(path);
+  request = {};
+  request.ArcNameW = name.data();
+  request.OpenMode = mode;
+  request.CmtBuf = comment.data();
+  request.CmtBufSize = static_cast<unsigned>(comment.size());
+  return RAROpenArchiveEx(&request);
+}
+
+int Engine::Buffers::ReadHeader(void* archive) {
+  header.CmtBuf = nullptr;
+  header.RedirName = source.data();
+  header.RedirNameSize = static_cast<unsigned>(source.size());
+  source[0] = 0;
+  return RARReadHeaderEx(archive, &header);
+}
+
+Header Engine::Buffers::DecodedHeader() const {
+  // A name that fills the whole field has no terminating zero.
+  const std::size_t length = wcsnlen(header.FileNameW, std::size(header.FileNameW));
+  const std::size_t sourceLength = wcsnlen(source.data(), source.size());
+  return {.path = FromEngineName({header.FileNameW, length}),
+          .isPathCut = length == std::size(header.FileNameW),
+          .flags = header.Flags,
+          .packedSize = Join(header.PackSizeHigh, header.PackSize),
+          .unpackedSize = Join(header.UnpSizeHigh, header.UnpSize),
+          .crc = header.FileCRC,
+          .time = header.FileTime,
+          .modified = {header.MtimeLow, header.MtimeHigh},
+          .unpackVersion = header.UnpVer,
+          .method = header.Method,
+          .attributes = header.FileAttr,
+          .isUnix = header.HostOS == kUnixHost,
+          .redirection = RedirectionOf(header),
+          .source = FromEngineName({source.data(), sourceLength})};
+}
+
 Engine::Engine() : m_pBuffers(std::make_unique<Buffers>()) {}
 
-Engine::~Engine() { Close(); }
+Engine::~Engine() = default;
 
 bool Engine::Open(const std::wstring& path) {
   Close();
-  std::wstring name = ToEngineName(path);
-  RAROpenArchiveDataEx& request = m_pBuffers->request;
-  request = {};
-  request.ArcNameW = name.data();
-  request.OpenMode = RAR_OM_EXTRACT;
-  request.CmtBuf = m_pBuffers->comment.data();
-  request.CmtBufSize = static_cast<unsigned>(m_pBuffers->comment.size());
-  m_hArchive = RAROpenArchiveEx(&request);
-  m_bHasItem = false;
-  m_bAtStart = true;
+  m_nWalked = 0;
+  m_nFollowed = 0;
   m_nLost = kSuccess;
-  return m_hArchive != nullptr && request.OpenResult == ERAR_SUCCESS;
+  void* const archive = m_pBuffers->Open(path, RAR_OM_EXTRACT);
+  if (archive == nullptr) return false;
+  m_pWalk = std::make_unique<Stream>(archive);
+  if (m_pBuffers->request.OpenResult != ERAR_SUCCESS) return false;
+  if (!m_pBuffers->HasOpened(ROADF_SOLID)) return true;
+  void* const listing = m_pBuffers->Open(path, RAR_OM_LIST);
+  if (listing == nullptr) return false;
+  m_pData = std::exchange(m_pWalk, std::make_unique<Stream>(listing));
+  return m_pBuffers->request.OpenResult == ERAR_SUCCESS;
 }
 
 bool Engine::Close() {
-  // The engine's answer to a null handle.
-  if (m_hArchive == nullptr) return false;
-  const int code = RARCloseArchive(std::exchange(m_hArchive, nullptr));
   m_bHasItem = false;
-  return code != ERAR_ECLOSE;
+  m_pData.reset();
+  const std::unique_ptr<Stream> walk = std::move(m_pWalk);
+  return walk != nullptr && walk->Close();
 }
 
-bool Engine::HasEncryptedHeaders() const {
-  return (m_pBuffers->request.Flags & ROADF_ENCHEADERS) != 0;
-}
+bool Engine::IsOpen() const { return m_pWalk != nullptr; }
+
+bool Engine::HasEncryptedHeaders() const { return m_pBuffers->HasOpened(ROADF_ENCHEADERS); }
 
 void Engine::SetPassword(std::string password) {
-  if (IsOpen()) RARSetPassword(m_hArchive, password.data());
+  if (m_pWalk != nullptr) m_pWalk->SetPassword(password);
+  if (m_pData != nullptr) m_pData->SetPassword(password);
 }
 
 int Engine::ReadHeader() {
   if (!IsOpen()) return ERAR_UNKNOWN;
-  if (m_nLost != kSuccess) return m_nLost;
-  RARHeaderDataEx& data = m_pBuffers->header;
-  data.CmtBuf = nullptr;
-  data.RedirName = m_pBuffers->source.data();
-  data.RedirNameSize = static_cast<unsigned>(m_pBuffers->source.size());
-  m_pBuffers->source[0] = 0;
-  const int code = RARReadHeaderEx(m_hArchive, &data);
-  m_bHasItem = code == ERAR_SUCCESS;
-  if (!m_bHasItem) {
-    m_nLost = code;
-    return code;
-  }
-  m_bAtStart = false;
-  // A name that fills the whole field has no terminating zero.
-  const std::size_t length = wcsnlen(data.FileNameW, std::size(data.FileNameW));
-  const std::size_t sourceLength = wcsnlen(data.RedirName, m_pBuffers->source.size());
-  m_header = {.path = FromEngineName({data.FileNameW, length}),
-              .isPathCut = length == std::size(data.FileNameW),
-              .flags = data.Flags,
-              .packedSize = Join(data.PackSizeHigh, data.PackSize),
-              .unpackedSize = Join(data.UnpSizeHigh, data.UnpSize),
-              .crc = data.FileCRC,
-              .time = data.FileTime,
-              .modified = {data.MtimeLow, data.MtimeHigh},
-              .unpackVersion = data.UnpVer,
-              .method = data.Method,
-              .attributes = data.FileAttr,
-              .isUnix = data.HostOS == kUnixHost,
-              .redirection = RedirectionOf(data),
-              .source = FromEngineName({data.RedirName, sourceLength})};
-  return code;
-}
-
-bool Engine::NeedsPasswordToSkip() const {
-  const bool isSolid = (m_pBuffers->request.Flags & ROADF_SOLID) != 0;
-  return m_bHasItem && isSolid && m_header.IsEncrypted();
-}
-
-int Engine::Process(int operation, wchar_t* path) {
-  m_bHasItem = false;
-  const int code = RARProcessFileW(m_hArchive, operation, nullptr, path);
-  if (!KeepsItsPlace(code)) m_nLost = code;
-  return code;
+  if (m_nLost == kSuccess) m_nLost = m_pWalk->ReadHeader(*m_pBuffers);
+  m_bHasItem = m_nLost == kSuccess;
+  if (!m_bHasItem) return m_nLost;
+  ++m_nWalked;
+  m_header = m_pBuffers->DecodedHeader();
+  return kSuccess;
 }
 
 int Engine::Skip() {
-  if (m_bHasItem) m_nLost = Process(RAR_SKIP, nullptr);
+  if (std::exchange(m_bHasItem, false)) m_nLost = m_pWalk->Skip();
   return m_nLost;
 }
 
 int Engine::Extract(const std::wstring& path) {
   if (!m_bHasItem) return ERAR_UNKNOWN;
   std::wstring name = ToEngineName(path);
-  return Process(RAR_EXTRACT, name.data());
+  if (m_pData == nullptr) {
+    m_bHasItem = false;
+    const int code = m_pWalk->Extract(name.data());
+    if (!KeepsItsPlace(code)) m_nLost = code;
+    return code;
+  }
+  int code = Follow();
+  if (code == kSuccess) code = m_pData->Extract(name.data());
+  Skip();
+  if (!KeepsItsPlace(code)) m_nLost = code;
+  return code;
+}
+
+/// Brings the handle that extracts to the item in hand, decoding what lies
+/// between. Continuations are no items, and a listing leaves them out.
+int Engine::Follow() {
+  while (m_nFollowed < m_nWalked) {
+    const int code = m_pData->ReadHeader(*m_pBuffers);
+    if (code != kSuccess) return code;
+    const bool isContinuation = (m_pBuffers->header.Flags & RHDF_SPLITBEFORE) != 0;
+    if (!isContinuation && ++m_nFollowed == m_nWalked) break;
+    const int skipped = m_pData->Skip();
+    // What is damaged may still leave later items whole.
+    if (skipped == ERAR_BAD_PASSWORD || !KeepsItsPlace(skipped)) return skipped;
+  }
+  return m_pBuffers->DecodedHeader().path == m_header.path ? kSuccess : ERAR_UNKNOWN;
 }
 
 void Engine::SetCallback(Callback callback, LPARAM userData) {
-  if (IsOpen()) RARSetCallback(m_hArchive, callback, userData);
+  if (m_pWalk != nullptr) m_pWalk->SetCallback(callback, userData);
+  if (m_pData != nullptr) m_pData->SetCallback(callback, userData);
 }
 
 void Engine::ClearCallback() { SetCallback(nullptr, 0); }

@@ -5,6 +5,11 @@
 // item is then extracted or passed over, once. After some failures it has lost
 // its place, and only opening the archive again helps. This object keeps
 // account of both, so that callers cannot get out of step.
+//
+// In a solid archive each item builds on those before it, and passing over one
+// costs as much as extracting it. There the headers are walked on a handle of
+// their own, opened for listing, which decodes nothing and needs no password;
+// the one that extracts follows when an item is wanted.
 #pragma once
 
 #include <memory>
@@ -18,6 +23,7 @@ namespace rar {
 enum Code : int {
   kSuccess = 0,
   kEndOfArchive = 10,
+  kNoMemory = 11,
   kBadData = 12,
   kCannotOpen = 15,
   kCannotCreate = 16,
@@ -65,6 +71,8 @@ struct Header {
   /// A folder of its own, not a link to one.
   bool IsPlainFolder() const { return IsFolder() && redirection == Redirection::kNone; }
   bool IsEncrypted() const;
+  /// Encrypted, and a wrong password shows no otherwise than damage.
+  bool HidesWrongPassword() const;
   /// The file goes on in the next volume.
   bool IsSplitAfter() const;
   /// The file began in an earlier volume: this is no item of its own.
@@ -82,7 +90,7 @@ class Engine {
   bool Open(const std::wstring& path);
   /// False when the engine could not close the archive, or none was open.
   bool Close();
-  bool IsOpen() const { return m_hArchive != nullptr; }
+  bool IsOpen() const;
   /// The headers of the archive opened last are encrypted.
   bool HasEncryptedHeaders() const;
   void SetPassword(std::string password);
@@ -94,9 +102,7 @@ class Engine {
   /// A header was read and its item is neither extracted nor passed over.
   bool HasItem() const { return m_bHasItem; }
   /// No header has been read since the archive was opened.
-  bool IsAtStart() const { return m_bAtStart; }
-  /// Passing over the item takes its password, because later ones build on it.
-  bool NeedsPasswordToSkip() const;
+  bool IsAtStart() const { return m_nWalked == 0; }
   /// Passes over the item; kSuccess at once when there is none. A walk ends
   /// where this fails.
   int Skip();
@@ -109,15 +115,21 @@ class Engine {
   void ClearCallback();
 
  private:
+  class Stream;
   struct Buffers;
 
-  int Process(int operation, wchar_t* path);
+  int Follow();
 
-  void* m_hArchive = nullptr;
   std::unique_ptr<Buffers> m_pBuffers;
+  /// Walks the headers, and extracts unless the archive is solid.
+  std::unique_ptr<Stream> m_pWalk;
+  /// Extracts from a solid archive; null for another.
+  std::unique_ptr<Stream> m_pData;
   Header m_header;
+  /// Headers that were walked, and those that m_pData has followed.
+  ULONGLONG m_nWalked = 0;
+  ULONGLONG m_nFollowed = 0;
   bool m_bHasItem = false;
-  bool m_bAtStart = true;
   /// The failure after which the engine has lost its place, or kSuccess.
   int m_nLost = kSuccess;
 };

@@ -64,19 +64,19 @@ std::size_t FoldersIn(std::wstring_view path) {
 /// The engine has said that all went well, which does not mean that there is a
 /// file: it makes no link that it takes for unsafe, and says nothing.
 RarProblem LookAt(const std::wstring& path, const rar::Header& header, std::size_t depth) {
+  // The engine heeds neither the umask of now nor the danger of set-uid. This
+  // fails for a link, where nothing is, and where files have no modes.
+  const DWORD mode = FILE_ATTRIBUTE_UNIX_EXTENSION | ModeOf(header) << 16;
+  if (SetFileAttributesW(path.c_str(), mode) != FALSE) return RarProblem::kNone;
   const DWORD attributes = GetFileAttributesW(path.c_str());
   const bool isLink = header.redirection == rar::Redirection::kSymbolicLink;
   if (attributes == INVALID_FILE_ATTRIBUTES) {
     return isLink ? RarProblem::kUnsafeLink : RarProblem::kCannotWrite;
   }
-  if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
-    if (rar::StaysInside(platform::LinkTarget(path), depth)) return RarProblem::kNone;
-    DeleteFileW(path.c_str());
-    return RarProblem::kUnsafeLink;
-  }
-  // The engine heeds neither the umask of now nor the danger of set-uid.
-  SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_UNIX_EXTENSION | ModeOf(header) << 16);
-  return RarProblem::kNone;
+  if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) return RarProblem::kNone;
+  if (rar::StaysInside(platform::LinkTarget(path), depth)) return RarProblem::kNone;
+  DeleteFileW(path.c_str());
+  return RarProblem::kUnsafeLink;
 }
 
 }  // namespace
@@ -110,7 +110,8 @@ bool CRarUnpacker::UnpackItem(const std::wstring& name, const std::wstring& fold
   const std::wstring path = OutputPath(name, folder);
   if (path.empty()) return Report(RarProblem::kCannotWrite);
   if (path.size() > rar::kLongestOutputPath) return Report(RarProblem::kUnsafeName);
-  if (!MayReplace(path)) return false;
+  const bool isNew = !frame::FileExists(path);
+  if (!isNew && !MayReplace(path)) return false;
   m_state.m_bCancel = 0;
   m_state.m_bStopRequest = 0;
   frame::SendProgress(m_state, 0, m_strCurrentName);
@@ -118,7 +119,8 @@ bool CRarUnpacker::UnpackItem(const std::wstring& name, const std::wstring& fold
   const bool isInRun = m_pRun != nullptr && folder.starts_with(m_pRun->target);
   const std::size_t above = isInRun ? m_pRun->target.size() : folder.size();
   const std::wstring& target = m_state.m_strLastTarget;
-  const RarProblem problem = Write(path, FoldersIn(target.substr(above + 1)));
+  const std::size_t depth = FoldersIn(target.substr(above + 1));
+  const RarProblem problem = isNew ? Write(path, depth) : Replace(path, depth);
   if (problem != RarProblem::kNone) {
     if (m_state.m_bCancel == 0) Report(problem);
     return false;
@@ -147,10 +149,10 @@ std::wstring CRarUnpacker::OutputPath(const std::wstring& name, const std::wstri
   return frame::Join(m_pRun->resolvedFolder, frame::NameOf(name));
 }
 
+/// Decides where something exists.
 bool CRarUnpacker::MayReplace(const std::wstring& path) {
   // An archive that is being read is not to be replaced by its own content.
-  const bool isArchive = frame::FileExists(path) && path == platform::ResolvedPath(m_strArchive);
-  if (isArchive) return Report(RarProblem::kCannotWrite);
+  if (path == platform::ResolvedPath(m_strArchive)) return Report(RarProblem::kCannotWrite);
   const frame::NewFile item{m_nTotal, TimeOfDosDateTime(m_nFileTime)};
   m_state.m_bCancel = 0;
   if (frame::MayWrite(m_state, m_state.m_strLastTarget, item, frame::Protection::kLeave)) {
@@ -160,13 +162,16 @@ bool CRarUnpacker::MayReplace(const std::wstring& path) {
   return false;
 }
 
-RarProblem CRarUnpacker::Write(const std::wstring& path, std::size_t depth) {
+RarProblem CRarUnpacker::Replace(const std::wstring& path, std::size_t depth) {
   rar::ExistingFile existing(path);
   if (!existing.IsAway()) return RarProblem::kCannotWrite;
-  const bool isRepetition = IsRepetition(m_hArchive->Current());
-  const RarProblem problem = isRepetition ? Repeat(path) : Extract(path, depth);
+  const RarProblem problem = Write(path, depth);
   if (problem == RarProblem::kNone) existing.Discard();
   return problem;
+}
+
+RarProblem CRarUnpacker::Write(const std::wstring& path, std::size_t depth) {
+  return IsRepetition(m_hArchive->Current()) ? Repeat(path) : Extract(path, depth);
 }
 
 RarProblem CRarUnpacker::Extract(const std::wstring& path, std::size_t depth) {
@@ -176,7 +181,7 @@ RarProblem CRarUnpacker::Extract(const std::wstring& path, std::size_t depth) {
   if (m_state.m_bCancel != 0) return RarProblem::kCannotWrite;
   if (code == rar::kSuccess) return LookAt(path, header, depth);
   rar::ShowProblem(code);
-  return ProblemOf(code, header.IsEncrypted());
+  return ProblemOf(code, header.HidesWrongPassword());
 }
 
 /// Writes a hard link or a copy, which the engine would look for in the folder
@@ -243,8 +248,9 @@ bool CRarUnpacker::UnpackItems(const std::wstring& target, PlaceOf placeOf) {
     return placeOf(info.strPath, header.IsPlainFolder());
   };
   const auto isSafe = [this] {
-    const std::wstring& path = m_hArchive->Current().path;
-    return IsSafeItem(path, frame::NameOf(path)) || Report(RarProblem::kUnsafeName);
+    const rar::Header& header = m_hArchive->Current();
+    const bool isSafePath = IsSafeItem(header.path, frame::NameOf(header.path));
+    return (isSafePath && !header.isPathCut) || Report(RarProblem::kUnsafeName);
   };
   const bool result = frame::UnpackByWalking<RARFILEFULLINFO>(
       *this, m_state, target, [this](const std::wstring& folder) { UpdateFileTree(folder); }, place,

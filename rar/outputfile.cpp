@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "frame/filesystem.h"
 #include "frame/itempath.h"
+#include "platform/platform.h"
 
 namespace rar {
 namespace {
@@ -12,8 +12,7 @@ constexpr int kAttempts = 100;
 
 }  // namespace
 
-ExistingFile::ExistingFile(std::wstring path)
-    : m_strPath(std::move(path)), m_bAway(!frame::FileExists(m_strPath) || MoveAside()) {}
+ExistingFile::ExistingFile(std::wstring path) : m_strPath(std::move(path)), m_bAway(MoveAside()) {}
 
 ExistingFile::~ExistingFile() {
   if (!m_strAside.empty()) {

@@ -10,7 +10,7 @@ namespace rar {
 /// So it gets another name meanwhile, and its own back unless it is discarded.
 class ExistingFile {
  public:
-  /// Moves what is at `path` aside, if anything is.
+  /// Moves what is at `path` aside.
   explicit ExistingFile(std::wstring path);
   ~ExistingFile();
   ExistingFile(const ExistingFile&) = delete;

@@ -40,11 +40,6 @@ void ShowProblem(int code) {
 
 }  // namespace rar
 
-bool EndsRun(RarProblem problem) {
-  return problem == RarProblem::kNoPassword || problem == RarProblem::kMissingVolume ||
-         problem == RarProblem::kCannotWrite;
-}
-
 CRarUnpacker::CRarUnpacker() { m_state.m_iniUnpack.bConfirmReplace = 1; }
 
 // Settings, answers and windows.
@@ -104,6 +99,7 @@ bool CRarUnpacker::CloseArchive() { return m_hArchive->Close(); }
 
 bool CRarUnpacker::FindFile() {
   m_nWalkProblem = RarProblem::kNone;
+  m_bContinuations = 0;
   m_strMissingVolume.clear();
   const bool isOpen = m_hArchive->Open(m_strArchive);
   if (m_hArchive->HasEncryptedHeaders() && m_bPasswordSet != 0) UsePassword();
@@ -118,14 +114,9 @@ bool CRarUnpacker::FindNextFile() {
 }
 
 int CRarUnpacker::PassOver() {
-  // What follows in a solid archive builds on this item, so that even passing
-  // over it may take a password.
-  const rar::Callbacks callbacks(*m_hArchive,
-                                 m_hArchive->NeedsPasswordToSkip() ? CallbackProc : nullptr, this);
   const int code = m_hArchive->Skip();
-  ThrowAgain();
   if (code != rar::kSuccess) {
-    m_nWalkProblem = ProblemOf(code, m_hArchive->Current().IsEncrypted());
+    m_nWalkProblem = ProblemOf(code, m_hArchive->Current().HidesWrongPassword());
   }
   return code;
 }
@@ -143,6 +134,7 @@ int CRarUnpacker::ReadHeader() {
   m_strCurrentName = header.IsFolder() ? std::wstring_view() : frame::NameOf(header.path);
   m_nTotal = header.unpackedSize;
   m_nFileTime = header.time;
+  if (header.IsContinuation()) m_bContinuations = 1;
   return code;
 }
 
@@ -160,12 +152,16 @@ RarProblem CRarUnpacker::ProblemOf(int code, bool isEncrypted) const {
     case rar::kCannotCreate:
     case rar::kCannotWrite:
       return RarProblem::kCannotWrite;
+    case rar::kNoMemory:
+      return RarProblem::kNoMemory;
     default:
       return isEncrypted ? RarProblem::kWrongPasswordOrDamaged : RarProblem::kDamaged;
   }
 }
 
 RarProblem CRarUnpacker::GetWalkProblem() const { return m_nWalkProblem; }
+
+bool CRarUnpacker::HasContinuations() const { return m_bContinuations != 0; }
 
 namespace {
 

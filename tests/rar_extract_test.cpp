@@ -151,6 +151,15 @@ TEST_F(RarExtract, AsksForThePasswordOfFiles) {
   host.dialogAnswers = {TypePassword(L"secret")};
   EXPECT_TRUE(unpacker.UnpackFile(L"TOP.TXT", Target())) << "others come before it";
   EXPECT_EQ(ReadFile(folder.Path("out/TOP.TXT")), "top");
+  Set({.bConfirmReplace = 1});
+  WriteFile(folder.Path("out/DOCS/SUB/NUMBERS"), "old");
+  WriteFile(folder.Path("out/TOP.TXT"), "old");
+  WriteFile(folder.Path("out/DOCS/A.TXT"), "old");
+  host.dialogAnswers = {DialogAnswer::Press(kNo), DialogAnswer::Press(kYes),
+                        TypePassword(L"secret"), DialogAnswer::Press(kYes)};
+  EXPECT_TRUE(Unpack()) << "it builds on a file that was kept";
+  EXPECT_EQ(ReadFile(folder.Path("out/DOCS/SUB/NUMBERS")), "old");
+  EXPECT_EQ(ReadFile(folder.Path("out/DOCS/A.TXT")), "alpha\n");
 }
 
 TEST_F(RarExtract, TellsWrongEmptyAndCancelledPasswordsApart) {
@@ -172,7 +181,7 @@ TEST_F(RarExtract, TellsWrongEmptyAndCancelledPasswordsApart) {
     host.dialogAnswers = {answer};
     EXPECT_FALSE(Unpack());
     EXPECT_THAT(problems, ElementsAre(Pair(testing::_, RarProblem::kNoPassword)));
-    EXPECT_TRUE(EndsRun(problems.back().second));
+    EXPECT_EQ(unpacker.GetWalkProblem(), RarProblem::kNoPassword) << "the run ended there";
   }
   EXPECT_EQ(host.messageBoxes.size(), 3U) << "no message for these";
   EXPECT_EQ(ReadFile(folder.Path("out/DOCS/A.TXT")), "old");

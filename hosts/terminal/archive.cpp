@@ -149,9 +149,6 @@ Archive OpenArchiveFile(const std::string& path, const ArchiveSetup& setup) {
   throw CommandError(ShownNativePath(path) + ": not an archive that morvunp knows, or damaged");
 }
 
-namespace {
-
-/// Why the list of items is not all that the archive holds; none when it is.
 std::optional<std::string> ReasonOfGap(const CIsoUnpacker& unpacker) {
   if (unpacker.IsListComplete()) return std::nullopt;
   return "cut or damaged: not all of its folders could be read";
@@ -168,7 +165,15 @@ std::optional<std::string> ReasonOfGap(const CRarUnpacker& unpacker) {
   return "the list is cut short: " + ReasonOf(problem, {});
 }
 
-}  // namespace
+std::wstring SummaryOf(Archive& archive) {
+  return WithUnpacker(archive, [](auto& unpacker) {
+    std::wstring text = unpacker.GetArchiveOutputInfo();
+    if constexpr (requires { unpacker.HasContinuations(); }) {
+      if (unpacker.HasContinuations()) text += L"\n(each volume's part of a file counts as a file)";
+    }
+    return text;
+  });
+}
 
 int CheckComplete(Archive& archive, const std::string& path) {
   const auto reason =

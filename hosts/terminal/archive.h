@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -33,6 +34,13 @@ struct ArchiveSetup {
 /// Opens the file at `path`, a path of this system. Throws CommandError with
 /// the reason when it is no archive that can be used.
 Archive OpenArchiveFile(const std::string& path, const ArchiveSetup& setup);
+
+/// Why the last walk did not give all items of the archive; none when it did.
+std::optional<std::string> ReasonOfGap(const CIsoUnpacker& unpacker);
+std::optional<std::string> ReasonOfGap(const CRarUnpacker& unpacker);
+
+/// The library's text about the whole archive.
+std::wstring SummaryOf(Archive& archive);
 
 /// kExitComplete when the list of items is all that the archive holds;
 /// otherwise says that it is cut or damaged and gives kExitIncomplete.

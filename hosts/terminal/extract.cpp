@@ -183,7 +183,10 @@ int Extract(const ExtractCommand& command) {
   line.Start(watch.TotalBytes());
   for (const Run& run : request.runs) {
     if (interface.Stopped()) break;
-    WithUnpacker(archive, [&](auto& unpacker) { UnpackRun(unpacker, request, run, interface); });
+    WithUnpacker(archive, [&](auto& unpacker) {
+      UnpackRun(unpacker, request, run, interface);
+      if (ReasonOfGap(unpacker)) problems.EndRun();
+    });
   }
   line.Clear();
 

@@ -40,10 +40,11 @@ int Info(const std::string& archivePath, const std::vector<std::string>& paths,
   ListingInterface interface(password);
   Archive archive = OpenArchiveFile(archivePath, {.password = &interface.password});
   StandardOutput output;
-  if (!paths.empty()) return output.Finish(WriteSelections(archive, archivePath, paths, output));
-  const auto summary = WithUnpacker(archive, [](auto& u) { return u.GetArchiveOutputInfo(); });
-  output.Text() += ShownText(summary) + "\n";
-  return output.Finish(CheckComplete(archive, archivePath));
+  if (!paths.empty()) {
+    return output.Finish(interface.ExitCode(WriteSelections(archive, archivePath, paths, output)));
+  }
+  output.Text() += ShownText(SummaryOf(archive)) + "\n";
+  return output.Finish(interface.ExitCode(CheckComplete(archive, archivePath)));
 }
 
 }  // namespace terminal

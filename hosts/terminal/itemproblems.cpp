@@ -25,6 +25,8 @@ std::string ReasonOf(RarProblem problem, const std::wstring& detail) {
       return "refused: a link to or copy of an item that was not unpacked";
     case RarProblem::kCannotWrite:
       return "failed: could not be written";
+    case RarProblem::kNoMemory:
+      return "failed: it takes more memory than there is";
     default:
       return "damaged";
   }
@@ -32,7 +34,6 @@ std::string ReasonOf(RarProblem problem, const std::wstring& detail) {
 
 void ItemProblems::Add(const std::wstring& path, RarProblem problem, const std::wstring& detail) {
   reasons_.insert_or_assign(path, ReasonOf(problem, detail));
-  runEnded_ = runEnded_ || EndsRun(problem);
 }
 
 const std::string* ItemProblems::Find(const std::wstring& path) const {

@@ -19,7 +19,8 @@ class ItemProblems {
 
   /// Null when nothing was told of this item.
   const std::string* Find(const std::wstring& path) const;
-  /// A problem ended the run, so that items behind it were not reached.
+  /// A run has ended early, so that items behind were not reached.
+  void EndRun() { runEnded_ = true; }
   bool RunEnded() const { return runEnded_; }
 
  private:

@@ -33,8 +33,7 @@ void WriteTable(Archive& archive, StandardOutput& output) {
     AppendRow(output.Text(), item, times);
     return output.Pass();
   });
-  const auto summary = WithUnpacker(archive, [](auto& u) { return u.GetArchiveOutputInfo(); });
-  output.Text() += ShownText(summary) + "\n";
+  output.Text() += ShownText(SummaryOf(archive)) + "\n";
 }
 
 /// A time that was not recorded has no member.
@@ -100,7 +99,7 @@ int List(const std::string& archivePath, bool asJson, const std::optional<std::w
   } else {
     WriteTable(archive, output);
   }
-  return output.Finish(CheckComplete(archive, archivePath));
+  return output.Finish(interface.ExitCode(CheckComplete(archive, archivePath)));
 }
 
 }  // namespace terminal

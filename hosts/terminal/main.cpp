@@ -2,6 +2,7 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <exception>
 #include <new>
 #include <string>
@@ -27,6 +28,8 @@ int main(int argc, char** argv) {
   OccupyStandardStreams();
   // A reader that goes away must not end an unpack in the middle of a file.
   signal(SIGPIPE, SIG_IGN);
+  // Unless the zone is named, each conversion of a time looks at its file anew.
+  setenv("TZ", ":/etc/localtime", 0);
   try {
     return terminal::RunCommandLine(argc, argv);
   } catch (const std::bad_alloc&) {

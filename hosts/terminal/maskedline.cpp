@@ -25,7 +25,7 @@ class UnseenInput {
     unseen.c_lflag &= ~static_cast<tcflag_t>(ECHO | ICANON);
     tcsetattr(STDIN_FILENO, TCSAFLUSH, &unseen);
   }
-  ~UnseenInput() { tcsetattr(STDIN_FILENO, TCSAFLUSH, &previous_); }
+  ~UnseenInput() { tcsetattr(STDIN_FILENO, TCSADRAIN, &previous_); }
   UnseenInput(const UnseenInput&) = delete;
   UnseenInput& operator=(const UnseenInput&) = delete;
 
@@ -57,8 +57,10 @@ class MaskedLine {
   std::string text_;
 };
 
-std::optional<std::string> ReadMasked() {
+std::optional<std::string> ReadMasked(const std::string& prompt) {
+  // Before the prompt: what is typed in answer to it must not show.
   const UnseenInput unseen;
+  PrintToStderr(prompt);
   Keyboard keyboard;
   MaskedLine line;
   while (const auto key = keyboard.Next()) {
@@ -80,8 +82,7 @@ std::optional<std::string> ReadMasked() {
 std::optional<std::string> AskMasked(const std::string& prompt) {
   // Ctrl-C must not end the process while the terminal shows nothing.
   const InterruptGuard guard;
-  PrintToStderr(prompt);
-  auto line = ReadMasked();
+  auto line = ReadMasked(prompt);
   ForgetInterrupt();
   PrintToStderr("\n");
   return line;

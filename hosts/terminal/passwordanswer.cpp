@@ -47,7 +47,7 @@ std::wstring ReadPasswordFile(const std::string& path) {
 
 std::optional<std::wstring> PasswordAnswer::Get() {
   if (given_) return given_;
-  if (typed_ || !CanAsk()) return typed_;
+  if (typed_ || wasCancelled_ || !CanAsk()) return typed_;
   ++attempts_;
   const auto line = AskMasked("Password: ");
   wasCancelled_ = !line;

@@ -18,7 +18,7 @@ class PasswordAnswer {
   /// `given` is from a file; none to ask.
   explicit PasswordAnswer(std::optional<std::wstring> given) : given_(std::move(given)) {}
 
-  /// None when nobody can be asked, or the question was cancelled.
+  /// None when nobody can be asked, or the question was cancelled once.
   std::optional<std::wstring> Get();
   /// The last answer was wrong. True when it makes sense to ask again.
   bool Reject();

@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "exitcode.h"
 #include "passwordanswer.h"
 #include "platform/userinterface.h"
 #include "progressline.h"
@@ -58,6 +59,9 @@ class TerminalInterface : public platform::UserInterface {
 struct ListingInterface {
   explicit ListingInterface(std::optional<std::wstring> givenPassword)
       : password(std::move(givenPassword)), interface(watch, line, password, true) {}
+
+  /// kExitInterrupted when a question was cancelled, else `exitCode`.
+  int ExitCode(int exitCode) const { return interface.Stopped() ? kExitInterrupted : exitCode; }
 
   UnpackWatch watch;
   ProgressLine line{false};

@@ -106,11 +106,8 @@ enum class RarProblem {
   /// A further name or a copy of an item that this run did not write.
   kNoSource,
   kCannotWrite,
+  kNoMemory,
 };
-
-/// True after problems that end a run, because the engine has lost its place:
-/// the items behind are not reached.
-MORVUNP_API bool EndsRun(RarProblem problem);
 
 /// Told of each item that did not come out for a reason of the archive. The
 /// path is that of the item; `detail` names the missing volume, as the engine
@@ -151,8 +148,13 @@ class MORVUNP_API CRarUnpacker {
   bool GetFileFullInfo(RARFILEFULLINFO& info);
   /// True when the path of a folder contains `path` anywhere.
   bool IsFolder(const std::wstring& path);
-  /// Why the last walk ended before the archive did; kNone when it did not.
+  /// Why the last walk ended before the archive did; kNone when it did not. The
+  /// walk of an unpack run ends where the engine loses its place: the items
+  /// behind are not reached.
   RarProblem GetWalkProblem() const;
+  /// The last walk met continuations of split files, which the summary texts
+  /// count as files of their own.
+  bool HasContinuations() const;
 
   std::wstring GetFileOutputInfo(const std::wstring& path);
   std::wstring GetFolderOutputInfo(const std::wstring& path);
@@ -225,6 +227,7 @@ class MORVUNP_API CRarUnpacker {
   bool UnpackItem(const std::wstring& name, const std::wstring& folder);
   std::wstring OutputPath(const std::wstring& name, const std::wstring& folder);
   bool MayReplace(const std::wstring& path);
+  RarProblem Replace(const std::wstring& path, std::size_t depth);
   RarProblem Write(const std::wstring& path, std::size_t depth);
   RarProblem Extract(const std::wstring& path, std::size_t depth);
   RarProblem Repeat(const std::wstring& path);
@@ -233,6 +236,7 @@ class MORVUNP_API CRarUnpacker {
   int OnPasswordNeeded(char* buffer, std::size_t capacity);
 
   RarProblem m_nWalkProblem = RarProblem::kNone;
+  BYTE m_bContinuations = 0;
   RarProblemReport m_reportProblem;
   /// The volume that the engine asked for in vain.
   std::wstring m_strMissingVolume;

@@ -40,9 +40,9 @@ class PathIndex {
  private:
   template <class List>
   static std::size_t FindByWalking(const List& list, const std::wstring& path) {
-    const auto found = std::find_if(
-        list.begin(), list.end(), [&](const auto& item) { return SamePath(item.m_strPath, path); });
-    return static_cast<std::size_t>(found - list.begin());
+    std::size_t i = 0;
+    while (i < list.size() && !SamePath(list[i].m_strPath, path)) ++i;
+    return i;
   }
 
   template <class List>

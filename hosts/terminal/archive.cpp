@@ -101,6 +101,9 @@ Archive OpenArchiveFile(const std::string& path, const ArchiveSetup& setup) {
   if (GetLastError() == ERROR_SHARING_VIOLATION) {
     throw CommandError(ShownNativePath(path) + ": another program is writing to it");
   }
+  if (GetLastError() == ERROR_MOD_NOT_FOUND) {
+    throw CommandError(ShownNativePath(path) + ": not an archive, or one whose module is missing");
+  }
   throw CommandError(ShownNativePath(path) + ": not an archive that morvunp knows, or damaged");
 }
 
@@ -110,7 +113,7 @@ int CheckComplete(Archive& archive, const std::string& path) {
     return true;
   });
   if (isComplete) return kExitComplete;
-  PrintError(ShownNativePath(path) + ": cut or damaged: not all of its folders could be read");
+  PrintError(ShownNativePath(path) + ": cut or damaged: not all of its items could be listed");
   return kExitIncomplete;
 }
 

@@ -98,15 +98,30 @@ std::wstring TargetOf(const std::string& directory) {
   return target;
 }
 
+/// True for the formats whose UnpackCurrentFile writes the item under the
+/// cursor. The others find the items of a run by their paths.
+template <class U>
+constexpr bool kUnpacksAtCursor = std::is_same_v<U, CIsoUnpacker>;
+
 /// UnpackFolder always keeps folders, so that a flat run takes each file.
 template <class U>
 void UnpackFlat(U& unpacker, const Request& request, const Run& run,
                 const TerminalInterface& interface) {
+  std::vector<std::wstring> paths;
   WalkItems<typename U::FullInfo>(unpacker, [&](const typename U::FullInfo& record) {
     const Item item = ItemOf(record);
-    if (PlaceInRun(request, run, item)) unpacker.UnpackCurrentFile(item.name, request.target);
+    if (!PlaceInRun(request, run, item)) return true;
+    if constexpr (kUnpacksAtCursor<U>) {
+      unpacker.UnpackCurrentFile(item.name, request.target);
+    } else {
+      paths.push_back(item.path);
+    }
     return !interface.Stopped();
   });
+  for (const std::wstring& path : paths) {
+    if (interface.Stopped()) return;
+    unpacker.UnpackFile(path, request.target);
+  }
 }
 
 /// UnpackFile takes the first file with this path in any case; one that comes
@@ -118,7 +133,8 @@ void UnpackOneFile(U& unpacker, const Request& request, const Run& run) {
   WalkItems<typename U::FullInfo>(unpacker, [&](const typename U::FullInfo& record) {
     const Item item = ItemOf(record);
     place = PlaceInRun(request, run, item);
-    if (!place && _wcsicmp(item.path.c_str(), run.path.c_str()) == 0) isFirst = false;
+    if (!place && _wcsicmp(item.path.c_str(), run.path.c_str()) == 0)
+      isFirst = !kUnpacksAtCursor<U>;
     if (!place || isFirst) return !place;
     if (MakeOutputFolder(place->folder, request.target)) {
       unpacker.UnpackCurrentFile(item.name, place->folder);

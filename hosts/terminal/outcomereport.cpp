@@ -25,7 +25,7 @@ std::string ReasonOfFailure(const OutputPlace& place) {
     if (S_ISDIR(status.st_mode)) return "failed: a folder stands in its place";
   }
   if (!IsFolderOnDisk(place.folder)) return "failed: its folder could not be created";
-  return "failed: could not be written";
+  return "failed: damaged in the archive, or could not be written";
 }
 
 class Reporter {

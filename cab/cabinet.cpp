@@ -88,7 +88,7 @@ bool Cabinet::Scan(void* user) {
   if (m_hfdi == nullptr) return false;
   m_items.Rewind();
   m_bListComplete = Copy(CCabUnpacker::FDICallback_Scan, user);
-  return m_bListComplete && !m_items.All().empty();
+  return m_bListComplete && m_items.size() != 0;
 }
 
 }  // namespace cab

@@ -157,7 +157,8 @@ std::wstring CCabUnpacker::GetFileOutputInfo(const std::wstring& path) {
 namespace {
 
 std::wstring TextOf(cab::ItemList& items, frame::Totals totals) {
-  for (const cab::CCabItemInfo& item : items.All()) {
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    const cab::CCabItemInfo item = items[i];
     const auto size = static_cast<DWORD>(item.m_nSize);
     if (!item.IsFolder()) totals.AddFile(item.m_strPath, size, size);
     if (frame::HasParent(item.m_strPath)) {

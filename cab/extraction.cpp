@@ -175,7 +175,10 @@ INT_PTR CCabUnpacker::OnCloseFile(const FDINOTIFICATION& notification) {
   const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(file));
   frame::SetDosTimeModified(handle, DWORD{notification.date} << 16 | notification.time);
   if (_close(file) != 0) return kAbort;
-  SetFileAttributesW(path.c_str(), notification.attribs);
+  // A file that was just written has this attribute and no other.
+  if (notification.attribs != FILE_ATTRIBUTE_ARCHIVE) {
+    SetFileAttributesW(path.c_str(), notification.attribs);
+  }
   UpdateFileTree(m_state.m_strLastTarget);
   return TRUE;
 }

@@ -1,8 +1,8 @@
 // The list of a cabinet's items, its cursor and its look-ups.
 #pragma once
 
-#include <deque>
 #include <string>
+#include <vector>
 
 #include "frame/pathindex.h"
 #include "morvunp/cabunpacker.h"
@@ -26,18 +26,19 @@ class CCabItemInfo : public CObject {
   DWORD DosDateTime() const { return DWORD{m_nDate} << 16 | m_nTime; }
 };
 
-/// Items in the order of the table, with one cursor.
+/// Items in the order of the table, with one cursor. Every look-up scans the
+/// cabinet anew, so the list is made to be filled fast: it keeps what the table
+/// holds and makes items of it when they are asked for.
 class ItemList {
  public:
-  using Items = std::deque<CCabItemInfo>;
-
   /// Empties the list; there is no walk until Rewind.
   void RemoveAllItems();
   void Append(const FDINOTIFICATION& notification);
 
-  const Items& All() const { return m_arrItems; }
+  std::size_t size() const { return m_arrRecords.size(); }
+  CCabItemInfo operator[](std::size_t position) const;
   /// The current item; null before the first.
-  const CCabItemInfo* Current() const { return m_pCurrent; }
+  const CCabItemInfo* Current() const { return m_bHasCurrent ? &m_current : nullptr; }
 
   void Rewind();
   /// Makes the next item current. True when more items follow it. Throws
@@ -50,16 +51,28 @@ class ItemList {
   bool LocateFile(const std::wstring& path);
 
  private:
+  struct Record {
+    /// The name's place among all names.
+    DWORD nameStart;
+    WORD nameLength;
+    WORD attribs;
+    WORD time;
+    WORD date;
+    LONG size;
+  };
+
   void MoveTo(std::size_t position);
 
   static constexpr WORD kNoWalk = 0xFFFF;
 
-  /// A deque: growing it moves no item, so the current one stays in place.
-  Items m_arrItems;
+  std::vector<Record> m_arrRecords;
+  /// All names as the table has them.
+  std::string m_names;
   frame::PathIndex m_index;
   /// The item that the cursor takes next.
   WORD m_nPosition = kNoWalk;
-  const CCabItemInfo* m_pCurrent = nullptr;
+  bool m_bHasCurrent = false;
+  CCabItemInfo m_current;
 };
 
 }  // namespace cab

@@ -1,7 +1,6 @@
 #include "platform/times.h"
 
 #include <cerrno>
-#include <chrono>
 
 namespace {
 
@@ -19,20 +18,18 @@ std::tm CalendarOfDosDateTime(WORD date, WORD time) {
   calendar.tm_mday = date & 0x1F;
   calendar.tm_mon = (date >> 5 & 0x0F) - 1;
   calendar.tm_year = (date >> 9) + 80;
-  calendar.tm_isdst = -1;
   return calendar;
 }
 
-/// Seconds from 1970 to a calendar time, without any zone.
-std::int64_t SecondsOfCalendar(const std::tm& calendar) {
-  const std::chrono::year_month_day day{
-      std::chrono::year{calendar.tm_year + 1900},
-      std::chrono::month{static_cast<unsigned>(calendar.tm_mon + 1)},
-      std::chrono::day{static_cast<unsigned>(calendar.tm_mday)}};
-  const std::chrono::sys_seconds time =
-      std::chrono::sys_days{day} + std::chrono::hours{calendar.tm_hour} +
-      std::chrono::minutes{calendar.tm_min} + std::chrono::seconds{calendar.tm_sec};
-  return time.time_since_epoch().count();
+/// The time at which clocks of the local zone show what those of UTC show at
+/// `shown`. mktime, made for this, looks at the zone's file in every call.
+std::int64_t UniversalOf(std::int64_t shown) {
+  const auto offsetAt = [](std::time_t time) {
+    std::tm local{};
+    return localtime_r(&time, &local) != nullptr ? local.tm_gmtoff : 0;
+  };
+  // The second look is for times near a change of the offset.
+  return shown - offsetAt(shown - offsetAt(shown));
 }
 
 }  // namespace
@@ -56,25 +53,22 @@ __time64_t _time64(__time64_t* time) {
 }
 
 BOOL DosDateTimeToFileTime(WORD date, WORD time, FILETIME* result) {
-  const std::tm calendar = CalendarOfDosDateTime(date, time);
-  const std::chrono::year_month_day day{
-      std::chrono::year{calendar.tm_year + 1900},
-      std::chrono::month{static_cast<unsigned>(calendar.tm_mon + 1)},
-      std::chrono::day{static_cast<unsigned>(calendar.tm_mday)}};
-  if (!day.ok() || calendar.tm_hour > 23 || calendar.tm_min > 59 || calendar.tm_sec > 59) {
+  std::tm calendar = CalendarOfDosDateTime(date, time);
+  const std::tm recorded = calendar;
+  const std::time_t seconds = timegm(&calendar);
+  // What no calendar or clock shows was carried over to the next field.
+  if (calendar.tm_mon != recorded.tm_mon || calendar.tm_mday != recorded.tm_mday ||
+      calendar.tm_hour != recorded.tm_hour || calendar.tm_min != recorded.tm_min ||
+      calendar.tm_sec != recorded.tm_sec) {
     SetLastError(ERROR_INVALID_PARAMETER);
     return FALSE;
   }
-  *result = platform::FileTimeOfTimespec(SecondsOfCalendar(calendar), 0);
+  *result = platform::FileTimeOfTimespec(seconds, 0);
   return TRUE;
 }
 
 BOOL LocalFileTimeToFileTime(const FILETIME* local, FILETIME* universal) {
-  const std::time_t seconds = platform::SecondsOfFileTime(*local);
-  std::tm calendar{};
-  if (gmtime_r(&seconds, &calendar) == nullptr) return platform::FailWithErrno(EINVAL);
-  calendar.tm_isdst = -1;
-  *universal = platform::FileTimeOfTimespec(std::mktime(&calendar), 0);
+  *universal = platform::FileTimeOfTimespec(UniversalOf(platform::SecondsOfFileTime(*local)), 0);
   return TRUE;
 }
 
@@ -101,7 +95,8 @@ BOOL CoFileTimeToDosDateTime(const FILETIME* time, WORD* date, WORD* dosTime) {
 
 __time64_t platform::TimeOfDosDateTime(WORD date, WORD time) {
   std::tm calendar = CalendarOfDosDateTime(date, time);
-  return _mktime64(&calendar);
+  const std::int64_t seconds = UniversalOf(timegm(&calendar));
+  return seconds >= 0 ? seconds : -1;
 }
 
 FILETIME platform::FileTimeOfTimespec(std::int64_t seconds, std::uint32_t nanoseconds) {

@@ -12,6 +12,7 @@
 #include "exitcode.h"
 #include "output.h"
 #include "platform/text.h"
+#include "sevenzipfile.h"
 #include "text.h"
 
 namespace terminal {
@@ -76,6 +77,30 @@ void ThrowPasswordProblem(U& unpacker, bool isOpen) {
 }
 
 template <class U>
+bool OpenWith(U& unpacker, const std::wstring& path, const ArchiveSetup&) {
+  return unpacker.OpenArchive(path);
+}
+
+/// A split set opens from its first volume only. Encrypted headers that do not
+/// open after a password was asked for have had a wrong one, or none.
+bool OpenWith(C7zUnpacker& unpacker, const std::wstring& path, const ArchiveSetup& setup) {
+  const SevenZipTraits traits = SevenZipTraitsOf(path);
+  if (!traits.mayBeOne) return false;
+  const int asked = setup.password != nullptr ? setup.password->TimesAsked() : 0;
+  const bool isOpen =
+      traits.isFirstVolume ? unpacker.OpenMultiVolumeArchive(path) : unpacker.OpenArchive(path);
+  if (isOpen || setup.password == nullptr) return isOpen;
+  if (setup.password->TimesAsked() == asked) return false;
+  throw PasswordProblem{setup.password->HasAnswer() ? RarProblem::kWrongPasswordOrDamaged
+                                                    : RarProblem::kNoPassword};
+}
+
+/// Looks for its archives all over the file.
+bool OpenWith(CRarUnpacker& unpacker, const std::wstring& path, const ArchiveSetup&) {
+  return !SevenZipTraitsOf(path).hasSignature && unpacker.OpenArchive(path);
+}
+
+template <class U>
 std::unique_ptr<U> TryFormat(const std::wstring& path, const ArchiveSetup& setup) {
   auto unpacker = std::make_unique<U>();
   unpacker->SetIni(setup.settings);
@@ -86,7 +111,7 @@ std::unique_ptr<U> TryFormat(const std::wstring& path, const ArchiveSetup& setup
     if (setup.problems != nullptr)
       unpacker->SetProblemReport(std::bind_front(&ItemProblems::Add, setup.problems));
   }
-  const bool isOpen = unpacker->OpenArchive(path);
+  const bool isOpen = OpenWith(*unpacker, path, setup);
   if constexpr (ReportsProblems<U>) ThrowPasswordProblem(*unpacker, isOpen);
   return isOpen ? std::move(unpacker) : nullptr;
 }
@@ -146,6 +171,14 @@ Archive OpenArchiveFile(const std::string& path, const ArchiveSetup& setup) {
   if (GetLastError() == ERROR_SHARING_VIOLATION) {
     throw CommandError(ShownNativePath(path) + ": another program is writing to it");
   }
+  if (SevenZipTraitsOf(platform::ToLibraryPath(path)).hasSignature && !HasSevenZipEngine()) {
+    throw CommandError(ShownNativePath(path) +
+                       ": a 7z archive, but the 7-Zip engine is missing; install the package "
+                       "p7zip-full (or 7zip with its 7z.so)");
+  }
+  if (GetLastError() == ERROR_MOD_NOT_FOUND) {
+    throw CommandError(ShownNativePath(path) + ": not an archive, or one whose module is missing");
+  }
   throw CommandError(ShownNativePath(path) + ": not an archive that morvunp knows, or damaged");
 }
 
@@ -158,6 +191,9 @@ std::optional<std::string> ReasonOfGap(const CCabUnpacker& unpacker) {
   if (unpacker.IsListComplete()) return std::nullopt;
   return "cut or damaged: its table of files could not be read whole";
 }
+
+/// The engine opens whole lists only.
+std::optional<std::string> ReasonOfGap(const C7zUnpacker&) { return std::nullopt; }
 
 std::optional<std::string> ReasonOfGap(const CRarUnpacker& unpacker) {
   const RarProblem problem = unpacker.GetWalkProblem();

@@ -16,10 +16,10 @@
 namespace terminal {
 
 /// The object of the format that knew the archive; never null.
-/// RAR comes last: its archives may follow a program, so that it is also found
-/// inside files of other formats.
+/// RAR and 7z come last: their archives may follow a program, so that they are
+/// also found inside files of other formats.
 using Archive = std::variant<std::unique_ptr<CCabUnpacker>, std::unique_ptr<CIsoUnpacker>,
-                             std::unique_ptr<CRarUnpacker>>;
+                             std::unique_ptr<CRarUnpacker>, std::unique_ptr<C7zUnpacker>>;
 
 /// What an unpacker is told before it opens an archive. The windows are not
 /// owned and must outlive the archive; null when nothing is unpacked.
@@ -36,6 +36,8 @@ struct ArchiveSetup {
 Archive OpenArchiveFile(const std::string& path, const ArchiveSetup& setup);
 
 /// Why the last walk did not give all items of the archive; none when it did.
+std::optional<std::string> ReasonOfGap(const C7zUnpacker& unpacker);
+std::optional<std::string> ReasonOfGap(const CCabUnpacker& unpacker);
 std::optional<std::string> ReasonOfGap(const CIsoUnpacker& unpacker);
 std::optional<std::string> ReasonOfGap(const CRarUnpacker& unpacker);
 

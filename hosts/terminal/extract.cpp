@@ -98,17 +98,30 @@ std::wstring TargetOf(const std::string& directory) {
   return target;
 }
 
+/// True for the formats whose UnpackCurrentFile writes the item that the walk
+/// has reached. A cabinet finds the items of a run by their paths.
+template <class U>
+constexpr bool kUnpacksAtCursor = !std::is_same_v<U, CCabUnpacker>;
+
 /// UnpackFolder always keeps folders, so that a flat run takes each file.
 template <class U>
 void UnpackFlat(U& unpacker, const Request& request, const Run& run,
                 const TerminalInterface& interface) {
+  std::vector<std::wstring> paths;
   WalkItems<typename U::FullInfo>(unpacker, [&](const typename U::FullInfo& record) {
     const Item item = ItemOf(record);
-    if (!IsContinuation(record) && PlaceInRun(request, run, item)) {
+    if (IsContinuation(record) || !PlaceInRun(request, run, item)) return true;
+    if constexpr (kUnpacksAtCursor<U>) {
       unpacker.UnpackCurrentFile(std::wstring(item.name), request.target);
+    } else {
+      paths.emplace_back(item.path);
     }
     return !interface.Stopped();
   });
+  for (const std::wstring& path : paths) {
+    if (interface.Stopped()) return;
+    unpacker.UnpackFile(path, request.target);
+  }
 }
 
 /// UnpackFile takes the first file with this path in any case; one that comes
@@ -120,7 +133,8 @@ void UnpackOneFile(U& unpacker, const Request& request, const Run& run) {
   WalkItems<typename U::FullInfo>(unpacker, [&](const typename U::FullInfo& record) {
     const Item item = ItemOf(record);
     place = PlaceInRun(request, run, item);
-    if (!place && _wcsicmp(item.path.c_str(), run.path.c_str()) == 0) isFirst = false;
+    if (!place && _wcsicmp(item.path.c_str(), run.path.c_str()) == 0)
+      isFirst = !kUnpacksAtCursor<U>;
     if (!place || isFirst) return !place;
     if (MakeOutputFolder(place->folder, request.target)) {
       unpacker.UnpackCurrentFile(std::wstring(item.name), place->folder);

@@ -32,7 +32,8 @@ namespace {
 std::uint64_t Join(DWORD high, DWORD low) { return std::uint64_t{high} << 32 | low; }
 
 /// The record of a folder has no name of its own.
-std::wstring_view NameOf(const RARFILEFULLINFO& record) {
+template <class Record>
+std::wstring_view NameOf(const Record& record) {
   const std::wstring_view path = record.strPath;
   return path.substr(path.rfind(L'\\') + 1);
 }
@@ -44,6 +45,19 @@ bool IsHidden(const RARFILEFULLINFO& record) {
 }
 
 }  // namespace
+
+Item ItemOf(const SEVENZIPFILEFULLINFO& record) {
+  return {.path = record.strPath,
+          .name = NameOf(record),
+          .isFolder = record.bFolder != 0 || record.bInFolder != 0,
+          .isHidden = (record.nAttributes & FILE_ATTRIBUTE_HIDDEN) != 0,
+          .size = record.nSize,
+          .packedSize = record.nPackedSize,
+          .modified = TimeOfDosDateTime(record.nDateTime),
+          .accessed = 0,
+          .crc = record.nCRC != 0 ? std::optional(record.nCRC) : std::nullopt,
+          .isEncrypted = record.strMethod.find(L"7zAES") != std::wstring::npos};
+}
 
 Item ItemOf(const RARFILEFULLINFO& record) {
   return {.path = record.strPath,

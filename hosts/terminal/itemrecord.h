@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -23,8 +24,14 @@ struct Item {
   /// Seconds since 1970-01-01 00:00 UTC; 0 when not recorded.
   std::int64_t modified;
   std::int64_t accessed;
+  /// CRC-32 of the content; none when the archive has none, or an engine that
+  /// checks it.
+  std::optional<std::uint32_t> crc{};
+  /// Only a right password gives the content.
+  bool isEncrypted = false;
 };
 
+Item ItemOf(const SEVENZIPFILEFULLINFO& record);
 Item ItemOf(const CABFILEFULLINFO& record);
 Item ItemOf(const ISOFILEFULLINFO& record);
 Item ItemOf(const RARFILEFULLINFO& record);

@@ -18,14 +18,15 @@ bool IsFolderOnDisk(const std::wstring& path) {
 }
 
 /// What the disk tells about a file that the library could not write.
-std::string ReasonOfFailure(const OutputPlace& place) {
+std::string ReasonOfFailure(const Item& item, const OutputPlace& place) {
   struct stat status {};
   if (lstat(platform::ToNativePath(place.Path()).c_str(), &status) == 0) {
     if (S_ISLNK(status.st_mode)) return "failed: a symbolic link stands in its place";
     if (S_ISDIR(status.st_mode)) return "failed: a folder stands in its place";
   }
   if (!IsFolderOnDisk(place.folder)) return "failed: its folder could not be created";
-  return "failed: could not be written";
+  if (item.isEncrypted) return "failed: wrong password, or damaged in the archive";
+  return "failed: damaged in the archive, or could not be written";
 }
 
 class Reporter {
@@ -58,6 +59,10 @@ class Reporter {
     if (planned.outcome == Outcome::kRefused) return "refused: unsafe name";
     if (planned.outcome == Outcome::kCutShort)
       return "cut short: the archive ends before the file does";
+    if (planned.outcome == Outcome::kWrongContent) {
+      return item.isEncrypted ? "wrong content: the password is wrong, or the archive is damaged"
+                              : "wrong content: damaged in the archive";
+    }
     if (planned.outcome == Outcome::kKept) {
       return settings_.keptUnasked ? "kept the existing file (no terminal to ask; use "
                                      "--overwrite=all to replace)"
@@ -72,7 +77,7 @@ class Reporter {
     }
     if (problems != nullptr && problems->RunEnded()) return "not reached";
     if (planned.isFolder) return "failed: the folder could not be created";
-    return ReasonOfFailure(place);
+    return ReasonOfFailure(item, place);
   }
 
   const UnpackWatch& watch_;

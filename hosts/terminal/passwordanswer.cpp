@@ -46,6 +46,7 @@ std::wstring ReadPasswordFile(const std::string& path) {
 }
 
 std::optional<std::wstring> PasswordAnswer::Get() {
+  ++timesAsked_;
   if (given_) return given_;
   if (typed_ || wasCancelled_ || !CanAsk()) return typed_;
   ++attempts_;

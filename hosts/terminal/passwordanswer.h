@@ -22,6 +22,10 @@ class PasswordAnswer {
   std::optional<std::wstring> Get();
   /// The last answer was wrong. True when it makes sense to ask again.
   bool Reject();
+  /// How often the library has asked.
+  int TimesAsked() const { return timesAsked_; }
+  /// There was an answer to the last question.
+  bool HasAnswer() const { return given_ || typed_; }
   /// The last answer was typed.
   bool IsTyped() const { return typed_.has_value(); }
   bool WasCancelled() const { return wasCancelled_; }
@@ -30,6 +34,7 @@ class PasswordAnswer {
   std::optional<std::wstring> given_;
   std::optional<std::wstring> typed_;
   int attempts_ = 0;
+  int timesAsked_ = 0;
   bool wasCancelled_ = false;
 };
 

@@ -26,7 +26,8 @@ PlannedItem PlannedOf(const Item& item, const OutputPlace& place, bool isRefused
           .size = item.isFolder ? 0 : item.size,
           .nameHash = item.isFolder ? 0 : HashOfName(place.name),
           .isFolder = item.isFolder,
-          .outcome = isRefused ? Outcome::kRefused : Outcome::kNone};
+          .outcome = isRefused ? Outcome::kRefused : Outcome::kNone,
+          .crc = item.crc};
 }
 
 }  // namespace

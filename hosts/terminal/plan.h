@@ -32,8 +32,9 @@ struct Request {
   std::vector<Run> runs;
 };
 
-/// kCutShort: written, but not with all of its bytes.
-enum class Outcome : std::uint8_t { kNone, kWritten, kCutShort, kKept, kRefused };
+/// kCutShort: written, but not with all of its bytes. kWrongContent: written,
+/// but not what the archive's CRC says.
+enum class Outcome : std::uint8_t { kNone, kWritten, kCutShort, kWrongContent, kKept, kRefused };
 
 struct PlannedItem {
   /// Hash of the full output path.
@@ -43,6 +44,7 @@ struct PlannedItem {
   std::uint32_t nameHash;
   bool isFolder;
   Outcome outcome;
+  std::optional<std::uint32_t> crc;
 };
 
 using Plan = std::vector<PlannedItem>;

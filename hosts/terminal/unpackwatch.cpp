@@ -20,17 +20,24 @@ void UnpackWatch::FileStarts(std::wstring_view name) {
 
 void UnpackWatch::FileProgress(unsigned percentage) { percentage_ = percentage; }
 
-void UnpackWatch::Created(std::wstring_view path,
-                          const std::function<std::uint64_t()>& sizeOnDisk) {
-  const std::uint64_t hash = HashOfPath(path);
+Outcome UnpackWatch::OutcomeOf(const PlannedItem& item, const WrittenFile& file) const {
+  if (item.isFolder) return Outcome::kWritten;
+  const bool isWhole = item.size == 0 || (percentage_ >= 100 && !item.crc);
+  if (!isWhole && file.Size() != item.size) return Outcome::kCutShort;
+  if (!item.crc) return Outcome::kWritten;
+  // A file whose mode forbids reading cannot be looked at.
+  const auto crc = file.Crc();
+  return !crc || crc == item.crc ? Outcome::kWritten : Outcome::kWrongContent;
+}
+
+void UnpackWatch::Created(const WrittenFile& file) {
+  const std::uint64_t hash = HashOfPath(file.Path());
   const bool isNext = next_ < plan_.size() && plan_[next_].pathHash == hash;
   const std::size_t index = isNext ? next_ : Find(hash);
   // A folder that no item of the archive stands for.
   if (index == plan_.size()) return;
   PlannedItem& item = plan_[index];
-  const bool isWhole =
-      item.isFolder || item.size == 0 || percentage_ >= 100 || sizeOnDisk() == item.size;
-  item.outcome = isWhole ? Outcome::kWritten : Outcome::kCutShort;
+  item.outcome = OutcomeOf(item, file);
   if (!item.isFolder) Pass(index + 1);
 }
 

@@ -2,12 +2,12 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "plan.h"
+#include "writtenfile.h"
 
 namespace terminal {
 
@@ -22,9 +22,10 @@ class UnpackWatch {
   void FileStarts(std::wstring_view name);
   void FileProgress(unsigned percentage);
   /// A folder was created, or a file written. The library takes a file for
-  /// written even where the archive ended early, so `sizeOnDisk` is asked when
-  /// the progress did not reach the end.
-  void Created(std::wstring_view path, const std::function<std::uint64_t()>& sizeOnDisk);
+  /// written even where the archive ended early or the password was wrong, so
+  /// the file on disk is looked at: its content where its CRC is known, and its
+  /// size when the progress did not reach the end.
+  void Created(const WrittenFile& file);
   /// A file is not to replace the existing one.
   void Kept(std::wstring_view name);
 
@@ -45,6 +46,7 @@ class UnpackWatch {
   /// Index of the next planned item with this output path, or Items().size().
   std::size_t Find(std::uint64_t pathHash);
   void Pass(std::size_t end);
+  Outcome OutcomeOf(const PlannedItem& item, const WrittenFile& file) const;
 
   Plan plan_;
   /// Indexes of the plan, by path; made when first needed.

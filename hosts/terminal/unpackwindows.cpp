@@ -1,20 +1,11 @@
 #include "unpackwindows.h"
 
-#include <sys/stat.h>
-
 #include "morvunp/messages.h"
-#include "platform/text.h"
 
 namespace terminal {
 namespace {
 
 LPCWSTR TextOf(LPARAM lParam) { return reinterpret_cast<LPCWSTR>(lParam); }
-
-std::uint64_t SizeOnDisk(LPCWSTR path) {
-  struct stat status {};
-  if (lstat(platform::ToNativePath(path).c_str(), &status) != 0) return 0;
-  return static_cast<std::uint64_t>(status.st_size);
-}
 
 }  // namespace
 
@@ -43,8 +34,7 @@ LRESULT UnpackWindows::OnProgress(UINT message, WPARAM wParam, LPARAM lParam) {
 
 LRESULT UnpackWindows::OnFileTree(UINT message, LPARAM lParam) {
   if (message != WM_UNPACK_FILETREE || lParam == 0) return 0;
-  const LPCWSTR path = TextOf(lParam);
-  watch_.Created(path, [path] { return SizeOnDisk(path); });
+  watch_.Created(WrittenFile(TextOf(lParam)));
   return 0;
 }
 

@@ -90,7 +90,8 @@ void DataStream::Join(Block block) {
 void DataStream::GoToNextVolume() {
   const Header& header = m_pVolume->header;
   const bool isLastFolder = m_nFolderHere + 1 == header.folders;
-  if (!m_bMayMove || !isLastFolder || !header.HasNext()) Fail(FDIERROR_CORRUPT_CABINET);
+  const bool mayMove = m_bMayMove || m_source.IsEarlier(*m_pVolume);
+  if (!mayMove || !isLastFolder || !header.HasNext()) Fail(FDIERROR_CORRUPT_CABINET);
   m_pVolume = m_source.Next(*m_pVolume);
   m_bMoved = true;
   m_bAtHome = false;

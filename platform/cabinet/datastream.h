@@ -24,6 +24,8 @@ class VolumeSource {
   /// The cabinet in which a folder of the pass's own cabinet begins; `folder`
   /// becomes its index there.
   virtual Owned<Volume> First(WORD& folder) = 0;
+  /// True for a cabinet that comes before the pass's own.
+  virtual bool IsEarlier(const Volume& volume) const = 0;
   /// The cabinet that follows.
   virtual Owned<Volume> Next(const Volume& current) = 0;
 };

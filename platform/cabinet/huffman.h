@@ -48,15 +48,23 @@ class HuffmanCode {
   /// Takes one symbol; needs 16 bits refilled.
   unsigned Decode(BitReader& bits) const {
     const unsigned entry = m_table[bits.Peek(kTableBits)];
-    if (entry == kLongCode) [[unlikely]]
-      return DecodeLong(bits);
-    bits.Drop(entry & 0x0F);
-    return entry >> 4;
+    if (entry != kLongCode) [[likely]] {
+      bits.Drop(entry & 0x0F);
+      return entry >> 4;
+    }
+    const Found found = FindLong(bits.Peek(kMostBits));
+    bits.Drop(found.length);
+    return found.symbol;
   }
 
  private:
   static_assert(kSymbols < 0x0FFF && kTableBits < 16, "an entry holds a symbol and four bits");
   static constexpr WORD kLongCode = 0;
+
+  struct Found {
+    unsigned symbol;
+    unsigned length;
+  };
 
   void FillTable(const std::array<unsigned, kMostBits + 1>& counts) {
     WORD* entry = m_table.data();
@@ -71,14 +79,12 @@ class HuffmanCode {
     std::fill(entry, m_table.data() + m_table.size(), kLongCode);
   }
 
-  unsigned DecodeLong(BitReader& bits) const {
-    const unsigned code = bits.Peek(kMostBits);
+  Found FindLong(unsigned code) const {
     for (unsigned length = kTableBits + 1; length <= kMostBits; ++length) {
       if (code >= m_ends[length]) continue;
-      bits.Drop(length);
-      return m_sorted[m_starts[length] + (code >> (kMostBits - length))];
+      return {m_sorted[m_starts[length] + (code >> (kMostBits - length))], length};
     }
-    return kNoSymbol;
+    return {kNoSymbol, 0};
   }
 
   std::array<WORD, std::size_t{1} << kTableBits> m_table;

@@ -218,21 +218,30 @@ void LzxDecoder::ReadRawStart(LzxInput& input) {
 
 template <bool kIsAligned>
 BYTE* LzxDecoder::DecodeMatches(BitReader& shared, BYTE* out, BYTE* end) {
-  // A copy of its own stays in registers.
+  // Copies of their own stay in registers: a byte written could be any member.
   BitReader bits = shared;
+  RecentDistances recent = m_arrRecent;
+  const unsigned mainSymbols = m_nMainSymbols;
   while (out < end) {
     bits.Refill();
-    const unsigned symbol = m_main.Decode(bits);
+    unsigned symbol = m_main.Decode(bits);
     if (symbol < kLiterals) {
       *out++ = static_cast<BYTE>(symbol);
-      continue;
+      if (out == end) break;
+      // What is left of the refill holds one more symbol.
+      symbol = m_main.Decode(bits);
+      if (symbol < kLiterals) {
+        *out++ = static_cast<BYTE>(symbol);
+        continue;
+      }
+      bits.Refill();
     }
-    if (symbol >= m_nMainSymbols) Fail(FDIERROR_MDI_FAIL);
+    if (symbol >= mainSymbols) Fail(FDIERROR_MDI_FAIL);
     std::size_t length = (symbol - kLiterals) % kLengthHeaders;
     if (length == kLongLength) length += m_lengths.Decode(bits);
     length += kShortestMatch;
     const std::size_t distance =
-        ReadDistance<kIsAligned>(bits, (symbol - kLiterals) / kLengthHeaders);
+        ReadDistance<kIsAligned>(bits, (symbol - kLiterals) / kLengthHeaders, recent);
     if (length > static_cast<std::size_t>(end - out)) Fail(FDIERROR_MDI_FAIL);
     // A distance of 0 becomes the largest of all.
     if (distance - 1 >= static_cast<std::size_t>(out - m_pReach)) [[unlikely]]
@@ -240,15 +249,17 @@ BYTE* LzxDecoder::DecodeMatches(BitReader& shared, BYTE* out, BYTE* end) {
     CopyMatch(out, distance, length);
     out += length;
   }
+  m_arrRecent = recent;
   shared = bits;
   return out;
 }
 
 template <bool kIsAligned>
-std::size_t LzxDecoder::ReadDistance(BitReader& bits, unsigned slot) {
+std::size_t LzxDecoder::ReadDistance(BitReader& bits, unsigned slot,
+                                     RecentDistances& recent) const {
   if (slot < kRecentSlots) {
-    std::swap(m_arrRecent[0], m_arrRecent[slot]);
-    return m_arrRecent[0];
+    std::swap(recent[0], recent[slot]);
+    return recent[0];
   }
   const auto [base, extraBits] = kSlotTable[slot];
   DWORD distance = base - (kRecentSlots - 1);
@@ -258,9 +269,7 @@ std::size_t LzxDecoder::ReadDistance(BitReader& bits, unsigned slot) {
   } else {
     distance += bits.Take(extraBits);
   }
-  m_arrRecent[2] = m_arrRecent[1];
-  m_arrRecent[1] = m_arrRecent[0];
-  m_arrRecent[0] = distance;
+  recent = {distance, recent[0], recent[1]};
   return distance;
 }
 

@@ -28,6 +28,8 @@ class LzxDecoder final : public Decoder {
   static constexpr unsigned kLengthSymbols = 249;
   static constexpr unsigned kAlignedSymbols = 8;
 
+  using RecentDistances = std::array<DWORD, 3>;
+
   enum class BlockKind { kNone = 0, kVerbatim = 1, kAligned = 2, kUncompressed = 3 };
 
   void MakeRoom(std::size_t size);
@@ -40,7 +42,7 @@ class LzxDecoder final : public Decoder {
   template <bool kIsAligned>
   BYTE* DecodeMatches(BitReader& bits, BYTE* out, BYTE* end);
   template <bool kIsAligned>
-  std::size_t ReadDistance(BitReader& bits, unsigned slot);
+  std::size_t ReadDistance(BitReader& bits, unsigned slot, RecentDistances& recent) const;
   BYTE* CopyRaw(LzxInput& input, BYTE* out, BYTE* end);
   void Reach(std::size_t distance, const BYTE* out);
   const BYTE* Translate(const BYTE* frame, std::size_t size);
@@ -67,7 +69,7 @@ class LzxDecoder final : public Decoder {
   DWORD m_nBlockLeft = 0;
   /// An uncompressed block of odd length is followed by one byte of padding.
   bool m_bPaddingDue = false;
-  std::array<DWORD, 3> m_arrRecent{1, 1, 1};
+  RecentDistances m_arrRecent{1, 1, 1};
 
   std::array<BYTE, kMainSymbols> m_mainLengths{};
   std::array<BYTE, kLengthSymbols> m_lengthLengths{};

@@ -186,12 +186,14 @@ Owned<Volume> Pass::First(WORD& folder) {
   return volume;
 }
 
+bool Pass::IsEarlier(const Volume& volume) const {
+  return volume.header.index < m_table.header.index;
+}
+
 Owned<Volume> Pass::Next(const Volume& current) {
   // On the way from a folder's beginning to the cabinet of this pass there is
   // nothing to ask: their names led here.
-  if (current.header.index < m_table.header.index) {
-    return OpenNeighbour(current.header.nextCabinet, current, 1);
-  }
+  if (IsEarlier(current)) return OpenNeighbour(current.header.nextCabinet, current, 1);
   auto volume = OpenNext(current);
   NotifyCabinetInfo(volume->header);
   return volume;

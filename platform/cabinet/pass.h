@@ -26,8 +26,8 @@ class Pass : private VolumeSource {
   WORD FolderOf(const File& file) const;
 
   Owned<Volume> First(WORD& folder) override;
+  bool IsEarlier(const Volume& volume) const override;
   Owned<Volume> Next(const Volume& current) override;
-  Owned<Volume> Previous(const Volume& current);
   Owned<Volume> OpenNext(const Volume& current);
   Owned<Volume> OpenNeighbour(const char* name, const Volume& current, int step);
   Owned<Volume> Open(const char* name);

@@ -1,0 +1,49 @@
+#include "sevenzipfile.h"
+
+#include <fstream>
+#include <string_view>
+
+#include "platform/modules.h"
+#include "platform/text.h"
+
+namespace terminal {
+namespace {
+
+constexpr std::string_view kSignature("7z\xBC\xAF\x27\x1C", 6);
+constexpr std::string_view kProgram("MZ");
+constexpr std::string_view kUnixProgram(
+    "\x7F"
+    "ELF");
+
+std::string FirstBytes(const std::wstring& path) {
+  std::ifstream file(platform::ToNativePath(path), std::ios::binary);
+  std::string bytes(kSignature.size(), '\0');
+  file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  return bytes;
+}
+
+/// Whether the library knows the name is its own affair; any other name would
+/// only be refused.
+bool IsNamedAsFirst(const std::wstring& path) {
+  return path.ends_with(L"01") || path.ends_with(L"aa") || path.ends_with(L"AA");
+}
+
+}  // namespace
+
+SevenZipTraits SevenZipTraitsOf(const std::wstring& path) {
+  const std::string bytes = FirstBytes(path);
+  SevenZipTraits traits;
+  traits.hasSignature = bytes == kSignature;
+  traits.isFirstVolume = traits.hasSignature && IsNamedAsFirst(path);
+  traits.mayBeOne =
+      traits.hasSignature || bytes.starts_with(kProgram) || bytes.starts_with(kUnixProgram);
+  return traits;
+}
+
+bool HasSevenZipEngine() {
+  const HMODULE module = LoadLibraryW(L"7zxa.dll");
+  if (module != nullptr) FreeLibrary(module);
+  return module != nullptr;
+}
+
+}  // namespace terminal

@@ -1,0 +1,77 @@
+// Cabinets, built byte by byte, whole or wrong.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "support/lzxwriter.h"
+
+namespace testsupport {
+
+struct CabFile {
+  std::string name;
+  std::string data;
+  std::uint16_t attribs = 0x20;
+  /// 2001-02-03 04:05:06.
+  std::uint16_t date = 0x2A43;
+  std::uint16_t time = 0x20A3;
+};
+
+enum class CabMethod { kStored = 0, kMszip = 1, kLzx = 3 };
+
+struct CabFolder {
+  CabMethod method = CabMethod::kStored;
+  std::vector<CabFile> files;
+  LzxSettings lzx{};
+};
+
+/// A packed block and the bytes it unpacks to.
+struct CabBlock {
+  std::string packed;
+  std::size_t size;
+};
+
+class CabBuilder {
+ public:
+  std::vector<CabFolder> folders;
+  std::uint16_t setId = 77;
+  std::uint16_t headerReserve = 0;
+  std::uint8_t folderReserve = 0;
+  std::uint8_t blockReserve = 0;
+  /// The checksum covers the bytes set apart in a block.
+  bool sumsReserve = true;
+  bool hasChecksums = true;
+
+  CabBuilder& Add(CabMethod method, std::vector<CabFile> files, const LzxSettings& lzx = {}) {
+    folders.push_back({method, std::move(files), lzx});
+    return *this;
+  }
+
+  /// One cabinet of all folders.
+  std::string Build() const;
+  /// The first folder spread over cabinets of at most `packedBytes` of data
+  /// each, blocks cut where they do not fit. Cabinet k is named `names[k]`.
+  std::vector<std::string> BuildSet(std::size_t packedBytes,
+                                    const std::vector<std::string>& names) const;
+
+  static std::vector<CabBlock> Pack(const CabFolder& folder);
+
+ private:
+  struct Entry {
+    const CabFile* file;
+    std::size_t offset;
+    std::uint16_t folder;
+  };
+  struct Part {
+    std::uint16_t method;
+    std::vector<CabBlock> blocks;
+  };
+
+  std::string Assemble(const std::vector<Part>& parts, const std::vector<Entry>& entries,
+                       std::uint16_t flags, std::uint16_t index,
+                       const std::string& neighbours) const;
+  std::string BlockBytes(const CabBlock& block) const;
+};
+
+}  // namespace testsupport

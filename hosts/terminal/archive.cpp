@@ -6,8 +6,10 @@
 
 #include <cerrno>
 #include <cstring>
+#include <fstream>
 #include <functional>
 #include <optional>
+#include <string_view>
 
 #include "exitcode.h"
 #include "output.h"
@@ -116,26 +118,45 @@ std::unique_ptr<U> TryFormat(const std::wstring& path, const ArchiveSetup& setup
   return isOpen ? std::move(unpacker) : nullptr;
 }
 
-/// Tries the formats of the variant in their order.
+/// What every file of a format begins with; empty when there is no such mark.
+template <class U>
+constexpr std::string_view kSignature;
+template <>
+constexpr std::string_view kSignature<CRarUnpacker> = "Rar!\x1a\x07";
+
+std::string BeginningOf(const std::string& path) {
+  std::string bytes(8, '\0');
+  std::ifstream file(path, std::ios::binary);
+  file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  bytes.resize(static_cast<std::size_t>(file.gcount()));
+  return bytes;
+}
+
+/// Tries the formats of the variant, in their order but for one that the file
+/// bears the mark of: others may have to read all of it to find that it is not
+/// theirs.
 template <class... U>
 std::optional<std::variant<std::unique_ptr<U>...>> TryFormats(
-    std::type_identity<std::variant<std::unique_ptr<U>...>>, const std::wstring& path,
+    std::type_identity<std::variant<std::unique_ptr<U>...>>, const std::string& path,
     const ArchiveSetup& setup) {
   std::optional<std::variant<std::unique_ptr<U>...>> archive;
-  const auto tryOne = [&](std::unique_ptr<U>... none) {
-    const auto isOpened = [&](auto& unpacker) {
-      if (unpacker) archive = std::move(unpacker);
-      return archive.has_value();
-    };
-    static_cast<void>((isOpened(none = TryFormat<U>(path, setup)) || ...));
+  const std::string beginning = BeginningOf(path);
+  const std::wstring libraryPath = platform::ToLibraryPath(path);
+  const auto tryOne = [&]<class One>(std::type_identity<One>, bool isMarked) {
+    const std::string_view mark = kSignature<One>;
+    if (isMarked != (!mark.empty() && beginning.starts_with(mark))) return false;
+    if (auto unpacker = TryFormat<One>(libraryPath, setup)) archive = std::move(unpacker);
+    return archive.has_value();
   };
-  tryOne(std::unique_ptr<U>{}...);
+  for (const bool isMarked : {true, false}) {
+    if ((tryOne(std::type_identity<U>{}, isMarked) || ...)) break;
+  }
   return archive;
 }
 
 std::optional<Archive> TryAllFormats(const std::string& path, const ArchiveSetup& setup) {
   try {
-    return TryFormats(std::type_identity<Archive>{}, platform::ToLibraryPath(path), setup);
+    return TryFormats(std::type_identity<Archive>{}, path, setup);
   } catch (const CAtlException&) {
     // The only error of this kind that leaves an open.
     throw CommandError(ShownNativePath(path) + ": a recorded date is impossible");

@@ -22,7 +22,7 @@ std::uint32_t Crc32(std::string_view bytes) {
   return ~crc;
 }
 
-std::string Little(std::uint32_t value, int length) {
+std::string Little(std::uint64_t value, int length) {
   std::string bytes;
   for (int i = 0; i < length; ++i) bytes += static_cast<char>(value >> 8 * i & 0xFF);
   return bytes;

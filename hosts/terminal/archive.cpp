@@ -97,11 +97,6 @@ bool OpenWith(C7zUnpacker& unpacker, const std::wstring& path, const ArchiveSetu
                                                     : RarProblem::kNoPassword};
 }
 
-/// Looks for its archives all over the file.
-bool OpenWith(CRarUnpacker& unpacker, const std::wstring& path, const ArchiveSetup&) {
-  return !SevenZipTraitsOf(path).hasSignature && unpacker.OpenArchive(path);
-}
-
 template <class U>
 std::unique_ptr<U> TryFormat(const std::wstring& path, const ArchiveSetup& setup) {
   auto unpacker = std::make_unique<U>();
@@ -122,7 +117,11 @@ std::unique_ptr<U> TryFormat(const std::wstring& path, const ArchiveSetup& setup
 template <class U>
 constexpr std::string_view kSignature;
 template <>
+constexpr std::string_view kSignature<CCabUnpacker> = "MSCF";
+template <>
 constexpr std::string_view kSignature<CRarUnpacker> = "Rar!\x1a\x07";
+template <>
+constexpr std::string_view kSignature<C7zUnpacker> = kSevenZipSignature;
 
 std::string BeginningOf(const std::string& path) {
   std::string bytes(8, '\0');

@@ -9,7 +9,7 @@ std::string ReasonOf(RarProblem problem, const std::wstring& detail) {
     case RarProblem::kWrongPassword:
       return "wrong password";
     case RarProblem::kWrongPasswordOrDamaged:
-      return "wrong password or damaged; an archive of this age does not tell which";
+      return "wrong password or damaged; the archive does not tell which";
     case RarProblem::kNoPassword:
       return "it is encrypted and no password was given";
     case RarProblem::kMissingVolume:

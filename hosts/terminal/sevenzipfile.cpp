@@ -9,7 +9,6 @@
 namespace terminal {
 namespace {
 
-constexpr std::string_view kSignature("7z\xBC\xAF\x27\x1C", 6);
 constexpr std::string_view kProgram("MZ");
 constexpr std::string_view kUnixProgram(
     "\x7F"
@@ -17,7 +16,7 @@ constexpr std::string_view kUnixProgram(
 
 std::string FirstBytes(const std::wstring& path) {
   std::ifstream file(platform::ToNativePath(path), std::ios::binary);
-  std::string bytes(kSignature.size(), '\0');
+  std::string bytes(kSevenZipSignature.size(), '\0');
   file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   return bytes;
 }
@@ -33,7 +32,7 @@ bool IsNamedAsFirst(const std::wstring& path) {
 SevenZipTraits SevenZipTraitsOf(const std::wstring& path) {
   const std::string bytes = FirstBytes(path);
   SevenZipTraits traits;
-  traits.hasSignature = bytes == kSignature;
+  traits.hasSignature = bytes == kSevenZipSignature;
   traits.isFirstVolume = traits.hasSignature && IsNamedAsFirst(path);
   traits.mayBeOne =
       traits.hasSignature || bytes.starts_with(kProgram) || bytes.starts_with(kUnixProgram);

@@ -2,8 +2,12 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace terminal {
+
+/// What every 7z archive begins with.
+inline constexpr std::string_view kSevenZipSignature("7z\xBC\xAF\x27\x1C");
 
 struct SevenZipTraits {
   /// The file begins as a 7z archive does.

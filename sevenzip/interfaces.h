@@ -41,6 +41,7 @@ inline constexpr PROPID kpidMTime = 12;
 inline constexpr PROPID kpidCRC = 19;
 inline constexpr PROPID kpidMethod = 22;
 inline constexpr PROPID kpidNumVolumes = 39;
+inline constexpr PROPID kpidErrorFlags = 71;
 
 // The tables hold no destructor: objects destroy themselves in Release.
 struct ISequentialInStream : IUnknown {

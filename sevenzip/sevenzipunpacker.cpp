@@ -94,6 +94,13 @@ bool C7zUnpacker::CloseArchive() {
   return m_pEngine->CloseArchive();
 }
 
+bool C7zUnpacker::IsListComplete() const {
+  if (m_pEngine->Archive() == nullptr) return false;
+  sevenzip::Property flags;
+  m_pEngine->Archive()->GetArchiveProperty(sevenzip::kpidErrorFlags, flags.Receive());
+  return flags.Number32() == 0;
+}
+
 // The walk and the records.
 
 bool C7zUnpacker::FindFile() {

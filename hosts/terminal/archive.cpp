@@ -212,8 +212,10 @@ std::optional<std::string> ReasonOfGap(const CCabUnpacker& unpacker) {
   return "cut or damaged: its table of files could not be read whole";
 }
 
-/// The engine opens whole lists only.
-std::optional<std::string> ReasonOfGap(const C7zUnpacker&) { return std::nullopt; }
+std::optional<std::string> ReasonOfGap(const C7zUnpacker& unpacker) {
+  if (unpacker.IsListComplete()) return std::nullopt;
+  return "cut or damaged: the engine found errors in its headers";
+}
 
 std::optional<std::string> ReasonOfGap(const CRarUnpacker& unpacker) {
   const RarProblem problem = unpacker.GetWalkProblem();

@@ -87,6 +87,10 @@ class MORVUNP_API C7zUnpacker {
   bool OpenMultiVolumeArchive(const std::wstring& firstVolume);
   bool CloseArchive();
 
+  /// False when the engine found the archive's headers damaged but opened what
+  /// it understood: items may be missing.
+  bool IsListComplete() const;
+
   bool FindFile();
   bool FindNextFile();
   bool GetFileShortInfo(SEVENZIPFILESHORTINFO& info) const;

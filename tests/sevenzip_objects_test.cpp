@@ -1,0 +1,257 @@
+// The objects that the 7-Zip engine is handed: counting, ids, streams, volumes.
+#include <gtest/gtest.h>
+
+#include "platform/text.h"
+#include "sevenzip/copycoder.h"
+#include "sevenzip/extractcallback.h"
+#include "sevenzip/filestreams.h"
+#include "sevenzip/multistream.h"
+#include "sevenzip/opencallback.h"
+#include "sevenzip/property.h"
+#include "sevenzip/splithandler.h"
+#include "sevenzip/volumesequence.h"
+#include "support/tempfolder.h"
+
+namespace {
+
+using namespace sevenzip;
+using testsupport::ReadFile;
+using testsupport::WriteFile;
+
+/// What an object answers of a list of ids, as a text of 0 and 1.
+template <class T>
+std::string AnswersOf(const T& object) {
+  std::string answers;
+  for (const GUID& id :
+       {IUnknown::kId, IInStream::kId, IStreamGetSize::kId, IOutStream::kId, IInArchive::kId,
+        IInArchiveGetStream::kId, ICryptoGetTextPassword::kId, IArchiveOpenVolumeCallback::kId,
+        ICompressProgressInfo::kId, ICompressGetInStreamProcessedSize::kId, ISetProperties::kId}) {
+    void* found = &found;
+    const HRESULT result = object->QueryInterface(id, &found);
+    EXPECT_EQ(result == S_OK, found != nullptr);
+    if (result == S_OK) {
+      static_cast<IUnknown*>(found)->Release();
+    } else {
+      EXPECT_EQ(result, E_NOINTERFACE);
+    }
+    answers += result == S_OK ? '1' : '0';
+  }
+  return answers;
+}
+
+TEST(SevenZipObjects, AnswerTheirOwnIdsOnly) {
+  EXPECT_EQ(AnswersOf(Create<CInFileStream>()), "11100000000");
+  EXPECT_EQ(AnswersOf(Create<COutFileStream>()), "10010000000");
+  EXPECT_EQ(AnswersOf(Create<CMultiStream>()), "11000000000");
+  EXPECT_EQ(AnswersOf(Create<C7zOpenCallback>()), "10000010000");
+  EXPECT_EQ(AnswersOf(Create<C7zmvOpenCallback>()), "10000011000");
+  EXPECT_EQ(AnswersOf(Create<C7zExtractCallback>()), "10000010000");
+  EXPECT_EQ(AnswersOf(Create<NArchive::NSplit::CHandler>()), "10001100000");
+  EXPECT_EQ(AnswersOf(Create<NCompress::CCopyCoder>()), "10000000010");
+}
+
+TEST(SevenZipObjects, CountTheirReferences) {
+  auto* const stream = new CInFileStream;
+  EXPECT_EQ(stream->AddRef(), 1U);
+  void* other = nullptr;
+  ASSERT_EQ(stream->QueryInterface(IStreamGetSize::kId, &other), S_OK);
+  EXPECT_EQ(stream->AddRef(), 3U);
+  EXPECT_EQ(stream->Release(), 2U);
+  EXPECT_EQ(static_cast<IStreamGetSize*>(other)->Release(), 1U);
+  EXPECT_EQ(stream->Release(), 0U);
+}
+
+TEST(SevenZipObjects, FileStreamsReadSeekAndCut) {
+  const testsupport::TempFolder folder;
+  WriteFile(folder.Path("f"), std::string(std::size_t{10} << 20, 'x') + "end");
+  const auto in = Create<CInFileStream>();
+  ASSERT_TRUE(in->Open(folder.LibraryPath("f")));
+  std::string buffer(std::size_t{10} << 20, '\0');
+  DWORD read = 0;
+  EXPECT_EQ(in->Read(buffer.data(), static_cast<DWORD>(buffer.size()), &read), S_OK);
+  EXPECT_EQ(read, DWORD{4} << 20);
+  ULONGLONG position = 0;
+  EXPECT_EQ(in->Seek(-3, kSeekEnd, &position), S_OK);
+  EXPECT_EQ(position, ULONGLONG{10} << 20);
+  EXPECT_EQ(in->Seek(0, 3, &position), STG_E_INVALIDFUNCTION);
+  EXPECT_NE(in->Seek(-1, kSeekStart, nullptr), S_OK);
+  EXPECT_EQ(in->Read(buffer.data(), 100, &read), S_OK);
+  EXPECT_EQ(buffer.substr(0, read), "end");
+  EXPECT_EQ(in->Read(buffer.data(), 100, &read), S_OK);
+  EXPECT_EQ(read, 0U);
+  ULONGLONG size = 0;
+  EXPECT_EQ(in->GetSize(&size), S_OK);
+  EXPECT_EQ(size, (ULONGLONG{10} << 20) + 3);
+
+  const auto out = Create<COutFileStream>();
+  ASSERT_TRUE(out->Open(folder.LibraryPath("g")));
+  EXPECT_EQ(out->Write("abcdef", 6, nullptr), S_OK);
+  EXPECT_EQ(out->SetSize(3), S_OK);
+  EXPECT_EQ(out->Write("x", 1, nullptr), S_OK);
+  EXPECT_EQ(out->ProcessedSize(), 7U);
+  out->File().Close();
+  EXPECT_EQ(ReadFile(folder.Path("g")), std::string("abc\0\0\0x", 7));
+}
+
+TEST(SevenZipObjects, VolumesAreCountedOnInDigitsAndLetters) {
+  const struct {
+    const wchar_t* first;
+    int steps;
+    const wchar_t* expected;
+  } cases[] = {{L"a.7z.001", 1, L"a.7z.002"},
+               {L"a.7z.001", 998, L"a.7z.999"},
+               {L"a.7z.001", 999, L"a.7z.1000"},
+               {L"a.01", 99, L"a.100"},
+               {L"b.aa", 25, L"b.az"},
+               {L"b.aa", 26, L"b.ba"},
+               {L"b.AA", 1, L"b.AB"},
+               {L"b.aa", 25 * 26 - 1, L"b.yz"},
+               {L"b.aa", 25 * 26, L"b.zaaa"},
+               {L"b.aa", 25 * 26 + 1, L"b.zaab"},
+               {L"b.xaa", 1, L"b.xab"},
+               {L"aaa", 1, L"aab"}};
+  for (const auto& [first, steps, expected] : cases) {
+    auto sequence = CVolumeSequence::OfFirstVolume(first);
+    ASSERT_TRUE(sequence) << first;
+    std::wstring name;
+    for (int i = 0; i < steps; ++i) name = sequence->GetNextName();
+    EXPECT_EQ(name, expected);
+  }
+  for (const wchar_t* name :
+       {L"data.7z", L"data.002", L"data.x01", L"data.1", L"data.a", L"", L"."}) {
+    EXPECT_FALSE(CVolumeSequence::OfFirstVolume(name)) << name;
+  }
+  EXPECT_EQ(CVolumeSequence::OfFirstVolume(L"a.7z.001")->SetName(), L"a.7z");
+  EXPECT_EQ(CVolumeSequence::OfFirstVolume(L"aa")->SetName(), L"file");
+}
+
+class SplitSet : public testing::Test {
+ protected:
+  void SetUp() override {
+    for (int i = 0; i < 3; ++i) {
+      WriteFile(folder.Path("s.00" + std::to_string(i + 1)), std::string(100, char('a' + i)));
+    }
+    callback = Create<C7zmvOpenCallback>();
+    ASSERT_TRUE(callback->Init(folder.LibraryPath("s.001")));
+    const auto first = Create<CInFileStream>();
+    ASSERT_TRUE(first->Open(folder.LibraryPath("s.001")));
+    ASSERT_EQ(handler->Open(first.Get(), nullptr, callback.Get()), S_OK);
+  }
+
+  testsupport::TempFolder folder;
+  ComPtr<C7zmvOpenCallback> callback;
+  ComPtr<NArchive::NSplit::CHandler> handler = Create<NArchive::NSplit::CHandler>();
+};
+
+TEST_F(SplitSet, TellsOfItselfAsAnArchiveOfOneItem) {
+  DWORD count = 0;
+  handler->GetNumberOfItems(&count);
+  EXPECT_EQ(count, 1U);
+  Property value;
+  handler->GetProperty(0, kpidPath, value.Receive());
+  EXPECT_EQ(value.Text(), L"s");
+  handler->GetProperty(0, kpidPackSize, value.Receive());
+  EXPECT_EQ(value.Number64(), 300U);
+  handler->GetArchiveProperty(kpidNumVolumes, value.Receive());
+  EXPECT_EQ(value.Number32(), 3U);
+  BSTR name = nullptr;
+  PROPID id = 0;
+  VARTYPE type = 0;
+  EXPECT_EQ(handler->GetPropertyInfo(1, &name, &id, &type), S_OK);
+  EXPECT_EQ(id, kpidSize);
+  EXPECT_EQ(type, VT_UI8);
+  EXPECT_EQ(handler->GetPropertyInfo(2, &name, &id, &type), E_INVALIDARG);
+  EXPECT_EQ(handler->GetArchivePropertyInfo(1, &name, &id, &type), E_INVALIDARG);
+  handler->Close();
+  handler->GetNumberOfItems(&count);
+  EXPECT_EQ(count, 0U);
+}
+
+TEST_F(SplitSet, JoinsItsVolumesIntoOneStream) {
+  ComPtr<ISequentialInStream> joined;
+  EXPECT_EQ(handler->GetStream(1, joined.Receive()), E_INVALIDARG);
+  ASSERT_EQ(handler->GetStream(0, joined.Receive()), S_OK);
+  const auto stream = joined.Query<IInStream>();
+  ASSERT_TRUE(stream);
+  // The stream keeps the volumes.
+  handler.Reset();
+  std::string buffer(50, '\0');
+  DWORD read = 0;
+  const auto readAt = [&](LONGLONG offset, DWORD origin) {
+    ULONGLONG position = 0;
+    EXPECT_EQ(stream->Seek(offset, origin, &position), S_OK);
+    EXPECT_EQ(stream->Read(buffer.data(), 50, &read), S_OK);
+    return buffer.substr(0, read);
+  };
+  EXPECT_EQ(readAt(90, kSeekStart), std::string(10, 'a'));
+  EXPECT_EQ(readAt(0, kSeekCurrent), std::string(50, 'b'));
+  EXPECT_EQ(readAt(-20, kSeekEnd), std::string(20, 'c'));
+  EXPECT_EQ(readAt(0, kSeekCurrent), "");
+  EXPECT_EQ(readAt(0, kSeekStart), std::string(50, 'a'));
+  EXPECT_EQ(stream->Seek(301, kSeekStart, nullptr), S_OK);
+  EXPECT_EQ(stream->Read(buffer.data(), 1, &read), E_FAIL);
+  EXPECT_EQ(stream->Seek(0, 3, nullptr), STG_E_INVALIDFUNCTION);
+}
+
+/// Collects what is unpacked; refuses to go on after `limit` bytes.
+class Collector final : public Component<Answers<ICompressProgressInfo>, ICompressProgressInfo,
+                                         IArchiveExtractCallback, ISequentialOutStream> {
+ public:
+  HRESULT SetTotal(ULONGLONG value) override { return total = value, S_OK; }
+  HRESULT SetCompleted(const ULONGLONG* value) override {
+    return completed = *value, completed > limit ? E_ABORT : S_OK;
+  }
+  HRESULT SetRatioInfo(const ULONGLONG* in, const ULONGLONG*) override { return ratio = *in, S_OK; }
+  HRESULT GetStream(DWORD, ISequentialOutStream** stream, LONG mode) override {
+    askMode = mode;
+    if (mode != kAskExtract) return S_OK;
+    AddRef();
+    *stream = this;
+    return S_OK;
+  }
+  HRESULT PrepareOperation(LONG) override { return S_OK; }
+  HRESULT SetOperationResult(LONG value) override { return result = value, S_OK; }
+  HRESULT Write(const void* data, DWORD size, DWORD* processed) override {
+    *processed = size > 7 ? 7 : size;
+    bytes.append(static_cast<const char*>(data), *processed);
+    return S_OK;
+  }
+
+  std::string bytes;
+  ULONGLONG total = 0, completed = 0, ratio = 0, limit = 1000;
+  LONG askMode = -1, result = -1;
+};
+
+TEST_F(SplitSet, CopiesTheJoinedDataOut) {
+  const auto collector = Create<Collector>();
+  EXPECT_EQ(handler->Extract(nullptr, kAllItems, 0, collector.Get()), S_OK);
+  EXPECT_EQ(collector->bytes,
+            std::string(100, 'a') + std::string(100, 'b') + std::string(100, 'c'));
+  EXPECT_EQ(collector->total, 300U);
+  EXPECT_EQ(collector->completed, 300U);
+  EXPECT_EQ(collector->ratio, 300U);
+  EXPECT_EQ(collector->result, 0);
+
+  const DWORD first = 0;
+  const DWORD second = 1;
+  collector->bytes.clear();
+  EXPECT_EQ(handler->Extract(&first, 1, 1, collector.Get()), S_OK);
+  EXPECT_EQ(collector->askMode, kAskTest);
+  EXPECT_EQ(collector->bytes, "");
+  EXPECT_EQ(handler->Extract(&second, 1, 0, collector.Get()), E_INVALIDARG);
+  collector->limit = 150;
+  EXPECT_EQ(handler->Extract(&first, 1, 0, collector.Get()), E_ABORT);
+  EXPECT_EQ(collector->bytes.size(), 200U);
+}
+
+TEST_F(SplitSet, RefusesWhatIsNoFirstVolume) {
+  ASSERT_TRUE(callback->Init(folder.LibraryPath("s.002")));
+  const auto stream = Create<CInFileStream>();
+  ASSERT_TRUE(stream->Open(folder.LibraryPath("s.002")));
+  EXPECT_EQ(handler->Open(stream.Get(), nullptr, callback.Get()), S_FALSE);
+  EXPECT_EQ(handler->Open(stream.Get(), nullptr, nullptr), S_FALSE);
+  // A callback that knows no volumes.
+  EXPECT_EQ(handler->Open(stream.Get(), nullptr, Create<C7zOpenCallback>().Get()), S_FALSE);
+}
+
+}  // namespace

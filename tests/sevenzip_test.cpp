@@ -1,0 +1,447 @@
+// 7z archives, made by the engine's own command: what is listed, what comes out
+// and where, questions, passwords, split sets, damage.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+
+#include "morvunp/morvunp.h"
+#include "platform/text.h"
+#include "support/command.h"
+#include "support/fakehost.h"
+#include "support/tempfolder.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testsupport::DialogAnswer;
+using testsupport::Exists;
+using testsupport::ReadFile;
+using testsupport::RunCommand;
+using testsupport::TreeOf;
+using testsupport::WriteFile;
+
+constexpr UINT kPasswordEdit = 1013;
+constexpr UINT kYes = 1003;
+constexpr UINT kNo = 1002;
+constexpr UINT kCancel = 1001;
+
+/// Text that compresses well but not to nothing.
+std::string Numbers(int count) {
+  std::string text;
+  for (int i = 0; i < count; ++i) text += std::to_string(i * 7919) + "\n";
+  return text;
+}
+
+DialogAnswer Type(const std::wstring& password) {
+  DialogAnswer answer = DialogAnswer::Press(IDOK);
+  answer.typed = {{kPasswordEdit, password}};
+  return answer;
+}
+
+class TestedUnpacker : public C7zUnpacker {
+ public:
+  using C7zUnpacker::m_bPasswordKnown;
+  using C7zUnpacker::m_bReusePassword;
+  using C7zUnpacker::m_strArchivePassword;
+};
+
+class SevenZip : public testing::Test {
+ protected:
+  void SetUp() override {
+    mkdir(folder.Path("out").c_str(), 0777);
+    host.Attach(unpacker);
+  }
+
+  /// A file of the tree that archives are made of.
+  void Put(const std::string& name, const std::string& content) {
+    WriteFile(folder.Path("in/" + name), content);
+  }
+  void PutDocs() {
+    Put("docs/a.txt", "hello\n");
+    Put("docs/img/n.png", Numbers(20000));
+    Put("old.x/readme", "read me\n");
+    Put("zero", "");
+  }
+  /// Archives the tree with the engine's own command.
+  void Make(const std::string& switches, const std::string& name = "x.7z") {
+    const std::string command = "cd '" + folder.Path("in") + "' && 7z a -bso0 -bsp0 " + switches +
+                                " '" + folder.Path(name) + "' .";
+    ASSERT_EQ(std::system(command.c_str()), 0) << command;
+  }
+  bool Open(const std::string& name = "x.7z") {
+    return unpacker.OpenArchive(folder.LibraryPath(name));
+  }
+  bool OpenSet(const std::string& name) {
+    return unpacker.OpenMultiVolumeArchive(folder.LibraryPath(name));
+  }
+  std::wstring Target() const { return folder.LibraryPath("out"); }
+  std::map<std::string, std::string> In() const { return TreeOf(folder.Path("in")); }
+  std::map<std::string, std::string> Out() const { return TreeOf(folder.Path("out")); }
+  std::vector<std::string> Names() const {
+    std::vector<std::string> names;
+    for (const auto& [name, content] : Out()) names.push_back(name);
+    return names;
+  }
+  std::map<std::wstring, SEVENZIPFILEFULLINFO> Records() {
+    std::map<std::wstring, SEVENZIPFILEFULLINFO> records;
+    WalkItems<SEVENZIPFILEFULLINFO>(unpacker, [&](const SEVENZIPFILEFULLINFO& info) {
+      records[info.strPath] = info;
+      return true;
+    });
+    return records;
+  }
+  /// The user asks to stop as soon as `name` is being written.
+  void StopIn(const std::wstring& name, int answer) {
+    host.messageBoxAnswers = {answer};
+    host.onProgress = [this, name] {
+      if (host.progressMessages.back().name == name) host.PostStop();
+    };
+  }
+
+  testsupport::TempFolder folder;
+  testsupport::FakeHost host;
+  TestedUnpacker unpacker;
+};
+
+TEST_F(SevenZip, ListsFoldersAndFilesAsTheyAre) {
+  setenv("TZ", "UTC", 1);
+  tzset();
+  PutDocs();
+  ASSERT_EQ(std::system(("touch -d 2001-02-03T04:05:07Z " + folder.Path("in/docs/a.txt")).c_str()),
+            0);
+  Make("-mx1 -ms=off");
+  ASSERT_TRUE(Open());
+  const auto records = Records();
+  const auto& top = records.at(L"docs");
+  const auto& inner = records.at(L"docs\\img");
+  const auto& file = records.at(L"docs\\a.txt");
+  EXPECT_EQ(top.bInFolder, 0);
+  EXPECT_EQ(top.bFolder, 1);
+  EXPECT_EQ(inner.bInFolder, 1);
+  EXPECT_EQ(inner.bFolder, 0);
+  EXPECT_EQ(inner.strName, L"");
+  EXPECT_EQ(file.strName + L"|" + file.strTitle + L"|" + file.strExt, L"a.txt|a|txt");
+  EXPECT_EQ(file.nSize, 6U);
+  EXPECT_EQ(file.nCRC, 0x363A3020U);
+  EXPECT_EQ(file.nDateTime, (21U << 9 | 2U << 5 | 3U) << 16 | (4U << 11 | 5U << 5 | 3U));
+  EXPECT_EQ(file.nAttributes >> 16 & 0777, 0644U);
+  EXPECT_TRUE(file.strMethod.starts_with(L"LZMA2:")) << file.strMethod;
+  EXPECT_EQ(records.at(L"old.x\\readme").strExt, L"x\\readme");
+  EXPECT_EQ(records.at(L"zero").nCRC, 0U);
+  EXPECT_THAT(unpacker.GetFileOutputInfo(L"DOCS\\A.TXT"),
+              testing::EndsWith(L", Size - 6 bytes, Packed - 10 bytes, Ratio - 166%, "
+                                L"CRC - 363a3020"));
+  EXPECT_THAT(unpacker.GetFolderOutputInfo(L"docs"),
+              testing::StartsWith(L"Files - 2, Folders - 1"));
+  EXPECT_TRUE(unpacker.IsFolder(L"img"));
+  EXPECT_FALSE(unpacker.IsFolder(L"IMG"));
+}
+
+TEST_F(SevenZip, AnswersNothingBeforeAWalkOrWithoutAnArchive) {
+  SEVENZIPFILESHORTINFO info;
+  EXPECT_FALSE(unpacker.FindFile());
+  EXPECT_FALSE(unpacker.CloseArchive());
+  EXPECT_EQ(unpacker.GetArchiveOutputInfo(), L"");
+  EXPECT_FALSE(unpacker.UnpackArchive(Target()));
+  EXPECT_FALSE(unpacker.UnpackFile(L"one", Target()));
+  // The engine is there, but no file: what was made for it is released.
+  EXPECT_FALSE(Open("none.7z"));
+  EXPECT_TRUE(unpacker.CloseArchive());
+
+  Put("one", "1");
+  Make("");
+  ASSERT_TRUE(Open());
+  EXPECT_FALSE(unpacker.GetFileShortInfo(info));
+  EXPECT_TRUE(unpacker.FindFile());
+  EXPECT_FALSE(unpacker.FindNextFile());
+  EXPECT_TRUE(unpacker.GetFileShortInfo(info));
+  unpacker.FindNextFile();
+  EXPECT_FALSE(unpacker.GetFileShortInfo(info));
+  // A copy has no archive; both can go.
+  C7zUnpacker copy(unpacker);
+  EXPECT_FALSE(copy.FindFile());
+  EXPECT_TRUE(unpacker.FindFile());
+}
+
+TEST_F(SevenZip, UnpacksWhatEveryMethodPacked) {
+  PutDocs();
+  Put("b\\s \xF0\x9F\x98\x80", "both kinds of backslash, and a character of two units\n");
+  mkdir(folder.Path("in/empty").c_str(), 0777);
+  for (const char* method : {"-mx0", "-m0=lzma", "-m0=lzma2 -ms=off", "-m0=ppmd", "-m0=bzip2 -mmt2",
+                             "-m0=deflate", "-m0=bcj -m1=lzma2 -mmt2"}) {
+    std::filesystem::remove(folder.Path("x.7z"));
+    std::filesystem::remove_all(folder.Path("out"));
+    mkdir(folder.Path("out").c_str(), 0777);
+    Make(method);
+    ASSERT_TRUE(Open()) << method;
+    EXPECT_TRUE(unpacker.UnpackArchive(Target())) << method;
+    EXPECT_EQ(Out(), In()) << method;
+  }
+}
+
+TEST_F(SevenZip, PutsItemsInTheirPlaces) {
+  PutDocs();
+  Make("");
+  ASSERT_TRUE(Open());
+  const struct {
+    INIUNPACK settings;
+    const wchar_t* folder;
+    std::vector<std::string> names;
+  } cases[] = {
+      {{.bUnpackArchiveNoPaths = 1}, nullptr, {"a.txt", "n.png", "readme", "zero"}},
+      {{}, L"docs\\img", {"docs/", "docs/img/", "docs/img/n.png"}},
+      {{.bUnpackFolderRelative = 1}, L"docs\\img", {"img/", "img/n.png"}},
+      {{}, L"do", {}},
+  };
+  for (const auto& [settings, path, names] : cases) {
+    const testsupport::TempFolder out;
+    unpacker.SetIni(settings);
+    EXPECT_TRUE(path != nullptr ? unpacker.UnpackFolder(path, out.LibraryPath())
+                                : unpacker.UnpackArchive(out.LibraryPath()));
+    std::vector<std::string> found;
+    for (const auto& [name, content] : TreeOf(out.Path())) found.push_back(name);
+    EXPECT_EQ(found, names);
+  }
+  unpacker.SetIni({.bUnpackFileNoPath = 1});
+  EXPECT_TRUE(unpacker.UnpackFile(L"docs\\img\\n.png", Target()));
+  unpacker.SetIni({});
+  EXPECT_TRUE(unpacker.UnpackFile(L"docs\\a.txt", Target()));
+  EXPECT_FALSE(unpacker.UnpackFile(L"none", Target()));
+  EXPECT_THAT(Names(), ElementsAre("docs/", "docs/a.txt", "n.png"));
+  EXPECT_EQ(host.fileTreePaths.back(), Target() + L"\\docs\\a.txt");
+}
+
+TEST_F(SevenZip, GivesFilesTheirTimesAndModesButNoSetUid) {
+  Put("run", "#!\n");
+  Put("locked", "l\n");
+  chmod(folder.Path("in/run").c_str(), 04755);
+  chmod(folder.Path("in/locked").c_str(), 0444);
+  symlink("/etc/passwd", folder.Path("in/link").c_str());
+  ASSERT_EQ(std::system(("touch -d 2010-01-02T03:04:05Z " + folder.Path("in/run")).c_str()), 0);
+  Make("-snl");
+  ASSERT_TRUE(Open());
+  EXPECT_TRUE(unpacker.UnpackArchive(Target()));
+  struct stat run {};
+  struct stat locked {};
+  ASSERT_EQ(lstat(folder.Path("out/run").c_str(), &run), 0);
+  ASSERT_EQ(lstat(folder.Path("out/locked").c_str(), &locked), 0);
+  EXPECT_EQ(run.st_mode & 07777, 0755U);
+  EXPECT_EQ(run.st_mtim.tv_sec, 1262401445);
+  EXPECT_EQ(locked.st_mode & 07777, 0444U);
+  // A link stays a file that says where it led.
+  EXPECT_EQ(Out().at("link"), "/etc/passwd");
+}
+
+TEST_F(SevenZip, AsksBeforeItReplaces) {
+  for (const char* name : {"a", "b", "c"}) Put(name, std::string("new ") + name);
+  Make("");
+  ASSERT_TRUE(Open());
+  const auto fill = [&] {
+    for (const char* name : {"a", "b", "c"}) WriteFile(folder.Path("out/") + name, "old");
+  };
+  fill();
+  host.dialogAnswers = {DialogAnswer::Press(kNo), DialogAnswer::Press(kYes),
+                        DialogAnswer::Press(kCancel)};
+  EXPECT_FALSE(unpacker.UnpackArchive(Target()));
+  EXPECT_EQ(Out(),
+            (std::map<std::string, std::string>{{"a", "old"}, {"b", "new b"}, {"c", "old"}}));
+  EXPECT_EQ(host.dialogs.size(), 3U);
+
+  // A protected file loses its protection, and only when it is to be replaced.
+  fill();
+  chmod(folder.Path("out/a").c_str(), 0444);
+  host.dialogAnswers = {DialogAnswer::Press(kYes)};
+  EXPECT_TRUE(unpacker.UnpackFile(L"a", Target()));
+  EXPECT_EQ(ReadFile(folder.Path("out/a")), "new a");
+}
+
+TEST_F(SevenZip, DeletesOnlyTheFileThatWasBeingWritten) {
+  Put("1", Numbers(100000));
+  Put("2", Numbers(400000));
+  Put("3", "three");
+  Make("-mx1 -m0=lzma -ms=on");
+  ASSERT_TRUE(Open());
+  StopIn(L"2", IDYES);
+  EXPECT_FALSE(unpacker.UnpackArchive(Target()));
+  EXPECT_THAT(Names(), ElementsAre("1"));
+
+  StopIn(L"2", IDNO);
+  unpacker.SetIni({});
+  EXPECT_TRUE(unpacker.UnpackArchive(Target()));
+  EXPECT_THAT(Names(), ElementsAre("1", "2", "3"));
+
+  // The engine decodes what comes before: a stop there has no file to delete.
+  WriteFile(folder.Path("out/3"), "mine");
+  StopIn(L"3", IDYES);
+  EXPECT_FALSE(unpacker.UnpackFile(L"3", Target()));
+  EXPECT_EQ(ReadFile(folder.Path("out/3")), "mine");
+
+  host.messageBoxAnswers = {IDYES};
+  host.onProgress = [this] {
+    if (host.progressMessages.back().percentage >= 80) host.PostStop();
+  };
+  unpacker.SetIni({.bConfirmReplace = 0});
+  EXPECT_FALSE(unpacker.UnpackFile(L"2", Target()));
+  EXPECT_FALSE(Exists(folder.Path("out/2")));
+}
+
+TEST_F(SevenZip, AsksForPasswordsOncePerOperation) {
+  Put("a", Numbers(1000));
+  Put("b", Numbers(1001));
+  Make("-p'p\xC3\xA4ss\xF0\x9F\x98\x80'");
+  ASSERT_TRUE(Open());
+  EXPECT_THAT(host.dialogs, IsEmpty());
+  host.dialogAnswers = {Type(L"p\u00e4ss\U0001F600")};
+  EXPECT_TRUE(unpacker.UnpackArchive(Target()));
+  EXPECT_EQ(Out(), In());
+  host.dialogAnswers = {DialogAnswer::Escape()};
+  EXPECT_FALSE(unpacker.UnpackFile(L"a", folder.LibraryPath("in")));
+  EXPECT_EQ(host.dialogs.size(), 2U);
+}
+
+TEST_F(SevenZip, OpensEncryptedNamesWithTheirPasswordOnly) {
+  Put("a", "secret");
+  Make("-pright -mhe");
+  for (const DialogAnswer& wrong : {Type(L"wrong"), Type(L""), DialogAnswer::Escape()}) {
+    host.dialogAnswers = {wrong};
+    EXPECT_FALSE(Open());
+    EXPECT_FALSE(unpacker.FindFile());
+  }
+  EXPECT_EQ(unpacker.m_bPasswordKnown, 0);
+  host.dialogAnswers = {Type(L"right")};
+  EXPECT_TRUE(Open());
+  EXPECT_EQ(unpacker.m_strArchivePassword, L"right");
+  unpacker.m_bReusePassword = 1;
+  EXPECT_TRUE(Open());
+  EXPECT_EQ(Records().size(), 1U);
+}
+
+TEST_F(SevenZip, OpensSplitSetsFromTheirFirstVolume) {
+  Put("n", Numbers(30000));
+  Make("-mx0 -v70k");
+  ASSERT_TRUE(OpenSet("x.7z.001"));
+  EXPECT_TRUE(unpacker.UnpackArchive(Target()));
+  EXPECT_EQ(Out(), In());
+  EXPECT_FALSE(OpenSet("x.7z.002"));
+  EXPECT_FALSE(OpenSet("x.7z.0001"));
+
+  // The same pieces with letters, in capitals.
+  for (char c = 'A'; Exists(folder.Path("x.7z.00" + std::to_string(c - 'A' + 1))); ++c) {
+    rename(folder.Path("x.7z.00" + std::to_string(c - 'A' + 1)).c_str(),
+           folder.Path(std::string("y.A") + c).c_str());
+  }
+  std::filesystem::remove(folder.Path("out/n"));
+  ASSERT_TRUE(OpenSet("y.AA"));
+  EXPECT_TRUE(unpacker.UnpackArchive(Target()));
+  EXPECT_EQ(Out(), In());
+  // A set ends at the first volume that is missing.
+  std::filesystem::remove(folder.Path("y.AC"));
+  EXPECT_FALSE(OpenSet("y.AA"));
+}
+
+TEST_F(SevenZip, WritesNothingOutsideTheTarget) {
+  const std::map<std::string, std::string> names{{"1", "../planted"},
+                                                 {"2", "d/../../planted"},
+                                                 {"3", "/planted"},
+                                                 {"4", "link/planted"},
+                                                 {"5", "planted"}};
+  for (const auto& [name, renamed] : names) Put(name, "evil");
+  Put("good", "good");
+  Make("-mx1");
+  for (const auto& [name, renamed] : names) {
+    const std::string command =
+        "7z rn -bso0 -bsp0 '" + folder.Path("x.7z") + "' " + name + " '" + renamed + "'";
+    ASSERT_EQ(std::system(command.c_str()), 0);
+  }
+  WriteFile(folder.Path("planted"), "mine");
+  mkdir(folder.Path("elsewhere").c_str(), 0777);
+  WriteFile(folder.Path("elsewhere/planted"), "mine");
+  symlink("../elsewhere", folder.Path("out/link").c_str());
+  symlink("../planted", folder.Path("out/planted").c_str());
+  ASSERT_TRUE(Open());
+  unpacker.SetIni({.bConfirmReplace = 0});
+  EXPECT_TRUE(unpacker.UnpackArchive(Target()));
+  EXPECT_EQ(ReadFile(folder.Path("planted")), "mine");
+  EXPECT_EQ(ReadFile(folder.Path("elsewhere/planted")), "mine");
+  EXPECT_THAT(Names(), ElementsAre("good", "link@", "planted@"));
+}
+
+TEST_F(SevenZip, NamesAnItemWithoutANameAfterTheArchive) {
+  Put("data", "nameless");
+  const std::string command =
+      "7z a -bso0 -bsp0 -si '" + folder.Path("set.tar.7z") + "' < '" + folder.Path("in/data") + "'";
+  ASSERT_EQ(std::system(command.c_str()), 0);
+  ASSERT_TRUE(Open("set.tar.7z"));
+  EXPECT_TRUE(unpacker.UnpackArchive(Target()));
+  EXPECT_THAT(Names(), ElementsAre("set.tar"));
+}
+
+TEST_F(SevenZip, IsTheSameAfterAThousandOpens) {
+  Put("a", "1");
+  Make("");
+  for (int i = 0; i < 1000; ++i) ASSERT_TRUE(Open()) << i;
+  EXPECT_TRUE(unpacker.UnpackArchive(Target()));
+}
+
+// The command.
+
+TEST_F(SevenZip, CommandTellsDamageFromSuccess) {
+  Put("a", Numbers(3000));
+  Put("b", Numbers(3001));
+  Make("-mx0");
+  std::string bytes = ReadFile(folder.Path("x.7z"));
+  bytes[2000] = static_cast<char>(bytes[2000] ^ 1);
+  WriteFile(folder.Path("x.7z"), bytes);
+  const auto result = RunCommand({"extract", folder.Path("x.7z"), "-C", folder.Path("out")});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_THAT(result.errors, HasSubstr("a: wrong content: damaged in the archive\n"));
+  EXPECT_THAT(result.errors, Not(HasSubstr("b:")));
+  EXPECT_EQ(ReadFile(folder.Path("out/b")), Numbers(3001));
+
+  bytes[bytes.size() - 3] = static_cast<char>(bytes[bytes.size() - 3] ^ 1);
+  WriteFile(folder.Path("x.7z"), bytes);
+  EXPECT_EQ(RunCommand({"list", folder.Path("x.7z")}).exitCode, 2);
+}
+
+TEST_F(SevenZip, CommandTellsAWrongPassword) {
+  Put("a", Numbers(3000));
+  Put("b", Numbers(3001));
+  Make("-pright -mx0 -ms=off");
+  WriteFile(folder.Path("right"), "right\n");
+  WriteFile(folder.Path("wrong"), "wrong\n");
+  const auto extract = [&](const std::string& password) {
+    return RunCommand({"extract", folder.Path("x.7z"), "-C", folder.Path("out"), "--overwrite=all",
+                       "--password-file", folder.Path(password)});
+  };
+  const auto wrong = extract("wrong");
+  EXPECT_EQ(wrong.exitCode, 1);
+  EXPECT_THAT(wrong.errors,
+              HasSubstr("a: wrong content: the password is wrong, or the archive is damaged\n"));
+  EXPECT_THAT(wrong.errors, HasSubstr("b: wrong content:"));
+  EXPECT_EQ(extract("right").exitCode, 0);
+  EXPECT_EQ(Out(), In());
+
+  Make("-pright -mhe", "h.7z");
+  const auto list =
+      RunCommand({"list", folder.Path("h.7z"), "--password-file", folder.Path("wrong")});
+  EXPECT_EQ(list.exitCode, 2);
+  EXPECT_THAT(list.errors, HasSubstr("wrong password or damaged"));
+  EXPECT_THAT(RunCommand({"list", folder.Path("h.7z")}).errors, HasSubstr("no password was given"));
+}
+
+TEST_F(SevenZip, CommandOpensSplitSets) {
+  Put("n", Numbers(3000));
+  Make("-mx0 -v5k");
+  EXPECT_EQ(RunCommand({"extract", folder.Path("x.7z.001"), "-C", folder.Path("out")}).exitCode, 0);
+  EXPECT_EQ(Out(), In());
+  std::filesystem::remove(folder.Path("x.7z.002"));
+  EXPECT_EQ(RunCommand({"list", folder.Path("x.7z.001")}).exitCode, 2);
+}
+
+}  // namespace

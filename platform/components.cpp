@@ -1,5 +1,6 @@
 #include "platform/components.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -26,6 +27,19 @@ std::wstring UnitsOf(std::wstring_view text) {
     }
   }
   return units;
+}
+
+void JoinUnits(std::wstring& text) {
+  std::size_t length = 0;
+  for (const wchar_t unit : text) {
+    if (IsLow(unit) && length > 0 && IsHigh(text[length - 1])) {
+      wchar_t& high = text[length - 1];
+      high = kFirstAbove + ((high - kFirstHigh) << 10) + (unit - kFirstLow);
+    } else {
+      text[length++] = unit;
+    }
+  }
+  text.resize(length);
 }
 
 }  // namespace
@@ -60,17 +74,10 @@ HRESULT VariantClear(PROPVARIANT* value) {
   return S_OK;
 }
 
-std::wstring platform::TextOfString(BSTR string) {
-  std::wstring text;
-  if (string == nullptr) return text;
-  for (const wchar_t* unit = string; *unit != 0; ++unit) {
-    if (IsLow(*unit) && !text.empty() && IsHigh(text.back())) {
-      text.back() = kFirstAbove + ((text.back() - kFirstHigh) << 10) + (*unit - kFirstLow);
-    } else {
-      text += *unit;
-    }
-  }
-  return text;
+void platform::GetTextOfString(BSTR string, std::wstring& text) {
+  text.assign(string != nullptr ? string : L"");
+  const auto firstLow = std::find_if(text.begin(), text.end(), IsLow);
+  if (firstLow != text.end()) JoinUnits(text);
 }
 
 HRESULT platform::ResultOfError(DWORD error) {

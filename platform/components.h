@@ -90,8 +90,9 @@ MORVUNP_API UINT SysStringLen(BSTR string);
 MORVUNP_API HRESULT VariantClear(PROPVARIANT* value);
 
 namespace platform {
-/// The text of a string up to its first zero; empty for null.
-MORVUNP_API std::wstring TextOfString(BSTR string);
+/// The text of a string up to its first zero; empty for null. `text` keeps its
+/// memory from one call to the next.
+MORVUNP_API void GetTextOfString(BSTR string, std::wstring& text);
 /// Result code of a GetLastError value: 0 gives E_FAIL.
 MORVUNP_API HRESULT ResultOfError(DWORD error);
 }  // namespace platform

@@ -28,8 +28,13 @@ class Property {
   bool IsTrue() const { return m_value.vt == VT_BOOL && m_value.boolVal != VARIANT_FALSE; }
   FILETIME Time() const { return m_value.filetime; }
   /// Empty for a value that is no text.
+  void GetText(std::wstring& text) const {
+    platform::GetTextOfString(m_value.vt == VT_BSTR ? m_value.bstrVal : nullptr, text);
+  }
   std::wstring Text() const {
-    return m_value.vt == VT_BSTR ? platform::TextOfString(m_value.bstrVal) : std::wstring();
+    std::wstring text;
+    GetText(text);
+    return text;
   }
 
  private:

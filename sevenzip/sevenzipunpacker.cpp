@@ -155,7 +155,7 @@ DWORD DosDateTimeOf(const sevenzip::Property& time) {
 /// False when there is no path.
 template <class Info>
 bool FillCommon(Info& info, ItemReader& reader) {
-  info.strPath = reader.Read(sevenzip::kpidPath).Text();
+  reader.Read(sevenzip::kpidPath).GetText(info.strPath);
   if (!reader.WasRead()) return false;
   frame::FillNames(info, reader.Read(sevenzip::kpidIsDir).IsTrue());
   return true;
@@ -202,7 +202,7 @@ bool C7zUnpacker::GetFileFullInfo(SEVENZIPFILEFULLINFO& info) const {
   info.nAttributes = reader.Read(sevenzip::kpidAttrib).Number32();
   info.nDateTime = DosDateTimeOf(reader.Read(sevenzip::kpidMTime));
   info.nCRC = reader.Read(sevenzip::kpidCRC).Number32();
-  info.strMethod = reader.Read(sevenzip::kpidMethod).Text();
+  reader.Read(sevenzip::kpidMethod).GetText(info.strMethod);
   return true;
 }
 
@@ -238,14 +238,20 @@ std::wstring C7zUnpacker::GetFileOutputInfo(const std::wstring& path) {
 
 std::wstring C7zUnpacker::TextOf(frame::Totals totals) {
   if (m_pEngine->Archive() == nullptr) return {};
-  WalkItems<SEVENZIPFILEFULLINFO>(*this, [&](const SEVENZIPFILEFULLINFO& info) {
-    if (IsFolderItem(info)) {
-      totals.AddFolder(info.strPath);
+  std::wstring path;
+  for (bool more = FindFile(); more;) {
+    more = FindNextFile();
+    ItemReader reader(*m_pEngine->Archive(), m_nCurrent);
+    const bool isFolder = reader.Read(sevenzip::kpidIsDir).IsTrue();
+    // Most items are files, and only a folder's text asks where they are.
+    if (isFolder || !totals.CountsAll()) reader.Read(sevenzip::kpidPath).GetText(path);
+    if (isFolder) {
+      totals.AddFolder(path);
     } else {
-      totals.AddFile(info.strPath, info.nSize, info.nPackedSize);
+      const ULONGLONG size = reader.Read(sevenzip::kpidSize).Number64();
+      totals.AddFile(path, size, reader.Read(sevenzip::kpidPackSize).Number64());
     }
-    return true;
-  });
+  }
   return totals.Text();
 }
 

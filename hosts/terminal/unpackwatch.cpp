@@ -22,12 +22,14 @@ void UnpackWatch::FileProgress(unsigned percentage) { percentage_ = percentage; 
 
 Outcome UnpackWatch::OutcomeOf(const PlannedItem& item, const WrittenFile& file) const {
   if (item.isFolder) return Outcome::kWritten;
-  const bool isWhole = item.size == 0 || (percentage_ >= 100 && !item.crc);
-  if (!isWhole && file.Size() != item.size) return Outcome::kCutShort;
-  if (!item.crc) return Outcome::kWritten;
-  // A file whose mode forbids reading cannot be looked at.
-  const auto crc = file.Crc();
-  return !crc || crc == item.crc ? Outcome::kWritten : Outcome::kWrongContent;
+  // A file whose mode forbids reading cannot be looked into.
+  const auto content = item.crc ? file.Read() : std::nullopt;
+  if (!content) {
+    const bool isWhole = item.size == 0 || percentage_ >= 100 || file.Size() == item.size;
+    return isWhole ? Outcome::kWritten : Outcome::kCutShort;
+  }
+  if (content->size < item.size) return Outcome::kCutShort;
+  return content->crc == item.crc ? Outcome::kWritten : Outcome::kWrongContent;
 }
 
 void UnpackWatch::Created(const WrittenFile& file) {

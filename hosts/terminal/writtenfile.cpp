@@ -14,14 +14,17 @@ namespace {
 
 constexpr std::size_t kBlock = std::size_t{256} * 1024;
 
-std::optional<std::uint32_t> CrcOf(int descriptor) {
+std::optional<WrittenFile::Content> ContentOf(int descriptor) {
   static std::vector<char> block(kBlock);
-  std::uint32_t crc = 0;
+  WrittenFile::Content content;
   for (;;) {
-    const ssize_t read = ::read(descriptor, block.data(), block.size());
-    if (read < 0) return std::nullopt;
-    if (read == 0) return crc;
-    crc = libdeflate_crc32(crc, block.data(), static_cast<std::size_t>(read));
+    const ssize_t result = read(descriptor, block.data(), block.size());
+    if (result < 0) return std::nullopt;
+    const auto length = static_cast<std::size_t>(result);
+    content.crc = libdeflate_crc32(content.crc, block.data(), length);
+    content.size += length;
+    // Only the end of a regular file gives less than was asked for.
+    if (length < block.size()) return content;
   }
 }
 
@@ -33,13 +36,13 @@ std::uint64_t WrittenFile::Size() const {
   return static_cast<std::uint64_t>(status.st_size);
 }
 
-std::optional<std::uint32_t> WrittenFile::Crc() const {
+std::optional<WrittenFile::Content> WrittenFile::Read() const {
   const int descriptor =
       open(platform::ToNativePath(path_).c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
   if (descriptor < 0) return std::nullopt;
-  const auto crc = CrcOf(descriptor);
+  const auto content = ContentOf(descriptor);
   close(descriptor);
-  return crc;
+  return content;
 }
 
 }  // namespace terminal

@@ -17,8 +17,14 @@ class WrittenFile {
   std::wstring_view Path() const { return path_; }
   /// Bytes; 0 when it cannot be found out.
   std::uint64_t Size() const;
-  /// CRC-32 of the content; none when it cannot be read.
-  std::optional<std::uint32_t> Crc() const;
+  struct Content {
+    /// Bytes.
+    std::uint64_t size = 0;
+    /// CRC-32.
+    std::uint32_t crc = 0;
+  };
+  /// Reads the file; none when it cannot be read.
+  std::optional<Content> Read() const;
 
  private:
   std::wstring path_;

@@ -81,28 +81,13 @@ def udf_extraction(options, title, tree, image):
     return common.Case(title, extract_contenders(options, tree, image), common.bytes_below(tree))
 
 
-def verify(options, tree, image):
-    """A fast wrong answer is worth nothing: the output must equal the tree."""
-    out = options.work / "verify"
-    common.remove(out)
-    out.mkdir()
-    common.execute([str(options.morvunp), "extract", "-q", str(image), "-C", str(out)],
-                   common.OURS)
-    different = common.differences(tree, out)
-    common.remove(out)
-    if different:
-        sys.exit(f"morvunp's output differs from {tree} in {len(different)} paths, "
-                 f"first {different[0]}")
-    print(f"\nverified: what morvunp extracts from {image.name} equals its source tree")
-
-
 def main():
     options = common.parse_options(__doc__, cases=("list", "small", "large", "udf-list", "udf-small"))
     quick = options.quick
 
     def prepare(*what, udf=False):
         tree, image = make_data(options, *what, udf)
-        verify(options, tree, image)
+        common.verify(options, tree, image)
         return tree, image
 
     if "list" in options.cases:

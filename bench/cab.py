@@ -90,7 +90,9 @@ def main():
     large = ("large", 1, 1, lambda _: size << 20)
     if "list" in options.cases:
         many, spread = (5_000, 50) if quick else (65_535, 500)
-        _, cabinet = prepare("many", many, spread, lambda generator: generator.randint(1, 20))
+        # More names than a command line holds.
+        _, cabinet = prepare("many", many, spread, lambda generator: generator.randint(1, 20),
+                             "lzx", make_lzx(options))
         common.run_case(listing(options, f"Listing a cabinet of {many:,} files", cabinet), options)
     if "large" in options.cases:
         common.run_case(extraction(options, f"Extracting {size} MiB, MSZIP", *prepare(*large)),

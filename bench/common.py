@@ -78,10 +78,11 @@ def parse_options(description, cases):
 # Data.
 
 
-def make_tree(folder, files, folders, size):
+def make_tree(folder, files, folders, size, make_pool=None):
     """Fills `folder` with files in a two-level tree, the same on every run.
 
-    `size(random)` gives the length of each file. Names are upper case and no
+    `size(random)` gives the length of each file. All are cut out of what
+    `make_pool(random)` gives, 4 MiB of noise when there is none. Names are upper case and no
     longer than 8.3, so that every program shows them alike.
     """
     generator = random.Random(1)
@@ -91,8 +92,8 @@ def make_tree(folder, files, folders, size):
         place = folder / f"T{number % tops:07}" / f"D{number:07}"
         place.mkdir(parents=True)
         places.append(place)
-    # Content that does not compress, without the cost of making all of it anew.
-    pool = generator.randbytes(1 << 22)
+    # Making all content anew would take long.
+    pool = make_pool(generator) if make_pool else generator.randbytes(1 << 22)
     for number in range(files):
         left = size(generator)
         with open(places[number % folders] / f"F{number:07}.DAT", "wb") as file:
@@ -185,6 +186,20 @@ def peak_memory(arguments, name):
     with tempfile.NamedTemporaryFile("r") as report:
         execute(["/usr/bin/time", "-f", "%M", "-o", report.name, *arguments], name)
         return int(report.read()) * 1024
+
+
+def verify(options, tree, archive):
+    """A fast wrong answer is worth nothing: the output must equal the tree."""
+    out = options.work / "verify"
+    remove(out)
+    out.mkdir()
+    execute([str(options.morvunp), "extract", "-q", str(archive), "-C", str(out)], OURS)
+    different = differences(tree, out)
+    remove(out)
+    if different:
+        sys.exit(f"morvunp's output differs from {tree} in {len(different)} paths, "
+                 f"first {different[0]}")
+    print(f"\nverified: what morvunp extracts from {archive.name} equals its source tree")
 
 
 class Workplace:

@@ -5,6 +5,7 @@
 #include "cab/extraction.h"
 #include "frame/filesystem.h"
 #include "frame/foldermap.h"
+#include "frame/iteminfo.h"
 #include "frame/itempath.h"
 #include "frame/progress.h"
 #include "frame/summary.h"
@@ -72,18 +73,6 @@ bool CCabUnpacker::LocateFile(const std::wstring& path) {
 
 namespace {
 
-/// Empties what both records share. The texts keep their memory: a walk fills
-/// the same record for every item.
-template <class Info>
-void EmptyCommon(Info& info) {
-  info.strExt.clear();
-  info.strTitle.clear();
-  info.strName.clear();
-  info.strPath.clear();
-  info.bInFolder = 0;
-  info.bFolder = 0;
-}
-
 /// The fields that both records share. False for a folder, which has no others.
 template <class Info>
 bool FillCommon(Info& info, const cab::CCabItemInfo& item) {
@@ -100,10 +89,10 @@ bool FillCommon(Info& info, const cab::CCabItemInfo& item) {
 
 }  // namespace
 
-void CCabUnpacker::EmptyShortInfo(CABFILESHORTINFO& info) const { EmptyCommon(info); }
+void CCabUnpacker::EmptyShortInfo(CABFILESHORTINFO& info) const { frame::EmptyCommon(info); }
 
 void CCabUnpacker::EmptyFullInfo(CABFILEFULLINFO& info) const {
-  EmptyCommon(info);
+  frame::EmptyCommon(info);
   info.nSize = 0;
   info.nDate = 0;
   info.nTime = 0;

@@ -2,6 +2,7 @@
 
 #include "frame/filesystem.h"
 #include "frame/foldermap.h"
+#include "frame/iteminfo.h"
 #include "frame/itempath.h"
 #include "frame/outputfolders.h"
 #include "frame/pathgate.h"
@@ -56,18 +57,6 @@ bool CIsoUnpacker::FindNextFile() { return m_pImage->Items().FindNextFile(); }
 
 namespace {
 
-/// Empties what both records share. The texts keep their memory: a walk fills
-/// the same record for every item.
-template <class Info>
-void EmptyCommon(Info& info) {
-  info.strExt.clear();
-  info.strTitle.clear();
-  info.strName.clear();
-  info.strPath.clear();
-  info.bInFolder = 0;
-  info.bFolder = 0;
-}
-
 /// The fields that both records share.
 template <class Info>
 void FillCommon(Info& info, const iso::ItemList& items, const iso::CIsoItemInfo& item) {
@@ -81,10 +70,10 @@ void FillCommon(Info& info, const iso::ItemList& items, const iso::CIsoItemInfo&
 
 }  // namespace
 
-void CIsoUnpacker::EmptyShortInfo(ISOFILESHORTINFO& info) const { EmptyCommon(info); }
+void CIsoUnpacker::EmptyShortInfo(ISOFILESHORTINFO& info) const { frame::EmptyCommon(info); }
 
 void CIsoUnpacker::EmptyFullInfo(ISOFILEFULLINFO& info) const {
-  EmptyCommon(info);
+  frame::EmptyCommon(info);
   info.nLocation = 0;
   info.nSize = 0;
   info.nSize64 = 0;

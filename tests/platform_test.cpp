@@ -150,6 +150,48 @@ TEST(Files, KeepTimesToTheirPrecision) {
   EXPECT_EQ(platform::FileTimeOfTimespec(INT64_MAX, 0).dwHighDateTime, 0U);
 }
 
+TEST(Times, OfMsDosAreLocal) {
+  const struct {
+    WORD date;
+    WORD time;
+    bool isValid;
+    std::int64_t seconds;
+  } cases[] = {{21 << 9 | 2 << 5 | 3, 4 << 11 | 5 << 5 | 3, true, 981173106 - 3600},
+               // In summer, whatever the season of today.
+               {21 << 9 | 7 << 5 | 3, 0, true, 994111200},
+               {20 << 9 | 2 << 5 | 29, 23 << 11 | 59 << 5 | 29, true, 951868798 - 3600},
+               {21 << 9 | 2 << 5 | 29, 0, false, 0},
+               {13 << 5 | 1, 0, false, 0},
+               {0, 0, false, 0},
+               {1 << 5 | 1, 24 << 11, false, 0},
+               {1 << 5 | 1, 30, false, 0}};
+  setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1);
+  tzset();
+  for (const auto& item : cases) {
+    SCOPED_TRACE(item.date);
+    FILETIME local;
+    FILETIME universal;
+    EXPECT_EQ(DosDateTimeToFileTime(item.date, item.time, &local) != FALSE, item.isValid);
+    if (!item.isValid) continue;
+    ASSERT_TRUE(LocalFileTimeToFileTime(&local, &universal));
+    EXPECT_EQ(platform::SecondsOfFileTime(universal), item.seconds);
+    EXPECT_EQ(platform::TimeOfDosDateTime(item.date, item.time), item.seconds);
+  }
+  unsetenv("TZ");
+  tzset();
+}
+
+TEST(Modules, AreLookedForBesideTheLibraryOnly) {
+  const HMODULE module = LoadLibraryW(L"Cabinet.dll");
+  ASSERT_NE(module, nullptr);
+  EXPECT_NE(GetProcAddress(module, "FDICopy"), nullptr);
+  EXPECT_EQ(GetProcAddress(module, "FCICreate"), nullptr);
+  EXPECT_EQ(GetLastError(), ERROR_PROC_NOT_FOUND);
+  EXPECT_TRUE(FreeLibrary(module));
+  EXPECT_EQ(LoadLibraryW(L"libc.so.6"), nullptr) << "the system's search path plays no part";
+  EXPECT_EQ(GetLastError(), ERROR_MOD_NOT_FOUND);
+}
+
 TEST(Windows, DeliverToTheirOwnProcedureUntilTheyAreDestroyed) {
   std::vector<UINT> seen;
   const HWND parent = platform::MakeWindow(nullptr, [&](UINT message, WPARAM, LPARAM) {

@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "support/cabbuilder.h"
 #include "support/command.h"
 #include "support/isobuilder.h"
 #include "support/tempfolder.h"
@@ -125,6 +126,31 @@ TEST_F(TerminalTest, ExtractsAFolderFlat) {
   EXPECT_EQ(result.exitCode, 0) << result.errors;
   const std::map<std::string, std::string> expected{{"A.TXT", "alpha"}, {"B.TXT", "beta"}};
   EXPECT_EQ(TreeOf(Out()), expected);
+}
+
+TEST_F(TerminalTest, ListsAndExtractsCabinets) {
+  testsupport::CabBuilder builder;
+  builder.Add(testsupport::CabMethod::kMszip,
+              {{"DOCS\\A.TXT", "alpha", 0x22}, {"DOCS\\DEEP\\B.TXT", "beta"}, {"../C", "refused"}});
+  builder.Add(testsupport::CabMethod::kStored, {{"D", "damaged"}});
+  std::string cabinet = builder.Build();
+  WriteFile(folder_.Path("x.cab"), cabinet);
+  const Result list = RunCommand({"list", folder_.Path("x.cab")});
+  EXPECT_NE(list.output.find("2001-02-03 04:05:06             5  -H    DOCS/A.TXT\n"),
+            std::string::npos)
+      << list.output;
+  EXPECT_NE(list.output.find("Files - 4, Folders - 2, Size - 23 bytes\n"), std::string::npos);
+  const Result flat = RunCommand({"extract", folder_.Path("x.cab"), "DOCS", "--flat", "-C", Out()});
+  EXPECT_EQ(flat.exitCode, 0) << flat.errors;
+  const std::map<std::string, std::string> expected{{"A.TXT", "alpha"}, {"B.TXT", "beta"}};
+  EXPECT_EQ(TreeOf(Out()), expected);
+  cabinet.back() ^= 1;
+  WriteFile(folder_.Path("x.cab"), cabinet);
+  const Result all = RunCommand({"extract", folder_.Path("x.cab"), "-C", folder_.Path("all")});
+  EXPECT_EQ(all.exitCode, 1);
+  EXPECT_NE(all.errors.find("C: refused: unsafe name"), std::string::npos) << all.errors;
+  EXPECT_NE(all.errors.find("D: failed: damaged in the archive"), std::string::npos) << all.errors;
+  EXPECT_EQ(ReadFile(folder_.Path("all/DOCS/DEEP/B.TXT")), "beta");
 }
 
 TEST_F(TerminalTest, TakesTheFileThatIsSpelledExactlySo) {

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "platform/cabinet/checksum.h"
+#include "platform/cabinet/littleendian.h"
 
 namespace cabinet {
 namespace {
@@ -13,10 +14,6 @@ constexpr std::size_t kFileSize = 16;
 constexpr std::size_t kBlockHeaderSize = 8;
 constexpr BYTE kMajorVersion = 1;
 constexpr BYTE kNewestMinorVersion = 3;
-
-WORD Word(const BYTE* bytes) { return static_cast<WORD>(bytes[0] | bytes[1] << 8); }
-
-DWORD Dword(const BYTE* bytes) { return Word(bytes) | DWORD{Word(bytes + 2)} << 16; }
 
 /// Takes a zero-terminated text and copies it.
 void ReadText(Reader& reader, char (&text)[CB_MAX_CAB_PATH]) {
@@ -32,7 +29,7 @@ void ReadReserves(Reader& reader, Header& header) {
   const BYTE* const sizes = reader.Take(4);
   header.folderReserve = sizes[2];
   header.blockReserve = sizes[3];
-  reader.Take(Word(sizes));
+  reader.Take(WordAt(sizes));
 }
 
 void ReadNeighbours(Reader& reader, Header& header) {
@@ -66,13 +63,13 @@ Header ReadHeader(Reader& reader) {
     Fail(FDIERROR_UNKNOWN_CABINET_VERSION);
   }
   Header header{};
-  header.cabinetSize = Dword(bytes + 8);
-  header.filesOffset = Dword(bytes + 16);
-  header.folders = Word(bytes + 26);
-  header.files = Word(bytes + 28);
-  header.flags = Word(bytes + 30);
-  header.setId = Word(bytes + 32);
-  header.index = Word(bytes + 34);
+  header.cabinetSize = DwordAt(bytes + 8);
+  header.filesOffset = DwordAt(bytes + 16);
+  header.folders = WordAt(bytes + 26);
+  header.files = WordAt(bytes + 28);
+  header.flags = WordAt(bytes + 30);
+  header.setId = WordAt(bytes + 32);
+  header.index = WordAt(bytes + 34);
   if (header.HasReserve()) ReadReserves(reader, header);
   ReadNeighbours(reader, header);
   header.foldersOffset = static_cast<DWORD>(reader.Position() - start);
@@ -84,7 +81,7 @@ Folder ReadFolder(Reader& reader, const Header& header, WORD index) {
   const std::size_t stride = kFolderSize + header.folderReserve;
   reader.Seek(header.foldersOffset + index * stride);
   const BYTE* const bytes = reader.Take(kFolderSize);
-  return {Dword(bytes), Word(bytes + 4), Word(bytes + 6)};
+  return {DwordAt(bytes), WordAt(bytes + 4), WordAt(bytes + 6)};
 }
 
 File ReadFile(Reader& reader) {
@@ -95,12 +92,12 @@ File ReadFile(Reader& reader) {
   if (end == nullptr) Fail(FDIERROR_CORRUPT_CABINET);
   const BYTE* const entry = bytes.data();
   reader.Drop(static_cast<std::size_t>(end - entry) + 1);
-  return {.size = Dword(entry),
-          .offset = Dword(entry + 4),
-          .folder = Word(entry + 8),
-          .date = Word(entry + 10),
-          .time = Word(entry + 12),
-          .attributes = Word(entry + 14),
+  return {.size = DwordAt(entry),
+          .offset = DwordAt(entry + 4),
+          .folder = WordAt(entry + 8),
+          .date = WordAt(entry + 10),
+          .time = WordAt(entry + 12),
+          .attributes = WordAt(entry + 14),
           .name = reinterpret_cast<const char*>(name)};
 }
 
@@ -108,9 +105,9 @@ Block ReadBlock(Reader& reader, const Header& header) {
   const std::size_t before = kBlockHeaderSize + header.blockReserve;
   const auto head = reader.Peek(kBlockHeaderSize);
   if (head.size() < kBlockHeaderSize) Fail(FDIERROR_EOF);
-  const WORD packedSize = Word(head.data() + 4);
+  const WORD packedSize = WordAt(head.data() + 4);
   const BYTE* const bytes = reader.Take(before + packedSize);
-  const Block block{Dword(bytes), packedSize, Word(bytes + 6), bytes + before};
+  const Block block{DwordAt(bytes), packedSize, WordAt(bytes + 6), bytes + before};
   if (block.size > kBlockSize || !IsIntact(bytes, header.blockReserve, block)) {
     Fail(FDIERROR_CORRUPT_CABINET);
   }

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "platform/cabinet/littleendian.h"
+
 namespace cabinet {
 namespace {
 
@@ -41,12 +43,6 @@ unsigned SlotsOf(std::size_t window) {
   return static_cast<unsigned>(std::find_if(kSlotTable.begin(), kSlotTable.end(),
                                             [&](const Slot& slot) { return slot.base >= window; }) -
                                kSlotTable.begin());
-}
-
-DWORD DwordAt(const BYTE* bytes) {
-  DWORD value = 0;
-  std::memcpy(&value, bytes, sizeof value);
-  return value;
 }
 
 /// Copies `length` bytes from `distance` back; may write up to kStep more.

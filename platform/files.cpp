@@ -31,12 +31,15 @@ int MoveUp(int descriptor) {
   return moved;
 }
 
-bool LockedByOthers(int descriptor, Share share) {
+bool LockedByOthers(int descriptor, Share share, bool writing) {
   if (share == Share::kAnything) return false;
-  const int mode = share == Share::kNothing ? LOCK_EX : LOCK_SH;
+  // Readers do not share with writers, so a writer first asks for everything.
+  const int mode = share == Share::kNothing || writing ? LOCK_EX : LOCK_SH;
   // File systems without locks refuse with other codes; sharing is a courtesy,
   // so that is no reason to fail.
-  return flock(descriptor, mode | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+  if (flock(descriptor, mode | LOCK_NB) != 0) return errno == EWOULDBLOCK;
+  if (share == Share::kReadersOnly && writing) flock(descriptor, LOCK_SH | LOCK_NB);
+  return false;
 }
 
 /// The file that was created last. Nobody else can have it open yet, and most
@@ -55,7 +58,7 @@ bool TakeLateLock(int descriptor) {
     return true;
   }
   lateLock = {};
-  return !LockedByOthers(descriptor, Share::kNothing);
+  return !LockedByOthers(descriptor, Share::kNothing, true);
 }
 
 /// Checks what an existing path turned out to be.
@@ -74,13 +77,15 @@ int OpenDescriptor(const std::string& path, int flags, Share share) {
   const int openFlags = (flags & ~O_TRUNC) | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
   const int descriptor = MoveUp(open(path.c_str(), openFlags, 0666));
   if (descriptor < 0) return -1;
+  const bool writing = (flags & O_ACCMODE) != O_RDONLY;
   if ((flags & O_EXCL) == 0) {
-    const int error = ErrorOfExisting(descriptor, (flags & O_ACCMODE) != O_RDONLY);
+    const int error = ErrorOfExisting(descriptor, writing);
     if (error != 0) return CloseWithErrno(descriptor, error);
   }
   const bool isFresh = (flags & O_EXCL) != 0;
-  lateLock = isFresh && share == Share::kNothing ? LateLock{descriptor, false} : LateLock{};
-  if (!isFresh && LockedByOthers(descriptor, share)) return CloseWithErrno(descriptor, EWOULDBLOCK);
+  lateLock = isFresh && share != Share::kAnything ? LateLock{descriptor, false} : LateLock{};
+  if (!isFresh && LockedByOthers(descriptor, share, writing))
+    return CloseWithErrno(descriptor, EWOULDBLOCK);
   if ((flags & O_TRUNC) != 0 && ftruncate(descriptor, 0) != 0) {
     return CloseWithErrno(descriptor, errno);
   }

@@ -372,6 +372,16 @@ TEST_F(SevenZip, WritesNothingOutsideTheTarget) {
   EXPECT_THAT(Names(), ElementsAre("good", "link@", "planted@"));
 }
 
+TEST_F(SevenZip, NeverOverwritesTheArchiveItself) {
+  Put("x.7z", "an item of the archive's own name");
+  Make("");
+  const std::string bytes = ReadFile(folder.Path("x.7z"));
+  ASSERT_TRUE(Open());
+  unpacker.SetIni({.bConfirmReplace = 0});
+  EXPECT_FALSE(unpacker.UnpackArchive(folder.LibraryPath()));
+  EXPECT_EQ(ReadFile(folder.Path("x.7z")), bytes);
+}
+
 TEST_F(SevenZip, NamesAnItemWithoutANameAfterTheArchive) {
   Put("data", "nameless");
   const std::string command =

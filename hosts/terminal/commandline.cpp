@@ -9,7 +9,7 @@
 #include "extract.h"
 #include "info.h"
 #include "list.h"
-#include "passwordanswer.h"
+#include "password.h"
 #include "platform/text.h"
 #include "text.h"
 

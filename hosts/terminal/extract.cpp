@@ -8,26 +8,36 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
-#include <optional>
 #include <utility>
 
-#include "archive.h"
+#include "archivefile.h"
 #include "exitcode.h"
+#include "hosts/common/outcomereport.h"
+#include "hosts/common/unpackrun.h"
+#include "hosts/common/unpackwindows.h"
 #include "interrupt.h"
-#include "outcomereport.h"
 #include "output.h"
-#include "plan.h"
+#include "password.h"
 #include "platform/text.h"
 #include "progressline.h"
 #include "question.h"
 #include "selection.h"
 #include "terminalinterface.h"
 #include "text.h"
-#include "unpackwatch.h"
-#include "unpackwindows.h"
 
 namespace terminal {
 namespace {
+
+using host::Item;
+using host::Reason;
+using host::Request;
+using host::Run;
+using host::RunKind;
+using host::Totals;
+
+constexpr const char* kKept = "kept the existing file";
+constexpr const char* kKeptUnasked =
+    "kept the existing file (no terminal to ask; use --overwrite=all to replace)";
 
 INIUNPACK SettingsOf(const ExtractCommand& command) {
   INIUNPACK settings;
@@ -49,7 +59,7 @@ struct RunList {
 };
 
 /// Names every path that the archive lacks on stderr.
-RunList RunsOf(Archive& archive, const ExtractCommand& command) {
+RunList RunsOf(host::Archive& archive, const ExtractCommand& command) {
   if (command.paths.empty()) return {.runs = {{RunKind::kArchive, {}}}};
   RunList list;
   const auto selections = FindSelections(archive, command.paths);
@@ -98,71 +108,6 @@ std::wstring TargetOf(const std::string& directory) {
   return target;
 }
 
-/// True for the formats whose UnpackCurrentFile writes the item that the walk
-/// has reached. A cabinet finds the items of a run by their paths.
-template <class U>
-constexpr bool kUnpacksAtCursor = !std::is_same_v<U, CCabUnpacker>;
-
-/// UnpackFolder always keeps folders, so that a flat run takes each file.
-template <class U>
-void UnpackFlat(U& unpacker, const Request& request, const Run& run,
-                const TerminalInterface& interface) {
-  std::vector<std::wstring> paths;
-  WalkItems<typename U::FullInfo>(unpacker, [&](const typename U::FullInfo& record) {
-    const Item item = ItemOf(record);
-    if (IsContinuation(record) || !PlaceInRun(request, run, item)) return true;
-    if constexpr (kUnpacksAtCursor<U>) {
-      unpacker.UnpackCurrentFile(std::wstring(item.name), request.target);
-    } else {
-      paths.emplace_back(item.path);
-    }
-    return !interface.Stopped();
-  });
-  for (const std::wstring& path : paths) {
-    if (interface.Stopped()) return;
-    unpacker.UnpackFile(path, request.target);
-  }
-}
-
-/// UnpackFile takes the first file with this path in any case; one that comes
-/// later and is spelled exactly so has to be reached by the walk.
-template <class U>
-void UnpackOneFile(U& unpacker, const Request& request, const Run& run) {
-  bool isFirst = true;
-  std::optional<OutputPlace> place;
-  WalkItems<typename U::FullInfo>(unpacker, [&](const typename U::FullInfo& record) {
-    const Item item = ItemOf(record);
-    place = PlaceInRun(request, run, item);
-    if (!place && _wcsicmp(item.path.c_str(), run.path.c_str()) == 0)
-      isFirst = !kUnpacksAtCursor<U>;
-    if (!place || isFirst) return !place;
-    if (MakeOutputFolder(place->folder, request.target)) {
-      unpacker.UnpackCurrentFile(std::wstring(item.name), place->folder);
-    }
-    return false;
-  });
-  if (place && isFirst) unpacker.UnpackFile(run.path, request.target);
-}
-
-template <class U>
-void UnpackRun(U& unpacker, const Request& request, const Run& run,
-               const TerminalInterface& interface) {
-  switch (run.kind) {
-    case RunKind::kArchive:
-      unpacker.UnpackArchive(request.target);
-      return;
-    case RunKind::kFolder:
-      unpacker.UnpackFolder(run.path, request.target);
-      return;
-    case RunKind::kFolderFlat:
-      UnpackFlat(unpacker, request, run, interface);
-      return;
-    case RunKind::kFile:
-      UnpackOneFile(unpacker, request, run);
-      return;
-  }
-}
-
 std::string Counted(std::uint64_t count, const char* one, const char* many) {
   return GroupedNumber(count) + " " + (count == 1 ? one : many);
 }
@@ -179,36 +124,36 @@ int PrintTotals(const Totals& totals, const std::string& directory, int exitCode
 }  // namespace
 
 int Extract(const ExtractCommand& command) {
-  UnpackWatch watch;
+  host::UnpackWatch watch;
   ProgressLine line(!command.isQuiet && isatty(STDERR_FILENO) == 1);
-  PasswordAnswer password(command.password);
-  ItemProblems problems;
+  host::PasswordAnswer password = AnswerOnTerminal(command.password);
+  host::ItemProblems problems;
   TerminalInterface interface(watch, line, password, command.overwrite == Overwrite::kNone);
-  UnpackWindows windows(watch, line);
+  host::UnpackWindows windows(watch);
+  windows.onProgress = [&](unsigned) { line.Show(watch.BytesDone(), watch.CurrentName()); };
   interface.SetProgressWindow(windows.Progress());
-  Archive archive = OpenArchiveFile(command.archive, {SettingsOf(command), windows.FileTree(),
-                                                      windows.Progress(), &problems, &password});
+  host::Archive archive = OpenForCommand(
+      command.archive,
+      {SettingsOf(command), windows.FileTree(), windows.Progress(), &problems, &password});
 
   RunList list = RunsOf(archive, command);
   if (list.runs.empty()) return kExitIncomplete;
   const Request request{SettingsOf(command), TargetOf(command.directory), std::move(list.runs)};
   const InterruptGuard guard;
-  watch.Start(MakePlan(archive, request));
+  watch.Start(host::MakePlan(archive, request));
   line.Start(watch.TotalBytes());
-  for (const Run& run : request.runs) {
-    if (interface.Stopped()) break;
-    WithUnpacker(archive, [&](auto& unpacker) {
-      UnpackRun(unpacker, request, run, interface);
-      if (ReasonOfGap(unpacker)) problems.EndRun();
-    });
-  }
+  host::UnpackRequest(archive, request, interface.Stop(), problems);
   line.Clear();
 
+  const bool isUnasked = command.overwrite == Overwrite::kAsk && !CanAsk();
   const Totals totals =
-      ReportOutcome(archive, request, watch,
-                    {.stopped = interface.Stopped(),
-                     .keptUnasked = command.overwrite == Overwrite::kAsk && !CanAsk(),
-                     .problems = &problems});
+      host::ReportOutcome(archive, request, watch,
+                          {.stopped = interface.Stopped(),
+                           .kept = {isUnasked ? kKeptUnasked : kKept},
+                           .problems = &problems},
+                          [](const Item& item, const Reason& reason) {
+                            PrintError(ShownPath(item.path) + ": " + ShownReason(reason));
+                          });
   if (interface.Stopped()) return kExitInterrupted;
   const bool isListWhole = CheckComplete(archive, command.archive) == kExitComplete;
   const bool isComplete = list.allFound && totals.missing == 0 && isListWhole;

@@ -1,6 +1,6 @@
 #include "info.h"
 
-#include "archive.h"
+#include "archivefile.h"
 #include "exitcode.h"
 #include "output.h"
 #include "selection.h"
@@ -10,8 +10,10 @@
 namespace terminal {
 namespace {
 
+using host::Archive;
+
 std::wstring TextOf(Archive& archive, const Selection& selection) {
-  return WithUnpacker(archive, [&](auto& unpacker) {
+  return host::WithUnpacker(archive, [&](auto& unpacker) {
     return selection.isFolder ? unpacker.GetFolderOutputInfo(selection.path)
                               : unpacker.GetFileOutputInfo(selection.path);
   });
@@ -38,12 +40,12 @@ int WriteSelections(Archive& archive, const std::string& archivePath,
 int Info(const std::string& archivePath, const std::vector<std::string>& paths,
          const std::optional<std::wstring>& password) {
   ListingInterface interface(password);
-  Archive archive = OpenArchiveFile(archivePath, {.password = &interface.password});
+  Archive archive = OpenForCommand(archivePath, {.password = &interface.password});
   StandardOutput output;
   if (!paths.empty()) {
     return output.Finish(interface.ExitCode(WriteSelections(archive, archivePath, paths, output)));
   }
-  output.Text() += ShownText(SummaryOf(archive)) + "\n";
+  output.Text() += ShownText(host::SummaryOf(archive)) + "\n";
   return output.Finish(interface.ExitCode(CheckComplete(archive, archivePath)));
 }
 

@@ -1,6 +1,6 @@
 #include "list.h"
 
-#include "archive.h"
+#include "archivefile.h"
 #include "output.h"
 #include "platform/text.h"
 #include "terminalinterface.h"
@@ -9,6 +9,9 @@
 
 namespace terminal {
 namespace {
+
+using host::Archive;
+using host::Item;
 
 constexpr const char* kHeader = "Modified                      Size  Attr  Path\n";
 constexpr std::size_t kSizeColumns = 14;
@@ -29,11 +32,11 @@ void AppendRow(std::string& out, const Item& item, LocalTimeText& times) {
 void WriteTable(Archive& archive, StandardOutput& output) {
   LocalTimeText times;
   output.Text() += kHeader;
-  ForEachItem(archive, [&](const Item& item) {
+  host::ForEachItem(archive, [&](const Item& item) {
     AppendRow(output.Text(), item, times);
     return output.Pass();
   });
-  output.Text() += ShownText(SummaryOf(archive)) + "\n";
+  output.Text() += ShownText(host::SummaryOf(archive)) + "\n";
 }
 
 /// A time that was not recorded has no member.
@@ -79,7 +82,7 @@ void WriteJson(Archive& archive, const std::string& archivePath, StandardOutput&
   AppendNativeJsonString(output.Text(), archivePath);
   output.Text() += ",\"items\":[";
   bool isFirst = true;
-  ForEachItem(archive, [&](const Item& item) {
+  host::ForEachItem(archive, [&](const Item& item) {
     output.Text() += isFirst ? "\n" : ",\n";
     isFirst = false;
     AppendObject(output.Text(), item, times);
@@ -92,7 +95,7 @@ void WriteJson(Archive& archive, const std::string& archivePath, StandardOutput&
 
 int List(const std::string& archivePath, bool asJson, const std::optional<std::wstring>& password) {
   ListingInterface interface(password);
-  Archive archive = OpenArchiveFile(archivePath, {.password = &interface.password});
+  Archive archive = OpenForCommand(archivePath, {.password = &interface.password});
   StandardOutput output;
   if (asJson) {
     WriteJson(archive, archivePath, output);

@@ -39,7 +39,7 @@ Fit FitOf(const std::wstring& path, const std::wstring& wanted) {
   return CompareBeginning(path, wanted, kBeneath, kBeneathIgnoringCase);
 }
 
-void Consider(Search& search, const Item& item) {
+void Consider(Search& search, const host::Item& item) {
   if (search.fit == kItem) return;
   const Fit fit = FitOf(item.path, search.path);
   if (fit <= search.fit) return;
@@ -50,11 +50,11 @@ void Consider(Search& search, const Item& item) {
 
 }  // namespace
 
-std::vector<std::optional<Selection>> FindSelections(Archive& archive,
+std::vector<std::optional<Selection>> FindSelections(host::Archive& archive,
                                                      const std::vector<std::string>& paths) {
   std::vector<Search> searches;
   for (const std::string& path : paths) searches.push_back({.path = WantedPath(path)});
-  ForEachItem(archive, [&](const Item& item) {
+  host::ForEachItem(archive, [&](const host::Item& item) {
     for (Search& search : searches) Consider(search, item);
     return true;
   });

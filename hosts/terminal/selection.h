@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "archive.h"
+#include "hosts/common/archive.h"
 
 namespace terminal {
 
@@ -21,7 +21,7 @@ struct Selection {
 /// names nothing. "/" and "\" separate components, and one may end a path. An
 /// item that is spelled exactly so wins over one that differs in case. A
 /// folder may have no item of its own, only items beneath it.
-std::vector<std::optional<Selection>> FindSelections(Archive& archive,
+std::vector<std::optional<Selection>> FindSelections(host::Archive& archive,
                                                      const std::vector<std::string>& paths);
 
 }  // namespace terminal

@@ -5,7 +5,6 @@
 
 #include "dialogquestion.h"
 #include "interrupt.h"
-#include "morvunp/messages.h"
 #include "output.h"
 #include "question.h"
 #include "text.h"
@@ -36,8 +35,8 @@ std::optional<UINT> PasswordEditOf(const CDialog& dialog) {
 
 }  // namespace
 
-TerminalInterface::TerminalInterface(UnpackWatch& watch, ProgressLine& line,
-                                     PasswordAnswer& password, bool keepExisting)
+TerminalInterface::TerminalInterface(host::UnpackWatch& watch, ProgressLine& line,
+                                     host::PasswordAnswer& password, bool keepExisting)
     : watch_(watch),
       line_(line),
       password_(password),
@@ -71,14 +70,14 @@ void TerminalInterface::RunReplaceDialog(CDialog& dialog) {
   const bool keepUnasked = keepExisting_ || !canAsk_;
   const UINT pressed = keepUnasked ? kReplaceNo : AskDialog(dialog).value_or(kReplaceCancel);
   if (pressed == kReplaceNo || pressed == kReplaceCancel) watch_.Kept(NameInDialog(dialog));
-  if (pressed == kReplaceCancel) stopped_ = true;
+  if (pressed == kReplaceCancel) stop_.Cancel();
   dialog.Press(pressed);
 }
 
 void TerminalInterface::RunPasswordDialog(CDialog& dialog, UINT edit) {
   const auto answer = password_.Get();
   if (!answer) {
-    stopped_ = stopped_ || password_.WasCancelled();
+    if (password_.WasCancelled()) stop_.Cancel();
     dialog.PressEscape();
     return;
   }
@@ -104,35 +103,29 @@ int TerminalInterface::ShowMessageBox(const std::wstring& text, const std::wstri
     ShowProblem(text);
     return IDOK;
   }
-  if (stopRequested_) return AnswerStopRequest(text) ? IDYES : IDNO;
+  if (stop_.IsMade()) {
+    AnswerStopRequest(text);
+    return stop_.Stopped() ? IDYES : IDNO;
+  }
   if (!canAsk_) return IDNO;
   return Ask(ShownText(text), {{'y', "Yes"}, {'n', "No"}}, 1) == 0U ? IDYES : IDNO;
 }
 
-bool TerminalInterface::AnswerStopRequest(const std::wstring& text) {
-  stopRequested_ = false;
+void TerminalInterface::AnswerStopRequest(const std::wstring& text) {
   // From here on Ctrl-C is an answer, not another request.
   ForgetInterrupt();
   if (canAsk_) {
-    stopped_ = Ask(ShownText(text), {{'y', "Yes"}, {'n', "No"}}, 1).value_or(0) == 0;
+    stop_.Answer(Ask(ShownText(text), {{'y', "Yes"}, {'n', "No"}}, 1).value_or(0) == 0);
   } else {
     PrintError("interrupted");
-    stopped_ = true;
+    stop_.Answer(true);
   }
-  return stopped_;
 }
 
 void TerminalInterface::RunPendingEvents() {
-  if (!InterruptPending() || progressWindow_ == nullptr) return;
-  // The library may drop a request between two files, so it is made again
-  // until the question appears; not at every call, because the library calls
-  // for each message that it takes.
-  constexpr std::chrono::milliseconds kInterval{50};
-  const auto now = Clock::now();
-  if (stopRequested_ && now - lastRequest_ < kInterval) return;
-  stopRequested_ = true;
-  lastRequest_ = now;
-  PostMessageW(progressWindow_, WM_UNPACK_STOP, 0, 0);
+  if (progressWindow_ == nullptr || !InterruptPending()) return;
+  stop_.Make();
+  stop_.PostTo(progressWindow_);
 }
 
 }  // namespace terminal

@@ -1,16 +1,16 @@
 // The library's dialogs and message boxes on a terminal.
 #pragma once
 
-#include <chrono>
 #include <optional>
 #include <string>
 #include <utility>
 
 #include "exitcode.h"
-#include "passwordanswer.h"
+#include "hosts/common/stoprequest.h"
+#include "hosts/common/unpackwatch.h"
+#include "password.h"
 #include "platform/userinterface.h"
 #include "progressline.h"
-#include "unpackwatch.h"
 
 namespace terminal {
 
@@ -20,7 +20,7 @@ class TerminalInterface : public platform::UserInterface {
  public:
   /// With `keepExisting` the question whether to replace a file is answered No
   /// without being shown.
-  TerminalInterface(UnpackWatch& watch, ProgressLine& line, PasswordAnswer& password,
+  TerminalInterface(host::UnpackWatch& watch, ProgressLine& line, host::PasswordAnswer& password,
                     bool keepExisting);
   ~TerminalInterface() override;
   TerminalInterface(const TerminalInterface&) = delete;
@@ -29,7 +29,8 @@ class TerminalInterface : public platform::UserInterface {
   /// The window that a request to stop is posted to.
   void SetProgressWindow(HWND window) { progressWindow_ = window; }
   /// The user has cancelled or interrupted the unpack.
-  bool Stopped() const { return stopped_; }
+  bool Stopped() const { return stop_.Stopped(); }
+  const host::StopRequest& Stop() const { return stop_; }
 
   bool RunDialog(CDialog& dialog) override;
   int ShowMessageBox(const std::wstring& text, const std::wstring& caption, UINT type) override;
@@ -37,35 +38,32 @@ class TerminalInterface : public platform::UserInterface {
   HICON FindIcon(const std::wstring&, bool) override { return nullptr; }
 
  private:
-  using Clock = std::chrono::steady_clock;
-
   void RunReplaceDialog(CDialog& dialog);
   void RunPasswordDialog(CDialog& dialog, UINT edit);
   void ShowProblem(const std::wstring& text);
-  bool AnswerStopRequest(const std::wstring& text);
+  void AnswerStopRequest(const std::wstring& text);
 
-  UnpackWatch& watch_;
+  host::UnpackWatch& watch_;
   ProgressLine& line_;
-  PasswordAnswer& password_;
+  host::PasswordAnswer& password_;
   bool keepExisting_;
   bool canAsk_;
   HWND progressWindow_ = nullptr;
-  bool stopRequested_ = false;
-  bool stopped_ = false;
-  Clock::time_point lastRequest_;
+  host::StopRequest stop_;
 };
 
 /// The user interface of a command that unpacks nothing.
 struct ListingInterface {
   explicit ListingInterface(std::optional<std::wstring> givenPassword)
-      : password(std::move(givenPassword)), interface(watch, line, password, true) {}
+      : password(AnswerOnTerminal(std::move(givenPassword))),
+        interface(watch, line, password, true) {}
 
   /// kExitInterrupted when a question was cancelled, else `exitCode`.
   int ExitCode(int exitCode) const { return interface.Stopped() ? kExitInterrupted : exitCode; }
 
-  UnpackWatch watch;
+  host::UnpackWatch watch;
   ProgressLine line{false};
-  PasswordAnswer password;
+  host::PasswordAnswer password;
   TerminalInterface interface;
 };
 

@@ -6,45 +6,18 @@
 #include <charconv>
 #include <cstdio>
 
+#include "hosts/common/escape.h"
 #include "platform/text.h"
 
 namespace terminal {
 namespace {
 
+using host::IsEncodable;
+using host::NeedsEscape;
+
 enum class Form { kPath, kText };
 
 constexpr bool IsAsciiPrintable(wchar_t c) { return c >= 0x20 && c < 0x7f; }
-constexpr bool IsSurrogate(wchar_t c) { return c >= 0xd800 && c <= 0xdfff; }
-
-/// Characters that change the direction or the line of what follows them.
-constexpr bool IsLayoutControl(wchar_t c) {
-  return c == 0x061c || (c >= 0x200e && c <= 0x200f) || (c >= 0x2028 && c <= 0x202e) ||
-         (c >= 0x2066 && c <= 0x2069) || (c >= 0xe0000 && c <= 0xe007f);
-}
-
-constexpr bool IsEncodable(wchar_t c) {
-  return static_cast<std::uint32_t>(c) <= 0x10ffff && !IsSurrogate(c);
-}
-
-constexpr bool NeedsEscape(wchar_t c) {
-  return c < 0x20 || (c >= 0x7f && c <= 0x9f) || IsLayoutControl(c) || !IsEncodable(c);
-}
-
-/// U+DC00 + byte stands for a byte of a file name that is no character.
-constexpr bool IsRawByte(wchar_t c) { return c >= 0xdc80 && c <= 0xdcff; }
-
-void AppendEscape(std::string& out, wchar_t c) {
-  if (c == 0xdc5c) {
-    out += "\\\\";
-    return;
-  }
-  const auto code = static_cast<std::uint32_t>(IsRawByte(c) ? c - 0xdc00 : c);
-  const char* format = code <= 0xff ? "\\x%02x" : code <= 0xffff ? "\\u%04x" : "\\U%08x";
-  char escape[16];
-  std::snprintf(escape, sizeof escape, format, code);
-  out += escape;
-}
-
 /// Appends the characters that need more than a copy or an escape in the
 /// terminal's codeset and returns how many they are.
 std::size_t AppendForeignRun(std::string& out, std::wstring_view text) {
@@ -59,11 +32,11 @@ void AppendSimple(std::string& out, wchar_t c, Form form) {
   if (form == Form::kPath && c == L'\\') {
     out += '/';
   } else if (form == Form::kPath && c == L'/') {
-    AppendEscape(out, c);
+    out += host::EscapeOf(c);
   } else if (IsAsciiPrintable(c) || (form == Form::kText && c == L'\n')) {
     out += static_cast<char>(c);
   } else {
-    AppendEscape(out, c);
+    out += host::EscapeOf(c);
   }
 }
 

@@ -6,10 +6,10 @@
 #include <string_view>
 #include <vector>
 
-#include "plan.h"
-#include "writtenfile.h"
+#include "hosts/common/plan.h"
+#include "hosts/common/writtenfile.h"
 
-namespace terminal {
+namespace host {
 
 /// Told of everything that the library reports, in its order, it records the
 /// outcome of each planned item. The library works through the files of a plan
@@ -60,4 +60,4 @@ class UnpackWatch {
   std::wstring currentName_;
 };
 
-}  // namespace terminal
+}  // namespace host

@@ -1,4 +1,4 @@
-#include "archive.h"
+#include "hosts/common/archive.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -11,40 +11,37 @@
 #include <optional>
 #include <string_view>
 
-#include "exitcode.h"
-#include "output.h"
+#include "hosts/common/sevenzipfile.h"
 #include "platform/text.h"
-#include "sevenzipfile.h"
-#include "text.h"
 
-namespace terminal {
+namespace host {
 namespace {
 
-std::string ReasonOfErrno(int error) {
+Reason ReasonOfErrno(int error) {
   switch (error) {
     case ENOENT:
     case ENOTDIR:
-      return "no such file";
+      return {"no such file"};
     case EACCES:
     case EPERM:
-      return "no permission to read it";
+      return {"no permission to read it"};
     default:
-      return std::strerror(error);
+      return {std::strerror(error)};
   }
 }
 
 /// Why a file of this kind cannot be an archive; none when it can.
-std::optional<std::string> ReasonOfKind(const struct stat& status) {
-  if (S_ISDIR(status.st_mode)) return "it is a folder";
+std::optional<Reason> ReasonOfKind(const struct stat& status) {
+  if (S_ISDIR(status.st_mode)) return Reason{"it is a folder"};
   if (S_ISBLK(status.st_mode)) return std::nullopt;
-  if (!S_ISREG(status.st_mode)) return "not a regular file";
-  if (status.st_size == 0) return "the file is empty";
+  if (!S_ISREG(status.st_mode)) return Reason{"not a regular file"};
+  if (status.st_size == 0) return Reason{"the file is empty"};
   return std::nullopt;
 }
 
 /// The unpackers answer only "no", so everything that the system can tell
 /// about the file is found out before they are asked.
-std::optional<std::string> ReasonAgainstFile(const std::string& path) {
+std::optional<Reason> ReasonAgainstFile(const std::string& path) {
   struct stat status {};
   if (stat(path.c_str(), &status) != 0) return ReasonOfErrno(errno);
   if (auto reason = ReasonOfKind(status)) return reason;
@@ -158,9 +155,9 @@ std::optional<Archive> TryAllFormats(const std::string& path, const ArchiveSetup
     return TryFormats(std::type_identity<Archive>{}, path, setup);
   } catch (const CAtlException&) {
     // The only error of this kind that leaves an open.
-    throw CommandError(ShownNativePath(path) + ": a recorded date is impossible");
+    throw OpenError{{"a recorded date is impossible"}};
   } catch (const CInvalidArgException&) {
-    throw CommandError(ShownNativePath(path) + ": damaged: it names a partition that it lacks");
+    throw OpenError{{"damaged: it names a partition that it lacks"}};
   }
 }
 
@@ -170,57 +167,62 @@ std::optional<Archive> TryWithPassword(const std::string& path, const ArchiveSet
     try {
       return TryAllFormats(path, setup);
     } catch (const PasswordProblem& wrong) {
-      const std::string text = ShownNativePath(path) + ": " + ReasonOf(wrong.problem, {});
+      const Reason reason = ReasonOf(wrong.problem, {});
       const bool wasCancelled = setup.password != nullptr && setup.password->WasCancelled();
-      if (wasCancelled) throw CommandError(text, kExitInterrupted);
-      if (setup.password == nullptr || !setup.password->Reject()) throw CommandError(text);
-      PrintError(text);
+      if (wasCancelled) throw OpenError{reason, true};
+      if (setup.password == nullptr || !setup.password->Reject()) throw OpenError{reason};
+      if (setup.onWrongPassword) setup.onWrongPassword(reason);
     }
   }
+}
+
+/// What is left to tell of a file that no format knew.
+Reason ReasonOfUnknown(const std::string& path, DWORD error) {
+  if (error == ERROR_SHARING_VIOLATION) return {"another program is writing to it"};
+  if (SevenZipTraitsOf(platform::ToLibraryPath(path)).hasSignature && !HasSevenZipEngine()) {
+    return {
+        "a 7z archive, but the 7-Zip engine is missing; install the package p7zip-full (or "
+        "7zip with its 7z.so)"};
+  }
+  if (error == ERROR_MOD_NOT_FOUND) return {"not an archive, or one whose module is missing"};
+  return {"not an archive that morvunp knows, or damaged"};
 }
 
 }  // namespace
 
 Archive OpenArchiveFile(const std::string& path, const ArchiveSetup& setup) {
-  if (const auto reason = ReasonAgainstFile(path)) {
-    throw CommandError(ShownNativePath(path) + ": " + *reason);
-  }
+  if (const auto reason = ReasonAgainstFile(path)) throw OpenError{*reason};
   SetLastError(ERROR_SUCCESS);
   auto archive = TryWithPassword(path, setup);
-  if (archive) return std::move(*archive);
-  if (GetLastError() == ERROR_SHARING_VIOLATION) {
-    throw CommandError(ShownNativePath(path) + ": another program is writing to it");
-  }
-  if (SevenZipTraitsOf(platform::ToLibraryPath(path)).hasSignature && !HasSevenZipEngine()) {
-    throw CommandError(ShownNativePath(path) +
-                       ": a 7z archive, but the 7-Zip engine is missing; install the package "
-                       "p7zip-full (or 7zip with its 7z.so)");
-  }
-  if (GetLastError() == ERROR_MOD_NOT_FOUND) {
-    throw CommandError(ShownNativePath(path) + ": not an archive, or one whose module is missing");
-  }
-  throw CommandError(ShownNativePath(path) + ": not an archive that morvunp knows, or damaged");
+  if (!archive) throw OpenError{ReasonOfUnknown(path, GetLastError())};
+  return std::move(*archive);
 }
 
-std::optional<std::string> ReasonOfGap(const CIsoUnpacker& unpacker) {
+std::optional<Reason> ReasonOfGap(const CIsoUnpacker& unpacker) {
   if (unpacker.IsListComplete()) return std::nullopt;
-  return "cut or damaged: not all of its folders could be read";
+  return Reason{"cut or damaged: not all of its folders could be read"};
 }
 
-std::optional<std::string> ReasonOfGap(const CCabUnpacker& unpacker) {
+std::optional<Reason> ReasonOfGap(const CCabUnpacker& unpacker) {
   if (unpacker.IsListComplete()) return std::nullopt;
-  return "cut or damaged: its table of files could not be read whole";
+  return Reason{"cut or damaged: its table of files could not be read whole"};
 }
 
-std::optional<std::string> ReasonOfGap(const C7zUnpacker& unpacker) {
+std::optional<Reason> ReasonOfGap(const C7zUnpacker& unpacker) {
   if (unpacker.IsListComplete()) return std::nullopt;
-  return "cut or damaged: the engine found errors in its headers";
+  return Reason{"cut or damaged: the engine found errors in its headers"};
 }
 
-std::optional<std::string> ReasonOfGap(const CRarUnpacker& unpacker) {
+std::optional<Reason> ReasonOfGap(const CRarUnpacker& unpacker) {
   const RarProblem problem = unpacker.GetWalkProblem();
   if (problem == RarProblem::kNone) return std::nullopt;
-  return "the list is cut short: " + ReasonOf(problem, {});
+  Reason reason = ReasonOf(problem, {});
+  reason.effect = "the list is cut short";
+  return reason;
+}
+
+std::optional<Reason> ReasonOfGap(Archive& archive) {
+  return WithUnpacker(archive, [](const auto& unpacker) { return ReasonOfGap(unpacker); });
 }
 
 std::wstring SummaryOf(Archive& archive) {
@@ -233,12 +235,4 @@ std::wstring SummaryOf(Archive& archive) {
   });
 }
 
-int CheckComplete(Archive& archive, const std::string& path) {
-  const auto reason =
-      WithUnpacker(archive, [](const auto& unpacker) { return ReasonOfGap(unpacker); });
-  if (!reason) return kExitComplete;
-  PrintError(ShownNativePath(path) + ": " + *reason);
-  return kExitIncomplete;
-}
-
-}  // namespace terminal
+}  // namespace host

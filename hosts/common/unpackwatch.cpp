@@ -1,10 +1,10 @@
-#include "unpackwatch.h"
+#include "hosts/common/unpackwatch.h"
 
 #include <algorithm>
 #include <numeric>
 #include <utility>
 
-namespace terminal {
+namespace host {
 
 void UnpackWatch::Start(Plan plan) {
   plan_ = std::move(plan);
@@ -95,4 +95,4 @@ void UnpackWatch::Pass(std::size_t end) {
   inFile_ = false;
 }
 
-}  // namespace terminal
+}  // namespace host

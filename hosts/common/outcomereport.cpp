@@ -1,15 +1,13 @@
-#include "outcomereport.h"
+#include "hosts/common/outcomereport.h"
 
 #include <sys/stat.h>
 
 #include <algorithm>
 #include <string>
 
-#include "output.h"
 #include "platform/text.h"
-#include "text.h"
 
-namespace terminal {
+namespace host {
 namespace {
 
 bool IsFolderOnDisk(const std::wstring& path) {
@@ -18,21 +16,21 @@ bool IsFolderOnDisk(const std::wstring& path) {
 }
 
 /// What the disk tells about a file that the library could not write.
-std::string ReasonOfFailure(const Item& item, const OutputPlace& place) {
+Reason ReasonOfFailure(const Item& item, const OutputPlace& place) {
   struct stat status {};
   if (lstat(platform::ToNativePath(place.Path()).c_str(), &status) == 0) {
-    if (S_ISLNK(status.st_mode)) return "failed: a symbolic link stands in its place";
-    if (S_ISDIR(status.st_mode)) return "failed: a folder stands in its place";
+    if (S_ISLNK(status.st_mode)) return {"failed: a symbolic link stands in its place"};
+    if (S_ISDIR(status.st_mode)) return {"failed: a folder stands in its place"};
   }
-  if (!IsFolderOnDisk(place.folder)) return "failed: its folder could not be created";
-  if (item.isEncrypted) return "failed: wrong password, or damaged in the archive";
-  return "failed: damaged in the archive, or could not be written";
+  if (!IsFolderOnDisk(place.folder)) return {"failed: its folder could not be created"};
+  if (item.isEncrypted) return {"failed: wrong password, or damaged in the archive"};
+  return {"failed: damaged in the archive, or could not be written"};
 }
 
 class Reporter {
  public:
-  Reporter(const UnpackWatch& watch, const ReportSettings& settings)
-      : watch_(watch), settings_(settings) {}
+  Reporter(const UnpackWatch& watch, const ReportSettings& settings, const TellMissing& tell)
+      : watch_(watch), settings_(settings), tell_(tell) {}
 
   void Visit(const Item& item, const OutputPlace& place) {
     const std::size_t index = index_++;
@@ -43,7 +41,7 @@ class Reporter {
       return;
     }
     ++totals_.missing;
-    PrintError(ShownPath(item.path) + ": " + Reason(index, item, place));
+    tell_(item, ReasonOf(index, item, place));
   }
 
   const Totals& Result() const { return totals_; }
@@ -54,34 +52,32 @@ class Reporter {
     totals_.bytes += planned.size;
   }
 
-  std::string Reason(std::size_t index, const Item& item, const OutputPlace& place) const {
+  Reason ReasonOf(std::size_t index, const Item& item, const OutputPlace& place) const {
     const PlannedItem& planned = watch_.Items()[index];
-    if (planned.outcome == Outcome::kRefused) return "refused: unsafe name";
-    if (planned.outcome == Outcome::kCutShort)
-      return "cut short: the archive ends before the file does";
+    if (planned.outcome == Outcome::kRefused) return {"refused: unsafe name"};
+    if (planned.outcome == Outcome::kCutShort) {
+      return {"cut short: the archive ends before the file does"};
+    }
     if (planned.outcome == Outcome::kWrongContent) {
-      return item.isEncrypted ? "wrong content: the password is wrong, or the archive is damaged"
-                              : "wrong content: damaged in the archive";
+      return {item.isEncrypted ? "wrong content: the password is wrong, or the archive is damaged"
+                               : "wrong content: damaged in the archive"};
     }
-    if (planned.outcome == Outcome::kKept) {
-      return settings_.keptUnasked ? "kept the existing file (no terminal to ask; use "
-                                     "--overwrite=all to replace)"
-                                   : "kept the existing file";
-    }
+    if (planned.outcome == Outcome::kKept) return settings_.kept;
     const ItemProblems* const problems = settings_.problems;
     if (problems != nullptr) {
-      if (const std::string* reason = problems->Find(item.path)) return *reason;
+      if (const Reason* reason = problems->Find(item.path)) return *reason;
     }
     if (settings_.stopped && index >= watch_.Next()) {
-      return index == watch_.Next() && watch_.InFile() ? "interrupted" : "not reached";
+      return {index == watch_.Next() && watch_.InFile() ? "interrupted" : "not reached"};
     }
-    if (problems != nullptr && problems->RunEnded()) return "not reached";
-    if (planned.isFolder) return "failed: the folder could not be created";
+    if (problems != nullptr && problems->RunEnded()) return {"not reached"};
+    if (planned.isFolder) return {"failed: the folder could not be created"};
     return ReasonOfFailure(item, place);
   }
 
   const UnpackWatch& watch_;
-  ReportSettings settings_;
+  const ReportSettings& settings_;
+  const TellMissing& tell_;
   Totals totals_;
   std::size_t index_ = 0;
 };
@@ -98,14 +94,14 @@ Totals TotalsOfComplete(const Plan& plan) {
 }  // namespace
 
 Totals ReportOutcome(Archive& archive, const Request& request, const UnpackWatch& watch,
-                     const ReportSettings& settings) {
+                     const ReportSettings& settings, const TellMissing& tell) {
   const bool isComplete = std::ranges::all_of(
       watch.Items(), [](const PlannedItem& item) { return item.outcome == Outcome::kWritten; });
   if (isComplete) return TotalsOfComplete(watch.Items());
-  Reporter reporter(watch, settings);
+  Reporter reporter(watch, settings, tell);
   ForEachPlanned(archive, request,
                  [&](const Item& item, const OutputPlace& place) { reporter.Visit(item, place); });
   return reporter.Result();
 }
 
-}  // namespace terminal
+}  // namespace host

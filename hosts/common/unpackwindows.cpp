@@ -1,17 +1,16 @@
-#include "unpackwindows.h"
+#include "hosts/common/unpackwindows.h"
 
 #include "morvunp/messages.h"
 
-namespace terminal {
+namespace host {
 namespace {
 
 LPCWSTR TextOf(LPARAM lParam) { return reinterpret_cast<LPCWSTR>(lParam); }
 
 }  // namespace
 
-UnpackWindows::UnpackWindows(UnpackWatch& watch, ProgressLine& line)
+UnpackWindows::UnpackWindows(UnpackWatch& watch)
     : watch_(watch),
-      line_(line),
       progress_(platform::MakeWindow(nullptr, [this](UINT message, WPARAM wParam, LPARAM lParam) {
         return OnProgress(message, wParam, lParam);
       })) {
@@ -28,14 +27,15 @@ LRESULT UnpackWindows::OnProgress(UINT message, WPARAM wParam, LPARAM lParam) {
   if (message != WM_UNPACK_PROGRESS) return 0;
   if (lParam != 0) watch_.FileStarts(TextOf(lParam));
   watch_.FileProgress(static_cast<unsigned>(wParam));
-  line_.Show(watch_.BytesDone(), watch_.CurrentName());
+  if (onProgress) onProgress(static_cast<unsigned>(wParam));
   return 0;
 }
 
 LRESULT UnpackWindows::OnFileTree(UINT message, LPARAM lParam) {
   if (message != WM_UNPACK_FILETREE || lParam == 0) return 0;
   watch_.Created(WrittenFile(TextOf(lParam)));
+  if (onCreated) onCreated(TextOf(lParam));
   return 0;
 }
 
-}  // namespace terminal
+}  // namespace host

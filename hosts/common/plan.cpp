@@ -1,8 +1,8 @@
-#include "plan.h"
+#include "hosts/common/plan.h"
 
 #include <functional>
 
-namespace terminal {
+namespace host {
 namespace {
 
 /// Knows which items the library refuses: those with an unsafe name, and all
@@ -54,6 +54,9 @@ std::optional<OutputPlace> PlaceInRun(const Request& request, const Run& run, co
     case RunKind::kFile:
       if (item.isFolder || item.path != run.path) return std::nullopt;
       return PlaceOfFile(settings, item.path, request.target);
+    case RunKind::kFiles:
+      if (item.isFolder || !run.files.contains(item.path)) return std::nullopt;
+      return PlaceOfFile(settings, item.path, request.target);
   }
   return std::nullopt;
 }
@@ -67,4 +70,4 @@ Plan MakePlan(Archive& archive, const Request& request) {
   return plan;
 }
 
-}  // namespace terminal
+}  // namespace host

@@ -4,13 +4,14 @@
 #include <string>
 #include <unordered_map>
 
+#include "hosts/common/reason.h"
 #include "morvunp/morvunp.h"
 
-namespace terminal {
+namespace host {
 
-/// The reason as it is shown, or of a whole archive that ends with it. `detail`
-/// as in RarProblemReport.
-std::string ReasonOf(RarProblem problem, const std::wstring& detail);
+/// Why an item, or a whole archive, did not come out. `detail` as in
+/// RarProblemReport.
+Reason ReasonOf(RarProblem problem, const std::wstring& detail);
 
 /// Remembers the reasons of a run until they are reported.
 class ItemProblems {
@@ -18,14 +19,14 @@ class ItemProblems {
   void Add(const std::wstring& path, RarProblem problem, const std::wstring& detail);
 
   /// Null when nothing was told of this item.
-  const std::string* Find(const std::wstring& path) const;
+  const Reason* Find(const std::wstring& path) const;
   /// A run has ended early, so that items behind were not reached.
   void EndRun() { runEnded_ = true; }
   bool RunEnded() const { return runEnded_; }
 
  private:
-  std::unordered_map<std::wstring, std::string> reasons_;
+  std::unordered_map<std::wstring, Reason> reasons_;
   bool runEnded_ = false;
 };
 
-}  // namespace terminal
+}  // namespace host

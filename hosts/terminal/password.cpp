@@ -1,10 +1,9 @@
-#include "passwordanswer.h"
+#include "password.h"
 
 #include <cerrno>
 #include <cstring>
 #include <fstream>
 #include <iostream>
-#include <memory>
 
 #include "exitcode.h"
 #include "maskedline.h"
@@ -14,8 +13,6 @@
 
 namespace terminal {
 namespace {
-
-constexpr int kMostAttempts = 3;
 
 /// What is typed or kept in a file is in the locale's codeset, whatever code
 /// page the names of an archive have.
@@ -36,6 +33,11 @@ std::wstring FirstLine(std::istream& input, const std::string& name) {
   return WideOf(line);
 }
 
+std::optional<std::wstring> AskPassword() {
+  const auto line = AskMasked("Password: ");
+  return line ? std::optional(WideOf(*line)) : std::nullopt;
+}
+
 }  // namespace
 
 std::wstring ReadPasswordFile(const std::string& path) {
@@ -45,21 +47,8 @@ std::wstring ReadPasswordFile(const std::string& path) {
   return FirstLine(file, ShownNativePath(path));
 }
 
-std::optional<std::wstring> PasswordAnswer::Get() {
-  ++timesAsked_;
-  if (given_) return given_;
-  if (typed_ || wasCancelled_ || !CanAsk()) return typed_;
-  ++attempts_;
-  const auto line = AskMasked("Password: ");
-  wasCancelled_ = !line;
-  if (line) typed_ = WideOf(*line);
-  return typed_;
-}
-
-bool PasswordAnswer::Reject() {
-  const bool wasTyped = typed_.has_value();
-  typed_.reset();
-  return wasTyped && attempts_ < kMostAttempts;
+host::PasswordAnswer AnswerOnTerminal(std::optional<std::wstring> given) {
+  return {std::move(given), CanAsk() ? AskPassword : host::PasswordAnswer::AskUser()};
 }
 
 }  // namespace terminal

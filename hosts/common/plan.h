@@ -10,19 +10,23 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
-#include "archive.h"
+#include "hosts/common/archive.h"
 
-namespace terminal {
+namespace host {
 
-enum class RunKind { kArchive, kFolder, kFolderFlat, kFile };
+enum class RunKind { kArchive, kFolder, kFolderFlat, kFile, kFiles };
 
-/// One operation of the library, or a series of them for kFolderFlat.
+/// One operation of the library, or a series of them for kFolderFlat and
+/// kFiles.
 struct Run {
   RunKind kind;
-  /// The selected item; empty for kArchive.
-  std::wstring path;
+  /// The selected item; empty for kArchive and kFiles.
+  std::wstring path{};
+  /// The files of kFiles.
+  std::unordered_set<std::wstring> files{};
 };
 
 struct Request {
@@ -71,4 +75,4 @@ void ForEachPlanned(Archive& archive, const Request& request, Visit visit) {
 
 Plan MakePlan(Archive& archive, const Request& request);
 
-}  // namespace terminal
+}  // namespace host

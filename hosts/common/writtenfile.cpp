@@ -1,4 +1,4 @@
-#include "writtenfile.h"
+#include "hosts/common/writtenfile.h"
 
 #include <fcntl.h>
 #include <libdeflate.h>
@@ -9,7 +9,7 @@
 
 #include "platform/text.h"
 
-namespace terminal {
+namespace host {
 namespace {
 
 constexpr std::size_t kBlock = std::size_t{256} * 1024;
@@ -45,4 +45,4 @@ std::optional<WrittenFile::Content> WrittenFile::Read() const {
   return content;
 }
 
-}  // namespace terminal
+}  // namespace host

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace terminal {
+namespace host {
 
 /// Looks at the disk only when asked.
 class WrittenFile {
@@ -30,4 +30,4 @@ class WrittenFile {
   std::wstring path_;
 };
 
-}  // namespace terminal
+}  // namespace host

@@ -1,4 +1,4 @@
-#include "sevenzipfile.h"
+#include "hosts/common/sevenzipfile.h"
 
 #include <fstream>
 #include <string_view>
@@ -6,7 +6,7 @@
 #include "platform/modules.h"
 #include "platform/text.h"
 
-namespace terminal {
+namespace host {
 namespace {
 
 constexpr std::string_view kProgram("MZ");
@@ -45,4 +45,4 @@ bool HasSevenZipEngine() {
   return module != nullptr;
 }
 
-}  // namespace terminal
+}  // namespace host

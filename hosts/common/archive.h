@@ -1,6 +1,7 @@
 // An open archive of any format, and the reason when there is none.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -8,12 +9,12 @@
 #include <utility>
 #include <variant>
 
-#include "itemproblems.h"
-#include "itemrecord.h"
+#include "hosts/common/itemproblems.h"
+#include "hosts/common/itemrecord.h"
+#include "hosts/common/passwordanswer.h"
 #include "morvunp/morvunp.h"
-#include "passwordanswer.h"
 
-namespace terminal {
+namespace host {
 
 /// The object of the format that knew the archive; never null.
 /// RAR and 7z come last: their archives may follow a program, so that they are
@@ -29,24 +30,32 @@ struct ArchiveSetup {
   HWND progressWindow = nullptr;
   ItemProblems* problems = nullptr;
   PasswordAnswer* password = nullptr;
+  /// Told of each password that was wrong before another one is asked for.
+  std::function<void(const Reason&)> onWrongPassword{};
 };
 
-/// Opens the file at `path`, a path of this system. Throws CommandError with
-/// the reason when it is no archive that can be used.
+/// Why an archive cannot be opened.
+struct OpenError {
+  Reason reason;
+  /// The user did not want to give its password.
+  bool wasCancelled = false;
+};
+
+/// Opens the file at `path`, a path of this system. Throws OpenError when it is
+/// no archive that can be used.
 Archive OpenArchiveFile(const std::string& path, const ArchiveSetup& setup);
 
 /// Why the last walk did not give all items of the archive; none when it did.
-std::optional<std::string> ReasonOfGap(const C7zUnpacker& unpacker);
-std::optional<std::string> ReasonOfGap(const CCabUnpacker& unpacker);
-std::optional<std::string> ReasonOfGap(const CIsoUnpacker& unpacker);
-std::optional<std::string> ReasonOfGap(const CRarUnpacker& unpacker);
+std::optional<Reason> ReasonOfGap(const C7zUnpacker& unpacker);
+std::optional<Reason> ReasonOfGap(const CCabUnpacker& unpacker);
+std::optional<Reason> ReasonOfGap(const CIsoUnpacker& unpacker);
+std::optional<Reason> ReasonOfGap(const CRarUnpacker& unpacker);
 
 /// The library's text about the whole archive.
 std::wstring SummaryOf(Archive& archive);
 
-/// kExitComplete when the list of items is all that the archive holds;
-/// otherwise says that it is cut or damaged and gives kExitIncomplete.
-int CheckComplete(Archive& archive, const std::string& path);
+/// As ReasonOfGap of the unpacker that has it open.
+std::optional<Reason> ReasonOfGap(Archive& archive);
 
 /// Calls `operation` with the unpacker object itself.
 template <class Operation>
@@ -86,4 +95,4 @@ void ForEachItem(Archive& archive, Visit visit) {
   });
 }
 
-}  // namespace terminal
+}  // namespace host

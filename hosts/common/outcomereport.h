@@ -2,12 +2,13 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 
-#include "itemproblems.h"
-#include "plan.h"
-#include "unpackwatch.h"
+#include "hosts/common/itemproblems.h"
+#include "hosts/common/plan.h"
+#include "hosts/common/unpackwatch.h"
 
-namespace terminal {
+namespace host {
 
 struct Totals {
   std::uint64_t files = 0;
@@ -21,14 +22,16 @@ struct Totals {
 struct ReportSettings {
   /// The run was stopped by the user.
   bool stopped = false;
-  /// Existing files were kept only because nobody could be asked.
-  bool keptUnasked = false;
+  /// Why existing files were kept.
+  Reason kept{"kept the existing file"};
   /// What the unpacker told of single items; null for nothing.
   const ItemProblems* problems = nullptr;
 };
 
-/// Writes a line to stderr for each planned item that did not come out.
-Totals ReportOutcome(Archive& archive, const Request& request, const UnpackWatch& watch,
-                     const ReportSettings& settings);
+using TellMissing = std::function<void(const Item&, const Reason&)>;
 
-}  // namespace terminal
+/// Calls `tell` for each planned item that did not come out.
+Totals ReportOutcome(Archive& archive, const Request& request, const UnpackWatch& watch,
+                     const ReportSettings& settings, const TellMissing& tell);
+
+}  // namespace host

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace terminal {
+namespace host {
 
 /// What every 7z archive begins with.
 inline constexpr std::string_view kSevenZipSignature("7z\xBC\xAF\x27\x1C");
@@ -25,4 +25,4 @@ SevenZipTraits SevenZipTraitsOf(const std::wstring& path);
 /// True when the library can load the engine.
 bool HasSevenZipEngine();
 
-}  // namespace terminal
+}  // namespace host

@@ -1,6 +1,6 @@
-#include "itemrecord.h"
+#include "hosts/common/itemrecord.h"
 
-namespace terminal {
+namespace host {
 
 Item ItemOf(const CABFILEFULLINFO& record) {
   const auto size = static_cast<std::uint32_t>(record.nSize);
@@ -81,4 +81,4 @@ void AddPart(RARFILEFULLINFO& file, const RARFILEFULLINFO& part) {
   file.nPackSizeHigh = static_cast<DWORD>(packed >> 32);
 }
 
-}  // namespace terminal
+}  // namespace host

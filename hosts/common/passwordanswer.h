@@ -1,27 +1,32 @@
-// Where passwords come from.
+// The password of an archive, however often the library asks for it.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 
-namespace terminal {
-
-/// The first line of the file at `path`, or of standard input for "-". Throws
-/// CommandError when it cannot be read.
-std::wstring ReadPasswordFile(const std::string& path);
+namespace host {
 
 /// Answers the library's questions for a password: with the given one, or else
-/// with what the person at the terminal types. One that was typed serves until
-/// it is rejected, because the library asks once for every walk.
+/// with what the user types. One that was typed serves until it is rejected,
+/// because the library asks once for every walk.
 class PasswordAnswer {
  public:
-  /// `given` is from a file; none to ask.
-  explicit PasswordAnswer(std::optional<std::wstring> given) : given_(std::move(given)) {}
+  /// None when the user cancels.
+  using AskUser = std::function<std::optional<std::wstring>()>;
+
+  /// `given` was told beforehand; none to ask with `askUser`, which is null
+  /// when nobody can be asked.
+  PasswordAnswer(std::optional<std::wstring> given, AskUser askUser)
+      : given_(std::move(given)), askUser_(std::move(askUser)) {}
 
   /// None when nobody can be asked, or the question was cancelled once.
   std::optional<std::wstring> Get();
   /// The last answer was wrong. True when it makes sense to ask again.
   bool Reject();
+  /// A cancelled question may be asked again.
+  void ForgetCancel() { wasCancelled_ = false; }
   /// How often the library has asked.
   int TimesAsked() const { return timesAsked_; }
   /// There was an answer to the last question.
@@ -32,10 +37,11 @@ class PasswordAnswer {
 
  private:
   std::optional<std::wstring> given_;
+  AskUser askUser_;
   std::optional<std::wstring> typed_;
   int attempts_ = 0;
   int timesAsked_ = 0;
   bool wasCancelled_ = false;
 };
 
-}  // namespace terminal
+}  // namespace host

@@ -8,7 +8,7 @@
 
 #include "morvunp/morvunp.h"
 
-namespace terminal {
+namespace host {
 
 /// Refers to the record that it was made from and must not outlive it.
 struct Item {
@@ -45,4 +45,4 @@ bool IsContinuation(const Record&) {
 bool IsContinuation(const RARFILEFULLINFO& record);
 void AddPart(RARFILEFULLINFO& file, const RARFILEFULLINFO& part);
 
-}  // namespace terminal
+}  // namespace host

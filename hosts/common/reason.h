@@ -1,0 +1,21 @@
+// Why something did not work, in words for the user.
+#pragma once
+
+#include <string>
+
+namespace host {
+
+/// English text that a host may translate, and a name that it must make safe
+/// to show before it puts it in.
+struct Reason {
+  /// "%1" stands for `path`.
+  std::string text{};
+  /// In the library's form; from an archive, so it may hold anything.
+  std::wstring path{};
+  /// What `text` is the cause of; empty when it stands alone.
+  std::string effect{};
+
+  bool operator==(const Reason&) const = default;
+};
+
+}  // namespace host

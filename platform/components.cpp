@@ -61,13 +61,6 @@ void SysFreeString(BSTR string) {
   if (string != nullptr) std::free(reinterpret_cast<BYTE*>(string) - kPrefix);
 }
 
-UINT SysStringLen(BSTR string) {
-  if (string == nullptr) return 0;
-  DWORD bytes = 0;
-  std::memcpy(&bytes, reinterpret_cast<const BYTE*>(string) - kPrefix, kPrefix);
-  return bytes / sizeof(wchar_t);
-}
-
 HRESULT VariantClear(PROPVARIANT* value) {
   if (value->vt == VT_BSTR) SysFreeString(value->bstrVal);
   *value = {};

@@ -84,8 +84,6 @@ static_assert(sizeof(PROPVARIANT) == 16);
 /// A copy of a zero-terminated text; null when there is no memory.
 MORVUNP_API BSTR SysAllocString(LPCWSTR text);
 MORVUNP_API void SysFreeString(BSTR string);
-/// Code units, zeros inside the text included. 0 for null.
-MORVUNP_API UINT SysStringLen(BSTR string);
 /// Frees what the value owns and makes it empty.
 MORVUNP_API HRESULT VariantClear(PROPVARIANT* value);
 

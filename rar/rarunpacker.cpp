@@ -1,10 +1,9 @@
 // Opening, walking, records and summary texts. Unpacking is in extraction.cpp.
 #include "morvunp/rarunpacker.h"
 
-#include <cstdio>
-
 #include "frame/filesystem.h"
 #include "frame/foldermap.h"
+#include "frame/iteminfo.h"
 #include "frame/itempath.h"
 #include "frame/message.h"
 #include "frame/progress.h"
@@ -165,16 +164,9 @@ bool CRarUnpacker::HasContinuations() const { return m_bContinuations != 0; }
 
 namespace {
 
-/// Empties what both records share. The texts keep their memory: a walk fills
-/// the same record for every item.
 template <class Info>
-void EmptyCommon(Info& info) {
-  info.strExt.clear();
-  info.strTitle.clear();
-  info.strName.clear();
-  info.strPath.clear();
-  info.bInFolder = 0;
-  info.bFolder = 0;
+void EmptyNames(Info& info) {
+  frame::EmptyCommon(info);
   info.bSplitAfter = 0;
 }
 
@@ -183,14 +175,7 @@ template <class Info>
 void FillCommon(Info& info, const rar::Header& header) {
   info.strPath = header.path;
   info.bSplitAfter = header.IsSplitAfter() ? 1 : 0;
-  if (header.IsFolder()) {
-    info.bInFolder = frame::HasParent(header.path) ? 1 : 0;
-    info.bFolder = info.bInFolder != 0 ? 0 : 1;
-    return;
-  }
-  info.strExt = frame::ExtensionOf(header.path);
-  info.strName = frame::NameOf(header.path);
-  info.strTitle = frame::TitleOf(info.strName);
+  frame::FillNames(info, header.IsFolder());
 }
 
 DWORD Low(ULONGLONG number) { return static_cast<DWORD>(number); }
@@ -218,18 +203,12 @@ ULONGLONG PackedSizeOf(const RARFILEFULLINFO& info) {
 
 bool IsFolderItem(const RARFILEFULLINFO& info) { return info.bFolder != 0 || info.bInFolder != 0; }
 
-std::wstring CrcText(DWORD crc) {
-  wchar_t text[9];
-  std::swprintf(text, std::size(text), L"%08x", crc);
-  return text;
-}
-
 }  // namespace
 
-void CRarUnpacker::EmptyShortInfo(RARFILESHORTINFO& info) const { EmptyCommon(info); }
+void CRarUnpacker::EmptyShortInfo(RARFILESHORTINFO& info) const { EmptyNames(info); }
 
 void CRarUnpacker::EmptyFullInfo(RARFILEFULLINFO& info) const {
-  EmptyCommon(info);
+  EmptyNames(info);
   info.strReserved.clear();
   FillNumbers(info, {});
 }
@@ -278,8 +257,8 @@ bool CRarUnpacker::IsFolder(const std::wstring& path) {
 std::wstring CRarUnpacker::GetFileOutputInfo(const std::wstring& path) {
   RARFILEFULLINFO info;
   if (!LocateFile(path, info)) return {};
-  return L"Modified - " + frame::DateTimeText(TimeOfDosDateTime(info.nFileTime)) + L", " +
-         frame::SizesText(SizeOf(info), PackedSizeOf(info)) + L", CRC - " + CrcText(info.nFileCRC);
+  return frame::FileTextWithCrc(TimeOfDosDateTime(info.nFileTime), SizeOf(info), PackedSizeOf(info),
+                                info.nFileCRC);
 }
 
 std::wstring CRarUnpacker::TextOf(frame::Totals totals) {

@@ -3,7 +3,7 @@
 
 #include "frame/filesystem.h"
 #include "frame/foldermap.h"
-#include "frame/inforecord.h"
+#include "frame/iteminfo.h"
 #include "frame/progress.h"
 #include "frame/summary.h"
 #include "morvunp/dostime.h"
@@ -168,10 +168,10 @@ bool IsFolderItem(const Info& info) {
 
 }  // namespace
 
-void C7zUnpacker::EmptyShortInfo(SEVENZIPFILESHORTINFO& info) const { frame::EmptyNames(info); }
+void C7zUnpacker::EmptyShortInfo(SEVENZIPFILESHORTINFO& info) const { frame::EmptyCommon(info); }
 
 void C7zUnpacker::EmptyFullInfo(SEVENZIPFILEFULLINFO& info) const {
-  frame::EmptyNames(info);
+  frame::EmptyCommon(info);
   info.nSize = 0;
   info.nPackedSize = 0;
   info.nAttributes = 0;

@@ -108,11 +108,9 @@ Archive OpenArchiveFile(const std::string& path, const ArchiveSetup& setup) {
 }
 
 int CheckComplete(Archive& archive, const std::string& path) {
-  const bool isComplete = WithUnpacker(archive, [](auto& unpacker) {
-    if constexpr (requires { unpacker.IsListComplete(); }) return unpacker.IsListComplete();
-    return true;
-  });
-  if (isComplete) return kExitComplete;
+  if (!WithUnpacker(archive, [](auto& unpacker) { return IsListCut(unpacker); })) {
+    return kExitComplete;
+  }
   PrintError(ShownNativePath(path) + ": cut or damaged: not all of its items could be listed");
   return kExitIncomplete;
 }

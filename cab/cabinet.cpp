@@ -68,7 +68,7 @@ bool Cabinet::Open(const std::wstring& path) {
 
 bool Cabinet::IsCabinet(const std::wstring& path) {
   int file = -1;
-  if (_wsopen_s(&file, path.c_str(), _O_BINARY | _O_RDONLY, _SH_DENYNO, 0) != 0) return false;
+  if (_wsopen_s(&file, path.c_str(), _O_BINARY | _O_RDONLY, _SH_DENYWR, 0) != 0) return false;
   const BOOL isCabinet = m_pfnFDIIsCabinet(m_hfdi, file, &m_cabInfo);
   _close(file);
   return isCabinet != FALSE;

@@ -22,6 +22,7 @@ void* CCabUnpacker::FDIAlloc(ULONGLONG size) {
 
 void CCabUnpacker::FDIFree(void* memory) { ::operator delete[](memory); }
 
+// NOLINTNEXTLINE(readability-non-const-parameter): the interface's signature
 INT_PTR CCabUnpacker::FDIOpen(char* path, int openFlags, int mode) {
   int file = -1;
   const std::wstring cabinet = cab::ExistingCabinet(cab::WidePath(path));

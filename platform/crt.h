@@ -8,7 +8,6 @@
 inline constexpr int _O_RDONLY = 0x0000;
 inline constexpr int _O_BINARY = 0x8000;
 inline constexpr int _SH_DENYWR = 0x20;
-inline constexpr int _SH_DENYNO = 0x40;
 inline constexpr int _S_IREAD = 0x0100;
 
 /// Opens an existing file for reading, sharing it with readers and denying

@@ -146,10 +146,12 @@ TEST_F(CabUnpack, ListsWhatADamagedTableStillTells) {
   cabinet.resize(44 + 18 + 5);
   EXPECT_FALSE(OpenBytes(cabinet));
   EXPECT_FALSE(unpacker.IsListComplete());
-  EXPECT_FALSE(unpacker.FindNextFile());
-  CABFILESHORTINFO info;
-  ASSERT_TRUE(unpacker.GetFileShortInfo(info));
-  EXPECT_EQ(info.strPath, L"A");
+  std::wstring paths;
+  WalkItems<CABFILESHORTINFO>(unpacker, [&](const CABFILESHORTINFO& info) {
+    paths += info.strPath + L" ";
+    return true;
+  });
+  EXPECT_EQ(paths, L"A ");
 }
 
 TEST_F(CabUnpack, PutsFilesWhereTheSettingsSay) {

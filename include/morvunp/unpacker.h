@@ -53,13 +53,21 @@ bool ReadItem(U& unpacker, typename U::FullInfo& record) {
   return unpacker.GetFileFullInfo(record);
 }
 
+/// True when items may be missing from the list: FindFile can be false then
+/// although some can be walked.
+template <class U>
+bool IsListCut(const U& unpacker) {
+  if constexpr (requires { unpacker.IsListComplete(); }) return !unpacker.IsListComplete();
+  return false;
+}
+
 /// Walks all items of an open archive and calls `visit` with a record of each
 /// until it returns false. `Record` is the class's ShortInfo or FullInfo. Uses
-/// the object's own cursor.
+/// the object's own cursor. A damaged list is walked as far as it goes.
 template <class Record, class U, class Visit>
 void WalkItems(U& unpacker, Visit visit) {
   Record record;
-  bool more = unpacker.FindFile();
+  bool more = unpacker.FindFile() || IsListCut(unpacker);
   while (more) {
     more = unpacker.FindNextFile();
     if (!ReadItem(unpacker, record) || !visit(record)) return;

@@ -14,6 +14,10 @@ namespace cabinet {
 template <std::size_t kSymbols, unsigned kTableBits>
 class HuffmanCode {
  public:
+  // The arrays are large and Build fills them.
+  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init,modernize-use-equals-default)
+  HuffmanCode() {}
+
   static constexpr unsigned kMostBits = 16;
   /// What Decode gives for bits that no code begins with.
   static constexpr unsigned kNoSymbol = 0xFFFF;
@@ -72,7 +76,7 @@ class HuffmanCode {
     for (unsigned length = 1; length <= kTableBits; ++length) {
       const std::size_t repeat = std::size_t{1} << (kTableBits - length);
       for (unsigned i = 0; i < counts[length]; ++i) {
-        std::fill_n(entry, repeat, static_cast<WORD>(*symbol++ << 4 | length));
+        std::fill_n(entry, repeat, static_cast<WORD>(unsigned{*symbol++} << 4 | length));
         entry += repeat;
       }
     }

@@ -139,7 +139,7 @@ void LzxDecoder::ReadBlockHeader(LzxInput& input) {
   if (m_nBlockLeft == 0) Fail(FDIERROR_MDI_FAIL);
   switch (m_kind) {
     case BlockKind::kAligned: {
-      std::array<BYTE, kAlignedSymbols> lengths;
+      std::array<BYTE, kAlignedSymbols> lengths{};
       for (BYTE& length : lengths) length = static_cast<BYTE>(bits.Read(3));
       if (!m_aligned.Build(lengths)) Fail(FDIERROR_MDI_FAIL);
       ReadCodes(bits);
@@ -171,7 +171,7 @@ void LzxDecoder::ReadLengths(BitReader& bits, std::span<BYTE> lengths) {
   constexpr unsigned kLongZeros = 18;
   constexpr unsigned kSame = 19;
   constexpr unsigned kRange = 17;
-  std::array<BYTE, 20> preLengths;
+  std::array<BYTE, 20> preLengths{};
   for (BYTE& length : preLengths) length = static_cast<BYTE>(bits.Read(4));
   HuffmanCode<20, 6> pre;
   if (!pre.Build(preLengths)) Fail(FDIERROR_MDI_FAIL);
@@ -213,7 +213,7 @@ void LzxDecoder::ReadRawStart(LzxInput& input) {
 }
 
 template <bool kIsAligned>
-BYTE* LzxDecoder::DecodeMatches(BitReader& shared, BYTE* out, BYTE* end) {
+BYTE* LzxDecoder::DecodeMatches(BitReader& shared, BYTE* out, const BYTE* end) {
   // Copies of their own stay in registers: a byte written could be any member.
   BitReader bits = shared;
   RecentDistances recent = m_arrRecent;

@@ -40,7 +40,7 @@ class LzxDecoder final : public Decoder {
   void ReadLengths(BitReader& bits, std::span<BYTE> lengths);
   void ReadRawStart(LzxInput& input);
   template <bool kIsAligned>
-  BYTE* DecodeMatches(BitReader& bits, BYTE* out, BYTE* end);
+  BYTE* DecodeMatches(BitReader& bits, BYTE* out, const BYTE* end);
   template <bool kIsAligned>
   std::size_t ReadDistance(BitReader& bits, unsigned slot, RecentDistances& recent) const;
   BYTE* CopyRaw(LzxInput& input, BYTE* out, BYTE* end);

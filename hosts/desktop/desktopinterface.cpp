@@ -12,7 +12,8 @@
 
 namespace desktop {
 
-DesktopInterface::DesktopInterface(QWidget& mainWindow) : mainWindow_(mainWindow) {
+DesktopInterface::DesktopInterface(QWidget& mainWindow, FileIcons& fileIcons)
+    : mainWindow_(mainWindow), fileIcons_(fileIcons) {
   mainWindowObject_.m_hWnd = platform::MakeWindow(nullptr, nullptr);
   platform::SetMainWindow(&mainWindowObject_);
   platform::RegisterUserInterface(this);
@@ -109,9 +110,8 @@ void DesktopInterface::RunPendingEvents() {
 
 HICON DesktopInterface::FindIcon(const std::wstring& path, bool byTypeOnly) {
   const QString native = QFile::decodeName(platform::ToNativePath(path).c_str());
-  const QFileIconProvider provider;
-  const QIcon icon = provider.icon(QFileInfo(byTypeOnly ? "a" + native : native));
-  if (icon.isNull()) return nullptr;
+  const QIcon known = byTypeOnly ? QIcon() : QFileIconProvider().icon(QFileInfo(native));
+  const QIcon icon = known.isNull() ? fileIcons_.OfFile(native) : known;
   icons_.push_back(std::make_unique<QIcon>(icon));
   return reinterpret_cast<HICON>(icons_.back().get());
 }

@@ -8,6 +8,7 @@
 #include "hosts/common/passwordanswer.h"
 #include "hosts/common/stoprequest.h"
 #include "hosts/common/unpackwatch.h"
+#include "hosts/desktop/fileicons.h"
 #include "platform/framework.h"
 #include "platform/userinterface.h"
 
@@ -26,7 +27,7 @@ struct RunningUnpack {
 class DesktopInterface : public platform::UserInterface {
  public:
   /// Dialogs belong to `mainWindow`, or to the window that is active above it.
-  explicit DesktopInterface(QWidget& mainWindow);
+  DesktopInterface(QWidget& mainWindow, FileIcons& fileIcons);
   ~DesktopInterface() override;
   DesktopInterface(const DesktopInterface&) = delete;
   DesktopInterface& operator=(const DesktopInterface&) = delete;
@@ -52,6 +53,7 @@ class DesktopInterface : public platform::UserInterface {
   bool WantsMessage() const;
 
   QWidget& mainWindow_;
+  FileIcons& fileIcons_;
   CWnd mainWindowObject_;
   host::PasswordAnswer* password_ = nullptr;
   RunningUnpack* running_ = nullptr;

@@ -7,11 +7,11 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QGuiApplication>
+#include <QHeaderView>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QSettings>
-#include <QHeaderView>
 #include <QStackedWidget>
 #include <QStatusBar>
 #include <QToolBar>

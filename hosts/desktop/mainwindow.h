@@ -77,8 +77,8 @@ class MainWindow : public QMainWindow {
   /// Nothing may be started meanwhile.
   class BusyScope;
 
-  DesktopInterface interface_{*this};
   FileIcons icons_;
+  DesktopInterface interface_{*this, icons_};
   std::unique_ptr<Document> document_;
   FolderModel* folders_;
   FileModel* files_;

@@ -33,7 +33,7 @@ void MainWindow::MakeActions() {
   up_ = MakeAction(tr("&Up"), QKeySequence(Qt::ALT | Qt::Key_Up), QStyle::SP_ArrowUp,
                    &MainWindow::GoUp);
   unpackAll_ = MakeAction(tr("Unpack &All…"), QKeySequence(Qt::CTRL | Qt::Key_E),
-                          QStyle::SP_DialogSaveAllButton, &MainWindow::UnpackAll);
+                          QStyle::SP_DialogApplyButton, &MainWindow::UnpackAll);
   unpackFolder_ = MakeAction(tr("Unpack &Folder…"), QKeySequence(Qt::CTRL | Qt::Key_D),
                              QStyle::SP_DirIcon, &MainWindow::UnpackFolder);
   unpackSelected_ = MakeAction(tr("Unpack &Selected…"), QKeySequence(Qt::CTRL | Qt::Key_U),

@@ -95,16 +95,24 @@ bool OpenWith(C7zUnpacker& unpacker, const std::wstring& path, const ArchiveSetu
 }
 
 template <class U>
+void SetUp(U& unpacker, const ArchiveSetup& setup) {
+  unpacker.SetIni(setup.settings);
+  unpacker.SetIniYesToAll(INIYESTOALL{});
+  unpacker.SetWndFileTree(setup.fileTree);
+  unpacker.SetHandleDialogProgress(setup.progressWindow);
+  if constexpr (ReportsProblems<U>) {
+    if (setup.problems != nullptr) {
+      unpacker.SetProblemReport(std::bind_front(&ItemProblems::Add, setup.problems));
+    } else {
+      unpacker.SetProblemReport({});
+    }
+  }
+}
+
+template <class U>
 std::unique_ptr<U> TryFormat(const std::wstring& path, const ArchiveSetup& setup) {
   auto unpacker = std::make_unique<U>();
-  unpacker->SetIni(setup.settings);
-  unpacker->SetIniYesToAll(INIYESTOALL{});
-  unpacker->SetWndFileTree(setup.fileTree);
-  unpacker->SetHandleDialogProgress(setup.progressWindow);
-  if constexpr (ReportsProblems<U>) {
-    if (setup.problems != nullptr)
-      unpacker->SetProblemReport(std::bind_front(&ItemProblems::Add, setup.problems));
-  }
+  SetUp(*unpacker, setup);
   const bool isOpen = OpenWith(*unpacker, path, setup);
   if constexpr (ReportsProblems<U>) ThrowPasswordProblem(*unpacker, isOpen);
   return isOpen ? std::move(unpacker) : nullptr;
@@ -196,6 +204,10 @@ Archive OpenArchiveFile(const std::string& path, const ArchiveSetup& setup) {
   auto archive = TryWithPassword(path, setup);
   if (!archive) throw OpenError{ReasonOfUnknown(path, GetLastError())};
   return std::move(*archive);
+}
+
+void SetUpArchive(Archive& archive, const ArchiveSetup& setup) {
+  WithUnpacker(archive, [&](auto& unpacker) { SetUp(unpacker, setup); });
 }
 
 std::optional<Reason> ReasonOfGap(const CIsoUnpacker& unpacker) {

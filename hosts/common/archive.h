@@ -34,6 +34,10 @@ struct ArchiveSetup {
   std::function<void(const Reason&)> onWrongPassword{};
 };
 
+/// Prepares an open archive for another run; standing answers are forgotten.
+/// The password stays as it was.
+void SetUpArchive(Archive& archive, const ArchiveSetup& setup);
+
 /// Why an archive cannot be opened.
 struct OpenError {
   Reason reason;

@@ -17,6 +17,11 @@ std::optional<std::wstring> PasswordAnswer::Get() {
   return typed_;
 }
 
+void PasswordAnswer::StartOver() {
+  attempts_ = 0;
+  wasCancelled_ = false;
+}
+
 bool PasswordAnswer::Reject() {
   const bool wasTyped = typed_.has_value();
   typed_.reset();

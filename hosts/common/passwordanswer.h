@@ -25,8 +25,8 @@ class PasswordAnswer {
   std::optional<std::wstring> Get();
   /// The last answer was wrong. True when it makes sense to ask again.
   bool Reject();
-  /// A cancelled question may be asked again.
-  void ForgetCancel() { wasCancelled_ = false; }
+  /// The user begins something new: a cancelled question is asked again.
+  void StartOver();
   /// How often the library has asked.
   int TimesAsked() const { return timesAsked_; }
   /// There was an answer to the last question.

@@ -1,40 +1,13 @@
 #include "terminalinterface.h"
 
-#include <algorithm>
-#include <string_view>
-
 #include "dialogquestion.h"
+#include "hosts/common/libraryquestion.h"
 #include "interrupt.h"
 #include "output.h"
 #include "question.h"
 #include "text.h"
 
 namespace terminal {
-namespace {
-
-constexpr UINT kReplaceTemplate = 1001;
-constexpr UINT kReplaceNo = 1002;
-constexpr UINT kReplaceCancel = 1001;
-constexpr UINT kReplaceName = 1006;
-
-/// The dialog shows the name as a part of its sentence: in single quotes, with
-/// a full stop.
-std::wstring NameInDialog(const CDialog& dialog) {
-  std::wstring text = dialog.ControlText(kReplaceName);
-  if (text.size() < 3 || !text.starts_with(L"'") || !text.ends_with(L"'.")) return text;
-  return text.substr(1, text.size() - 3);
-}
-
-std::optional<UINT> PasswordEditOf(const CDialog& dialog) {
-  const auto& controls = dialog.Template().controls;
-  const auto edit = std::find_if(controls.begin(), controls.end(), [](const auto& control) {
-    return control.kind == platform::ControlKind::kPasswordEdit;
-  });
-  return edit != controls.end() ? std::optional(edit->id) : std::nullopt;
-}
-
-}  // namespace
-
 TerminalInterface::TerminalInterface(host::UnpackWatch& watch, ProgressLine& line,
                                      host::PasswordAnswer& password, bool keepExisting)
     : watch_(watch),
@@ -49,11 +22,11 @@ TerminalInterface::~TerminalInterface() { platform::RegisterUserInterface(nullpt
 
 bool TerminalInterface::RunDialog(CDialog& dialog) {
   line_.Clear();
-  if (dialog.Template().id == kReplaceTemplate) {
+  if (dialog.Template().id == host::kReplaceTemplate) {
     RunReplaceDialog(dialog);
     return true;
   }
-  if (const auto edit = PasswordEditOf(dialog)) {
+  if (const auto edit = host::PasswordEditOf(dialog)) {
     RunPasswordDialog(dialog, *edit);
     return true;
   }
@@ -68,9 +41,9 @@ bool TerminalInterface::RunDialog(CDialog& dialog) {
 
 void TerminalInterface::RunReplaceDialog(CDialog& dialog) {
   const bool keepUnasked = keepExisting_ || !canAsk_;
-  const UINT pressed = keepUnasked ? kReplaceNo : AskDialog(dialog).value_or(kReplaceCancel);
-  if (pressed == kReplaceNo || pressed == kReplaceCancel) watch_.Kept(NameInDialog(dialog));
-  if (pressed == kReplaceCancel) stop_.Cancel();
+  const UINT pressed =
+      keepUnasked ? host::kReplaceNo : AskDialog(dialog).value_or(host::kReplaceCancel);
+  host::NoteReplaceAnswer(dialog, pressed, watch_, stop_);
   dialog.Press(pressed);
 }
 

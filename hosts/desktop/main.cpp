@@ -1,0 +1,57 @@
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QLibraryInfo>
+#include <QLocale>
+#include <QTranslator>
+#include <cstdlib>
+
+#include "hosts/desktop/mainwindow.h"
+
+namespace {
+
+/// Qt's own texts and this program's, in the user's language where there are.
+void InstallTranslations(QApplication& application) {
+  const auto install = [&](const QString& name, const QString& folder) {
+    auto* const translator = new QTranslator(&application);
+    if (translator->load(QLocale(), name, "_", folder)) application.installTranslator(translator);
+  };
+  install("qtbase", QLibraryInfo::path(QLibraryInfo::TranslationsPath));
+  install("morvunp-desktop", ":/translations");
+}
+
+/// The archive that the program is to open; null for none. The bytes as they
+/// were given: a name need not be text.
+const char* ArchiveArgument(int argc, char** argv) {
+  bool isPath = false;
+  for (int i = 1; i < argc; ++i) {
+    if (isPath || argv[i][0] != '-') return argv[i];
+    isPath = QString(argv[i]) == "--";
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  // Unless the zone is named, each conversion of a time looks at its file anew.
+  setenv("TZ", ":/etc/localtime", 0);
+  QApplication application(argc, argv);
+  QApplication::setOrganizationName("morvunp");
+  QApplication::setApplicationName("morvunp-desktop");
+  QApplication::setApplicationVersion(MORVUNP_VERSION);
+  QGuiApplication::setDesktopFileName("morvunp-desktop");
+  InstallTranslations(application);
+  QCommandLineParser parser;
+  parser.setApplicationDescription(
+      QApplication::translate("main", "Shows and unpacks 7z, cabinet, ISO/UDF and RAR archives."));
+  parser.addHelpOption();
+  parser.addVersionOption();
+  parser.addPositionalArgument("archive", QApplication::translate("main", "The archive to open."),
+                               "[archive]");
+  parser.process(application);
+
+  desktop::MainWindow window;
+  window.show();
+  if (const char* const archive = ArchiveArgument(argc, argv)) window.Open(archive);
+  return QApplication::exec();
+}

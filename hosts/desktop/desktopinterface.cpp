@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QFileIconProvider>
 #include <QFileInfo>
+#include <QGridLayout>
 #include <QMessageBox>
 
 #include "hosts/common/libraryquestion.h"
@@ -11,6 +12,17 @@
 #include "platform/text.h"
 
 namespace desktop {
+namespace {
+
+/// A short text alone would leave no room for the caption.
+void ShowWholeTitle(QMessageBox& box) {
+  if (auto* const grid = qobject_cast<QGridLayout*>(box.layout())) {
+    const int width = box.fontMetrics().horizontalAdvance(box.windowTitle()) * 2;
+    grid->addItem(new QSpacerItem(width, 0), grid->rowCount(), 0, 1, grid->columnCount());
+  }
+}
+
+}  // namespace
 
 DesktopInterface::DesktopInterface(QWidget& mainWindow, FileIcons& fileIcons)
     : mainWindow_(mainWindow), fileIcons_(fileIcons) {
@@ -97,6 +109,7 @@ int DesktopInterface::ShowMessageBox(const std::wstring& text, const std::wstrin
   box.setIcon((type & MB_ICONQUESTION) != 0 ? QMessageBox::Question : QMessageBox::Critical);
   box.setStandardButtons(isQuestion ? QMessageBox::Yes | QMessageBox::No : QMessageBox::Ok);
   box.setDefaultButton(isQuestion ? QMessageBox::Yes : QMessageBox::Ok);
+  ShowWholeTitle(box);
   const bool isYes = box.exec() == QMessageBox::Yes;
   if (!isQuestion) return IDOK;
   if (running_ != nullptr) running_->stop.Answer(isYes);

@@ -16,7 +16,7 @@ void InstallTranslations(QApplication& application) {
     if (translator->load(QLocale(), name, "_", folder)) application.installTranslator(translator);
   };
   install("qtbase", QLibraryInfo::path(QLibraryInfo::TranslationsPath));
-  install("morvunp-desktop", ":/translations");
+  install("morvunp-desktop", QApplication::applicationDirPath() + "/../share/morvunp/translations");
 }
 
 /// The archive that the program is to open; null for none. The bytes as they

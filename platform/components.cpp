@@ -51,7 +51,7 @@ UINT SysStringLen(BSTR string) {
   if (string == nullptr) return 0;
   DWORD bytes = 0;
   std::memcpy(&bytes, reinterpret_cast<const BYTE*>(string) - kPrefix, kPrefix);
-  return static_cast<UINT>(bytes / sizeof(wchar_t));
+  return bytes / sizeof(wchar_t);
 }
 
 HRESULT VariantClear(PROPVARIANT* value) {

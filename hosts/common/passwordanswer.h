@@ -16,6 +16,7 @@ class PasswordAnswer {
   /// None when the user cancels.
   using AskUser = std::function<std::optional<std::wstring>()>;
 
+  explicit PasswordAnswer(AskUser askUser) : askUser_(std::move(askUser)) {}
   /// `given` was told beforehand; none to ask with `askUser`, which is null
   /// when nobody can be asked.
   PasswordAnswer(std::optional<std::wstring> given, AskUser askUser)

@@ -63,7 +63,7 @@ bool DesktopInterface::RunDialog(CDialog& dialog) {
 }
 
 host::PasswordAnswer DesktopInterface::MakePasswordAnswer() {
-  return {std::nullopt, [this] { return AskPassword(); }};
+  return host::PasswordAnswer([this] { return AskPassword(); });
 }
 
 void DesktopInterface::RunPasswordDialog(CDialog& dialog, UINT edit) {

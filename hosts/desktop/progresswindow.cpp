@@ -15,6 +15,8 @@ namespace desktop {
 namespace {
 
 constexpr int kRedrawMilliseconds = 50;
+/// A view lays out all of its rows for each of these.
+constexpr int kPublishMilliseconds = 500;
 constexpr int kSteps = 1000;
 
 int StepsOf(std::uint64_t done, std::uint64_t total) {
@@ -58,6 +60,8 @@ ProgressWindow::ProgressWindow(WrittenModel& written, std::uint64_t totalBytes, 
   connect(buttons, &QDialogButtonBox::rejected, this, &ProgressWindow::StopWanted);
   connect(&redrawTimer_, &QTimer::timeout, this, &ProgressWindow::Redraw);
   redrawTimer_.start(kRedrawMilliseconds);
+  connect(&publishTimer_, &QTimer::timeout, this, &ProgressWindow::Publish);
+  publishTimer_.start(kPublishMilliseconds);
 }
 
 void ProgressWindow::Show(std::wstring_view name, unsigned percentage, std::uint64_t done) {
@@ -70,6 +74,9 @@ void ProgressWindow::Redraw() {
   nameLabel_->Show(ShownName(name_));
   fileBar_->setValue(static_cast<int>(std::min(percentage_, 100U)));
   totalBar_->setValue(StepsOf(done_, totalBytes_));
+}
+
+void ProgressWindow::Publish() {
   const int rows = written_.rowCount();
   written_.Publish();
   if (written_.rowCount() != rows) list_->scrollToBottom();

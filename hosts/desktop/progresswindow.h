@@ -39,6 +39,8 @@ class ProgressWindow : public QDialog {
   void reject() override { emit StopWanted(); }
 
  private:
+  void Publish();
+
   WrittenModel& written_;
   std::uint64_t totalBytes_;
   std::wstring name_;
@@ -49,6 +51,7 @@ class ProgressWindow : public QDialog {
   QProgressBar* totalBar_;
   QListView* list_;
   QTimer redrawTimer_;
+  QTimer publishTimer_;
 };
 
 }  // namespace desktop

@@ -76,7 +76,7 @@ Outcome UnpackJob::Run(const host::Request& request, QWidget* parent) {
     progress.show();
     host::UnpackRequest(archive_, request, stop, problems);
   }
-  progress.Redraw();
+  written_.Publish();
   Outcome outcome;
   outcome.totals = Report(request, watch, stop, problems);
   outcome.wasStopped = stop.Stopped();

@@ -34,7 +34,7 @@ constexpr UINT kCancel = 1001;
 /// Text that compresses well but not to nothing.
 std::string Numbers(int count) {
   std::string text;
-  for (int i = 0; i < count; ++i) text += std::to_string(i * 7919) + "\n";
+  for (int i = 0; i < count; ++i) text += std::to_string(i * 7919LL) + "\n";
   return text;
 }
 

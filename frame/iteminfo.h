@@ -35,4 +35,10 @@ void FillNames(Info& info, bool isFolder) {
   info.strTitle = TitleOf(info.strName);
 }
 
+/// True for a record that FillNames filled as a folder's.
+template <class Info>
+bool IsFolderItem(const Info& info) {
+  return info.bFolder != 0 || info.bInFolder != 0;
+}
+
 }  // namespace frame

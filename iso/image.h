@@ -37,7 +37,6 @@ class Image {
 
   /// False when a directory of the image could not be read whole.
   bool IsListComplete() const { return m_bListComplete; }
-  bool IsISO9660() const { return m_bISO9660; }
 
   /// Bytes that an item occupies. ISO 9660 packs nothing. UDF: bytes in the
   /// recorded blocks, or the size when none are recorded.

@@ -201,8 +201,6 @@ ULONGLONG PackedSizeOf(const RARFILEFULLINFO& info) {
   return Join(info.nPackSizeHigh, info.nPackSize);
 }
 
-bool IsFolderItem(const RARFILEFULLINFO& info) { return info.bFolder != 0 || info.bInFolder != 0; }
-
 }  // namespace
 
 void CRarUnpacker::EmptyShortInfo(RARFILESHORTINFO& info) const { EmptyNames(info); }
@@ -245,8 +243,7 @@ bool CRarUnpacker::LocateFile(const std::wstring& path, RARFILEFULLINFO& info) {
 bool CRarUnpacker::IsFolder(const std::wstring& path) {
   bool found = false;
   WalkItems<RARFILESHORTINFO>(*this, [&](const RARFILESHORTINFO& info) {
-    const bool isFolder = info.bFolder != 0 || info.bInFolder != 0;
-    found = isFolder && info.strPath.find(path) != std::wstring::npos;
+    found = frame::IsFolderItem(info) && info.strPath.find(path) != std::wstring::npos;
     return !found;
   });
   return found;
@@ -263,7 +260,7 @@ std::wstring CRarUnpacker::GetFileOutputInfo(const std::wstring& path) {
 
 std::wstring CRarUnpacker::TextOf(frame::Totals totals) {
   WalkItems<RARFILEFULLINFO>(*this, [&](const RARFILEFULLINFO& info) {
-    if (IsFolderItem(info)) {
+    if (frame::IsFolderItem(info)) {
       totals.AddFolder(info.strPath);
     } else {
       totals.AddFile(info.strPath, SizeOf(info), PackedSizeOf(info));

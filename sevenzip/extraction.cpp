@@ -1,5 +1,6 @@
 // C7zUnpacker: unpacking. Every operation is one call of the engine, which asks
 // for each item's stream through C7zExtractCallback.
+#include "frame/iteminfo.h"
 #include "frame/itempath.h"
 #include "frame/outputfolders.h"
 #include "frame/progress.h"
@@ -11,10 +12,6 @@
 #include "sevenzip/extractcallback.h"
 
 namespace {
-
-bool IsFolderItem(const SEVENZIPFILEFULLINFO& info) {
-  return info.bFolder != 0 || info.bInFolder != 0;
-}
 
 bool IsSafe(const std::wstring& path) { return IsSafeItem(path, frame::NameOf(path)); }
 
@@ -34,7 +31,7 @@ bool C7zUnpacker::UnpackFile(const std::wstring& path, const std::wstring& targe
 bool C7zUnpacker::UnpackCurrentFile(const std::wstring& name, const std::wstring& folder) {
   m_nMode = kSingleItem;
   SEVENZIPFILEFULLINFO info;
-  if (!GetFileFullInfo(info) || IsFolderItem(info)) return false;
+  if (!GetFileFullInfo(info) || frame::IsFolderItem(info)) return false;
   m_nTotal = info.nSize;
   m_nItemDateTime = info.nDateTime;
   if (!IsSafe(name) || !IsSafe(info.strPath)) return false;
@@ -72,8 +69,8 @@ bool C7zUnpacker::RunExtract(const DWORD* indices, DWORD count,
 bool C7zUnpacker::UnpackFolder(const std::wstring& folder, const std::wstring& target) {
   std::vector<DWORD> indices;
   FindItem([&](const SEVENZIPFILESHORTINFO& info) {
-    const bool isFolder = info.bFolder != 0 || info.bInFolder != 0;
-    if (PlaceInFolderRun(m_state.m_iniUnpack, folder, info.strPath, isFolder, target)) {
+    if (PlaceInFolderRun(m_state.m_iniUnpack, folder, info.strPath, frame::IsFolderItem(info),
+                         target)) {
       indices.push_back(m_nCurrent);
     }
     return false;
@@ -114,7 +111,7 @@ bool C7zUnpacker::ProcessItem(DWORD index, PlaceOf placeOf) {
   if (!GetFileFullInfo(info)) return false;
   m_nTotal = info.nSize;
   m_nItemDateTime = info.nDateTime;
-  const std::optional<OutputPlace> place = placeOf(info.strPath, IsFolderItem(info));
+  const std::optional<OutputPlace> place = placeOf(info.strPath, frame::IsFolderItem(info));
   if (!place || !IsSafe(info.strPath)) return false;
   // The target folder itself is the caller's to provide.
   if (place->folder != m_strTarget && !m_pFolders->Make(place->folder)) return false;

@@ -161,11 +161,6 @@ bool FillCommon(Info& info, ItemReader& reader) {
   return true;
 }
 
-template <class Info>
-bool IsFolderItem(const Info& info) {
-  return info.bFolder != 0 || info.bInFolder != 0;
-}
-
 }  // namespace
 
 void C7zUnpacker::EmptyShortInfo(SEVENZIPFILESHORTINFO& info) const { frame::EmptyCommon(info); }
@@ -196,7 +191,7 @@ bool C7zUnpacker::GetFileFullInfo(SEVENZIPFILEFULLINFO& info) const {
   EmptyFullInfo(info);
   ItemReader reader(*m_pEngine->Archive(), m_nCurrent);
   if (!FillCommon(info, reader)) return false;
-  if (IsFolderItem(info)) return true;
+  if (frame::IsFolderItem(info)) return true;
   info.nSize = reader.Read(sevenzip::kpidSize).Number64();
   info.nPackedSize = reader.Read(sevenzip::kpidPackSize).Number64();
   info.nAttributes = reader.Read(sevenzip::kpidAttrib).Number32();
@@ -223,7 +218,7 @@ bool C7zUnpacker::LocateFile(const std::wstring& path) {
 
 bool C7zUnpacker::IsFolder(const std::wstring& path) {
   return FindItem([&](const SEVENZIPFILESHORTINFO& info) {
-    return IsFolderItem(info) && info.strPath.find(path) != std::wstring::npos;
+    return frame::IsFolderItem(info) && info.strPath.find(path) != std::wstring::npos;
   });
 }
 

@@ -11,6 +11,7 @@ namespace {
 // where one read has followed the other.
 constexpr std::uint64_t kSmallRead = 65536;
 constexpr std::uint32_t kFirstAhead = 16384;
+constexpr std::uint32_t kNextAhead = 65536;
 
 }  // namespace
 
@@ -32,7 +33,7 @@ std::optional<std::span<const BYTE>> CopyBuffer::Read(ByteSource& source, std::u
   if (!held) {
     const bool follows =
         m_nLength > 0 && offset >= m_nOffset && offset - m_nOffset <= m_nLength + kSmallRead;
-    const std::uint32_t aheadLength = follows ? kCapacity : std::max(wanted, kFirstAhead);
+    const std::uint32_t aheadLength = std::max(wanted, follows ? kNextAhead : kFirstAhead);
     const bool ahead = wanted < kSmallRead && Fill(source, offset, aheadLength);
     // What lies ahead may be unreadable where the file itself is not.
     if (!ahead && !Fill(source, offset, wanted)) return std::nullopt;

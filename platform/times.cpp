@@ -1,6 +1,7 @@
 #include "platform/times.h"
 
 #include <cerrno>
+#include <chrono>
 
 namespace {
 
@@ -9,27 +10,57 @@ constexpr std::int64_t kSecondsFrom1601To1970 = 11'644'473'600;
 // 3000-12-31 23:59:59 UTC, the last time that the host's C runtime accepts.
 constexpr __time64_t kLastTime = 32'535'215'999;
 
-/// The fields of an MS-DOS date and time, whatever they say.
-std::tm CalendarOfDosDateTime(WORD date, WORD time) {
-  std::tm calendar{};
-  calendar.tm_sec = (time & 0x1F) * 2;
-  calendar.tm_min = time >> 5 & 0x3F;
-  calendar.tm_hour = time >> 11;
-  calendar.tm_mday = date & 0x1F;
-  calendar.tm_mon = (date >> 5 & 0x0F) - 1;
-  calendar.tm_year = (date >> 9) + 80;
-  return calendar;
+constexpr std::int64_t kSecondsPerMinute = 60;
+constexpr std::int64_t kSecondsPerDay = 86'400;
+// 1980-01-01 00:00 UTC, where MS-DOS dates begin.
+constexpr std::int64_t kFirstDosTime = 315'532'800;
+
+/// The day since 1970-01-01, by a calendar that carries a month or a day which
+/// no year has over to the next.
+std::int64_t DaysOfDosDate(WORD date) {
+  using namespace std::chrono;
+  const int months = (date >> 5 & 0x0F) - 1;
+  const year_month month = year{(date >> 9) + 1980} / January + std::chrono::months{months};
+  return sys_days{month / 1}.time_since_epoch().count() + (date & 0x1F) - 1;
+}
+
+std::int64_t SecondsOfDosTime(WORD time) {
+  return (time >> 11) * 3600 + (time >> 5 & 0x3F) * 60 + (time & 0x1F) * 2;
+}
+
+bool IsDosDate(WORD date) {
+  using namespace std::chrono;
+  return year_month_day{year{(date >> 9) + 1980}, month{unsigned{date} >> 5 & 0x0F},
+                        day{unsigned{date} & 0x1F}}
+      .ok();
+}
+
+bool IsDosTime(WORD time) {
+  return time >> 11 < 24 && (time >> 5 & 0x3F) < 60 && (time & 0x1F) < 30;
+}
+
+/// Seconds that the local zone is east of UTC at a time. The items of an
+/// archive often share their minute, and since 1980 no zone has changed its
+/// offset within one, so the last answer is kept.
+std::int64_t OffsetAt(std::time_t time) {
+  thread_local struct {
+    std::int64_t minute = -1;
+    long zone = 0;
+    std::int64_t offset = 0;
+  } last;
+  const std::int64_t minute = time < kFirstDosTime ? -1 : time / kSecondsPerMinute;
+  if (minute >= 0 && minute == last.minute && timezone == last.zone) return last.offset;
+  std::tm local{};
+  const std::int64_t offset = localtime_r(&time, &local) != nullptr ? local.tm_gmtoff : 0;
+  last = {minute, timezone, offset};
+  return offset;
 }
 
 /// The time at which clocks of the local zone show what those of UTC show at
 /// `shown`. mktime, made for this, looks at the zone's file in every call.
 std::int64_t UniversalOf(std::int64_t shown) {
-  const auto offsetAt = [](std::time_t time) {
-    std::tm local{};
-    return localtime_r(&time, &local) != nullptr ? local.tm_gmtoff : 0;
-  };
   // The second look is for times near a change of the offset.
-  return shown - offsetAt(shown - offsetAt(shown));
+  return shown - OffsetAt(shown - OffsetAt(shown));
 }
 
 }  // namespace
@@ -53,16 +84,11 @@ __time64_t _time64(__time64_t* time) {
 }
 
 BOOL DosDateTimeToFileTime(WORD date, WORD time, FILETIME* result) {
-  std::tm calendar = CalendarOfDosDateTime(date, time);
-  const std::tm recorded = calendar;
-  const std::time_t seconds = timegm(&calendar);
-  // What no calendar or clock shows was carried over to the next field.
-  if (calendar.tm_mon != recorded.tm_mon || calendar.tm_mday != recorded.tm_mday ||
-      calendar.tm_hour != recorded.tm_hour || calendar.tm_min != recorded.tm_min ||
-      calendar.tm_sec != recorded.tm_sec) {
+  if (!IsDosDate(date) || !IsDosTime(time)) {
     SetLastError(ERROR_INVALID_PARAMETER);
     return FALSE;
   }
+  const std::int64_t seconds = DaysOfDosDate(date) * kSecondsPerDay + SecondsOfDosTime(time);
   *result = platform::FileTimeOfTimespec(seconds, 0);
   return TRUE;
 }
@@ -74,28 +100,29 @@ BOOL LocalFileTimeToFileTime(const FILETIME* local, FILETIME* universal) {
 
 BOOL FileTimeToLocalFileTime(const FILETIME* universal, FILETIME* local) {
   const std::time_t seconds = platform::SecondsOfFileTime(*universal);
-  std::tm calendar{};
-  if (localtime_r(&seconds, &calendar) == nullptr) return platform::FailWithErrno(EINVAL);
-  *local = platform::FileTimeOfTimespec(seconds + calendar.tm_gmtoff, 0);
+  *local = platform::FileTimeOfTimespec(seconds + OffsetAt(seconds), 0);
   return TRUE;
 }
 
 BOOL CoFileTimeToDosDateTime(const FILETIME* time, WORD* date, WORD* dosTime) {
-  const std::time_t seconds = platform::SecondsOfFileTime(*time);
-  std::tm calendar{};
-  if (gmtime_r(&seconds, &calendar) == nullptr || calendar.tm_year < 80 ||
-      calendar.tm_year > 80 + 127) {
-    return platform::FailWithErrno(EINVAL);
-  }
-  *date = static_cast<WORD>((calendar.tm_year - 80) << 9 | (calendar.tm_mon + 1) << 5 |
-                            calendar.tm_mday);
-  *dosTime = static_cast<WORD>(calendar.tm_hour << 11 | calendar.tm_min << 5 | calendar.tm_sec / 2);
+  using namespace std::chrono;
+  const sys_seconds seconds{std::chrono::seconds{platform::SecondsOfFileTime(*time)}};
+  const sys_days days = floor<std::chrono::days>(seconds);
+  const year_month_day calendar{days};
+  const int years = static_cast<int>(calendar.year()) - 1980;
+  if (years < 0 || years > 127) return platform::FailWithErrno(EINVAL);
+  const hh_mm_ss clock{seconds - days};
+  *date = static_cast<WORD>(static_cast<unsigned>(years) << 9 |
+                            static_cast<unsigned>(calendar.month()) << 5 |
+                            static_cast<unsigned>(calendar.day()));
+  *dosTime = static_cast<WORD>(clock.hours().count() << 11 | clock.minutes().count() << 5 |
+                               clock.seconds().count() / 2);
   return TRUE;
 }
 
 __time64_t platform::TimeOfDosDateTime(WORD date, WORD time) {
-  std::tm calendar = CalendarOfDosDateTime(date, time);
-  const std::int64_t seconds = UniversalOf(timegm(&calendar));
+  const std::int64_t shown = DaysOfDosDate(date) * kSecondsPerDay + SecondsOfDosTime(time);
+  const std::int64_t seconds = UniversalOf(shown);
   return seconds >= 0 ? seconds : -1;
 }
 

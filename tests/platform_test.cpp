@@ -177,6 +177,17 @@ TEST(Times, OfMsDosAreLocal) {
     EXPECT_EQ(platform::SecondsOfFileTime(universal), item.seconds);
     EXPECT_EQ(platform::TimeOfDosDateTime(item.date, item.time), item.seconds);
   }
+  // Newfoundland changed its clocks a minute past midnight: the seconds before
+  // and after, one after the other.
+  setenv("TZ", "NST3:30NDT,M4.1.0/0:01,M10.5.0/0:01", 1);
+  tzset();
+  for (const auto& [seconds, shownLater] :
+       {std::pair{954646259, -12600}, {954646260, -9000}, {954646261, -9000}}) {
+    const FILETIME universal = platform::FileTimeOfTimespec(seconds, 0);
+    FILETIME local;
+    ASSERT_TRUE(FileTimeToLocalFileTime(&universal, &local));
+    EXPECT_EQ(platform::SecondsOfFileTime(local), seconds + shownLater);
+  }
   unsetenv("TZ");
   tzset();
 }

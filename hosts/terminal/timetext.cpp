@@ -7,9 +7,7 @@
 namespace terminal {
 namespace {
 
-/// All zones change their offset at a multiple of a quarter of an hour, so
-/// within such a block only minutes and seconds differ.
-constexpr std::int64_t kBlock = 15 * 60;
+constexpr std::int64_t kMinute = 60;
 constexpr std::int64_t kDay = 24 * 60 * 60;
 
 std::int64_t FloorDivide(std::int64_t value, std::int64_t divisor) {
@@ -28,29 +26,30 @@ void LocalTimeText::Append(std::string& out, std::int64_t time) {
     out.append(19, ' ');
     return;
   }
-  const std::int64_t block = FloorDivide(time, kBlock);
-  if (block != block_ || upToHour_.empty()) Calculate(block);
-  if (time != time_) {
-    time_ = time;
-    const std::int64_t second = time - block * kBlock;
-    text_ = upToHour_;
-    AppendTwoDigits(text_, minuteOfBlock_ + second / 60);
-    text_ += ':';
-    AppendTwoDigits(text_, second % 60);
-  }
+  if (time != time_) Format(time);
   out += text_;
 }
 
-void LocalTimeText::Calculate(std::int64_t block) {
-  const std::time_t start = block * kBlock;
+void LocalTimeText::Format(std::int64_t time) {
+  // 1972-01-07, when the last zone gave up an offset with odd seconds. Since
+  // then zones have changed their offsets at whole minutes only, so within one
+  // nothing but the seconds differs.
+  constexpr std::int64_t kOnlyWholeMinutes = 63'593'070;
+  const std::int64_t minute = FloorDivide(time, kMinute);
+  time_ = time;
+  if (minute == minute_ && time > kOnlyWholeMinutes) {
+    text_.resize(text_.size() - 2);
+    AppendTwoDigits(text_, time - minute * kMinute);
+    return;
+  }
+  minute_ = minute;
+  const std::time_t seconds = time;
   std::tm local{};
-  localtime_r(&start, &local);
+  localtime_r(&seconds, &local);
   char text[64];
-  std::snprintf(text, sizeof text, "%04d-%02d-%02d %02d:", local.tm_year + 1900, local.tm_mon + 1,
-                local.tm_mday, local.tm_hour);
-  block_ = block;
-  minuteOfBlock_ = local.tm_min;
-  upToHour_ = text;
+  std::snprintf(text, sizeof text, "%04d-%02d-%02d %02d:%02d:%02d", local.tm_year + 1900,
+                local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec);
+  text_ = text;
 }
 
 void UtcTimeText::Append(std::string& out, std::int64_t time) {

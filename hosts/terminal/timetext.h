@@ -15,13 +15,11 @@ class LocalTimeText {
   void Append(std::string& out, std::int64_t time);
 
  private:
-  void Calculate(std::int64_t block);
+  void Format(std::int64_t time);
 
-  std::int64_t block_ = -1;
-  std::int64_t minuteOfBlock_ = 0;
-  std::string upToHour_;
-  /// The text of the time written last.
+  /// The time written last, its minute since 1970 and its text.
   std::int64_t time_ = 0;
+  std::int64_t minute_ = -1;
   std::string text_;
 };
 

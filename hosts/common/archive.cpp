@@ -6,11 +6,11 @@
 
 #include <cerrno>
 #include <cstring>
-#include <fstream>
 #include <functional>
 #include <optional>
 #include <string_view>
 
+#include "hosts/common/filebeginning.h"
 #include "hosts/common/sevenzipfile.h"
 #include "platform/text.h"
 
@@ -58,7 +58,7 @@ concept ReportsProblems = requires(U unpacker) {
 
 /// The password was wrong, or there is none.
 struct PasswordProblem {
-  RarProblem problem;
+  Reason reason;
 };
 
 bool IsOfPassword(RarProblem problem) {
@@ -72,7 +72,7 @@ void ThrowPasswordProblem(U& unpacker, bool isOpen) {
   typename U::FullInfo record;
   if (isOpen && unpacker.FindFile() && unpacker.FindNextFile()) unpacker.GetFileFullInfo(record);
   const RarProblem problem = unpacker.GetWalkProblem();
-  if (IsOfPassword(problem)) throw PasswordProblem{problem};
+  if (IsOfPassword(problem)) throw PasswordProblem{ReasonOf(problem, {})};
 }
 
 template <class U>
@@ -90,8 +90,7 @@ bool OpenWith(C7zUnpacker& unpacker, const std::wstring& path, const ArchiveSetu
       traits.isFirstVolume ? unpacker.OpenMultiVolumeArchive(path) : unpacker.OpenArchive(path);
   if (isOpen || setup.password == nullptr) return isOpen;
   if (setup.password->TimesAsked() == asked) return false;
-  throw PasswordProblem{setup.password->HasAnswer() ? RarProblem::kWrongPasswordOrDamaged
-                                                    : RarProblem::kNoPassword};
+  throw PasswordProblem{setup.password->HasAnswer() ? WrongPasswordOrDamaged() : NoPassword()};
 }
 
 template <class U>
@@ -127,14 +126,6 @@ template <>
 constexpr std::string_view kSignature<CRarUnpacker> = "Rar!\x1a\x07";
 template <>
 constexpr std::string_view kSignature<C7zUnpacker> = kSevenZipSignature;
-
-std::string BeginningOf(const std::string& path) {
-  std::string bytes(8, '\0');
-  std::ifstream file(path, std::ios::binary);
-  file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-  bytes.resize(static_cast<std::size_t>(file.gcount()));
-  return bytes;
-}
 
 /// Tries the formats of the variant, in their order but for one that the file
 /// bears the mark of: others may have to read all of it to find that it is not
@@ -175,11 +166,10 @@ std::optional<Archive> TryWithPassword(const std::string& path, const ArchiveSet
     try {
       return TryAllFormats(path, setup);
     } catch (const PasswordProblem& wrong) {
-      const Reason reason = ReasonOf(wrong.problem, {});
       const bool wasCancelled = setup.password != nullptr && setup.password->WasCancelled();
-      if (wasCancelled) throw OpenError{reason, true};
-      if (setup.password == nullptr || !setup.password->Reject()) throw OpenError{reason};
-      if (setup.onWrongPassword) setup.onWrongPassword(reason);
+      if (wasCancelled) throw OpenError{wrong.reason, true};
+      if (setup.password == nullptr || !setup.password->Reject()) throw OpenError{wrong.reason};
+      if (setup.onWrongPassword) setup.onWrongPassword(wrong.reason);
     }
   }
 }

@@ -2,14 +2,20 @@
 
 namespace host {
 
+Reason NoPassword() { return {"it is encrypted and no password was given"}; }
+
+Reason WrongPasswordOrDamaged() {
+  return {"wrong password or damaged; the archive does not tell which"};
+}
+
 Reason ReasonOf(RarProblem problem, const std::wstring& detail) {
   switch (problem) {
     case RarProblem::kWrongPassword:
       return {"wrong password"};
     case RarProblem::kWrongPasswordOrDamaged:
-      return {"wrong password or damaged; the archive does not tell which"};
+      return WrongPasswordOrDamaged();
     case RarProblem::kNoPassword:
-      return {"it is encrypted and no password was given"};
+      return NoPassword();
     case RarProblem::kMissingVolume:
       if (detail.empty()) return {"a volume of the set is missing"};
       return {.text = "the volume %1 is missing", .path = detail};

@@ -13,6 +13,10 @@ namespace host {
 /// RarProblemReport.
 Reason ReasonOf(RarProblem problem, const std::wstring& detail);
 
+/// What is told of a password in every format.
+Reason NoPassword();
+Reason WrongPasswordOrDamaged();
+
 /// Remembers the reasons of a run until they are reported.
 class ItemProblems {
  public:

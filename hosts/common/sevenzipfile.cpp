@@ -1,8 +1,8 @@
 #include "hosts/common/sevenzipfile.h"
 
-#include <fstream>
 #include <string_view>
 
+#include "hosts/common/filebeginning.h"
 #include "platform/modules.h"
 #include "platform/text.h"
 
@@ -14,13 +14,6 @@ constexpr std::string_view kUnixProgram(
     "\x7F"
     "ELF");
 
-std::string FirstBytes(const std::wstring& path) {
-  std::ifstream file(platform::ToNativePath(path), std::ios::binary);
-  std::string bytes(kSevenZipSignature.size(), '\0');
-  file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-  return bytes;
-}
-
 /// Whether the library knows the name is its own affair; any other name would
 /// only be refused.
 bool IsNamedAsFirst(const std::wstring& path) {
@@ -30,9 +23,9 @@ bool IsNamedAsFirst(const std::wstring& path) {
 }  // namespace
 
 SevenZipTraits SevenZipTraitsOf(const std::wstring& path) {
-  const std::string bytes = FirstBytes(path);
+  const std::string bytes = BeginningOf(platform::ToNativePath(path));
   SevenZipTraits traits;
-  traits.hasSignature = bytes == kSevenZipSignature;
+  traits.hasSignature = bytes.starts_with(kSevenZipSignature);
   traits.isFirstVolume = traits.hasSignature && IsNamedAsFirst(path);
   traits.mayBeOne =
       traits.hasSignature || bytes.starts_with(kProgram) || bytes.starts_with(kUnixProgram);

@@ -1,15 +1,19 @@
-#!/usr/bin/env python3
-"""Compares morvunp with other programs on cabinets. See README.md."""
+"""Cabinets."""
 
 import subprocess
-import sys
-from pathlib import Path
 
-sys.path.insert(0, str(Path(__file__).resolve().parent))
-import common  # noqa: E402
+from benchmark import ROOT, Benchmark, peer
+from data import make_tree
+
+EXTRACTORS = [peer("cabextract", "cabextract -q -d {out} {archive}"),
+              peer("7zz", "7zz x -y -bd -o{out} {archive}", "7zz"),
+              peer("bsdtar", "bsdtar -xf {archive} -C {out}")]
+GCAB = peer("gcab", "gcab -x -C {out} {archive}")
+LISTERS = [peer("cabextract", "cabextract -l {archive}"), peer("7zz", "7zz l {archive}", "7zz"),
+           peer("bsdtar", "bsdtar -tf {archive}"), peer("gcab", "gcab -t {archive}")]
 
 
-def make_text(generator):
+def text(generator):
     """Words, numbers and tables: what packs about three to one."""
     words = [generator.randbytes(generator.randint(2, 6)).hex()[:generator.randint(2, 9)]
              for _ in range(5000)]
@@ -21,94 +25,43 @@ def make_text(generator):
     return bytes(text)
 
 
+def tree_maker(files, folders, size):
+    return lambda folder: make_tree(folder, files, folders, size, text)
+
+
 def make_mszip(tree, cabinet):
     files = sorted(str(path.relative_to(tree)) for path in tree.rglob("*") if path.is_file())
     subprocess.run(["gcab", "-c", "-z", cabinet, *files], check=True, cwd=tree,
                    stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL)
 
 
-def make_lzx(options):
-    """A function that makes LZX cabinets, with the writer of the tests."""
-    command = options.work / "makecab"
-    sources = [common.ROOT / "bench/makecab.cpp", *(common.ROOT / "tests/support").glob("*writer.cpp"),
-               common.ROOT / "tests/support/cabbuilder.cpp"]
-    subprocess.run(["g++", "-std=c++20", "-O2", "-I", common.ROOT / "tests", *sources, "-lz",
-                    "-o", command], check=True)
-    return lambda tree, cabinet: subprocess.run([command, cabinet, tree], check=True)
+def make_lzx(tree, cabinet):
+    """No package makes LZX cabinets; the writer of the tests does."""
+    command = cabinet.parent / "makecab"
+    support = ROOT / "tests/support"
+    subprocess.run(["g++", "-std=c++20", "-O2", "-I", ROOT / "tests", ROOT / "bench/makecab.cpp",
+                    *support.glob("*writer.cpp"), support / "cabbuilder.cpp", "-lz", "-o", command],
+                   check=True)
+    subprocess.run([command, cabinet, tree], check=True)
 
 
-def make_data(options, name, files, folders, size, method, make):
-    """A source tree and the cabinet of it, kept for later runs."""
-    data = options.work / ("data-cab-quick" if options.quick else "data-cab")
-    data.mkdir(exist_ok=True)
-    tree = common.make_once(data / f"{name}-tree", lambda path: common.make_tree(
-        path, files, folders, size, make_text))
-    cabinet = common.make_once(data / f"{name}-{method}.cab", lambda path: make(tree, path))
-    return tree, cabinet
-
-
-def listing(options, title, cabinet):
-    path = str(cabinet)
-    return common.Case(title, [
-        common.Contender(common.OURS, [str(options.morvunp), "list", path], cabinet),
-        common.Contender("cabextract", ["cabextract", "-l", path], cabinet,
-                         ["cabextract", "--version"]),
-        common.Contender("7zz", ["7zz", "l", path], cabinet, ["7zz"]),
-        common.Contender("bsdtar", ["bsdtar", "-tf", path], cabinet, ["bsdtar", "--version"]),
-        common.Contender("gcab", ["gcab", "-t", path], cabinet, ["gcab", "--version"])])
-
-
-def extraction(options, title, tree, cabinet, gcab=True):
-    path = str(cabinet)
-    contenders = [
-        common.Contender(common.OURS,
-                         [str(options.morvunp), "extract", "-q", path, "-C", "{out}"], cabinet),
-        common.Contender("cabextract", ["cabextract", "-q", "-d", "{out}", path], cabinet,
-                         ["cabextract", "--version"]),
-        common.Contender("7zz", ["7zz", "x", "-y", "-bd", "-o{out}", path], cabinet, ["7zz"]),
-        common.Contender("bsdtar", ["bsdtar", "-xf", path, "-C", "{out}"], cabinet,
-                         ["bsdtar", "--version"])]
-    if gcab:
-        contenders.append(common.Contender("gcab", ["gcab", "-x", "-C", "{out}", path], cabinet,
-                                           ["gcab", "--version"]))
-    return common.Case(title, contenders, common.bytes_below(tree))
-
-
-def main():
-    options = common.parse_options(
-        __doc__, cases=("list", "large", "small", "lzx-large", "lzx-small"))
-    quick = options.quick
-
-    def prepare(name, files, folders, size, method="mszip", make=make_mszip):
-        tree, cabinet = make_data(options, name, files, folders, size, method, make)
-        common.verify(options, tree, cabinet)
-        return tree, cabinet
-
+def benchmarks(quick):
     files, folders = (1_000, 20) if quick else (20_000, 200)
-    small = ("small", files, folders, lambda generator: generator.randint(1024, 8192))
+    many, spread = (5_000, 50) if quick else (65_535, 500)
     size = 8 if quick else 300
-    large = ("large", 1, 1, lambda _: size << 20)
-    if "list" in options.cases:
-        many, spread = (5_000, 50) if quick else (65_535, 500)
-        # More names than a command line holds.
-        _, cabinet = prepare("many", many, spread, lambda generator: generator.randint(1, 20),
-                             "lzx", make_lzx(options))
-        common.run_case(listing(options, f"Listing a cabinet of {many:,} files", cabinet), options)
-    if "large" in options.cases:
-        common.run_case(extraction(options, f"Extracting {size} MiB, MSZIP", *prepare(*large)),
-                        options)
-    if "small" in options.cases:
-        common.run_case(extraction(options, f"Extracting {files:,} files of 1-8 KiB, MSZIP",
-                                   *prepare(*small)), options)
-    if "lzx-large" in options.cases:
-        data = prepare(*large, "lzx", make_lzx(options))
-        common.run_case(extraction(options, f"Extracting {size} MiB, LZX", *data, gcab=False),
-                        options)
-    if "lzx-small" in options.cases:
-        data = prepare(*small, "lzx", make_lzx(options))
-        common.run_case(extraction(options, f"Extracting {files:,} files of 1-8 KiB, LZX", *data,
-                                   gcab=False), options)
-
-
-if __name__ == "__main__":
-    main()
+    large = ("cab-large", tree_maker(1, 1, lambda _: size << 20))
+    small = ("cab-small", tree_maker(files, folders, lambda it: it.randint(1024, 8192)))
+    return [
+        # Its names are more than the command line of the MSZIP writer holds.
+        Benchmark("cab-list", f"Listing a cabinet of {many:,} files", "cab-many",
+                  tree_maker(many, spread, lambda it: it.randint(1, 20)), "many.cab", make_lzx,
+                  LISTERS, extracts=False),
+        Benchmark("cab-large", f"Extracting {size} MiB from a cabinet, MSZIP", *large, "large.cab", make_mszip,
+                  [*EXTRACTORS, GCAB]),
+        Benchmark("cab-small", f"Extracting {files:,} files of 1-8 KiB from a cabinet, MSZIP", *small,
+                  "small.cab", make_mszip, [*EXTRACTORS, GCAB]),
+        Benchmark("cab-lzx-large", f"Extracting {size} MiB from a cabinet, LZX", *large, "large-lzx.cab",
+                  make_lzx, EXTRACTORS),
+        Benchmark("cab-lzx-small", f"Extracting {files:,} files of 1-8 KiB from a cabinet, LZX", *small,
+                  "small-lzx.cab", make_lzx, EXTRACTORS),
+    ]

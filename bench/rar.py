@@ -1,123 +1,59 @@
-#!/usr/bin/env python3
-"""Compares morvunp with other programs on RAR archives. See README.md."""
+"""RAR archives."""
 
-import random
 import subprocess
-import sys
-from pathlib import Path
 
-sys.path.insert(0, str(Path(__file__).resolve().parent))
-import common  # noqa: E402
-
-CASES = ("normal", "stored", "solid", "small", "small-quick-open", "list", "solid-list")
-
-
-def make_text(folder, files, size):
-    """Files that compress as text does, the same on every run."""
-    generator = random.Random(2)
-    words = ["".join(generator.choices("etaoinshrdlu", k=generator.randint(2, 9)))
-             for _ in range(4_000)]
-    folder.mkdir()
-    for number in range(files):
-        with open(folder / f"F{number:07}.TXT", "w") as file:
-            left = size
-            while left > 0:
-                text = " ".join(generator.choices(words, k=10_000))[:left]
-                file.write(text)
-                left -= len(text)
-
-
-def make_archive(tree, archive, switches):
-    subprocess.run(["rar", "a", "-idq", "-r", "-ma5", *switches, archive, "."], cwd=tree,
-                   check=True, stdin=subprocess.DEVNULL)
-
-
-def make_data(options, name, make_tree, switches):
-    """A source tree and the archive of it, kept for later runs."""
-    data = options.work / ("rar-quick" if options.quick else "rar")
-    data.mkdir(exist_ok=True)
-    tree = common.make_once(data / make_tree.__name__, make_tree)
-
-    def make(path):
-        # The archiver insists on its own ending.
-        unfinished = path.with_suffix(".rar")
-        make_archive(tree, unfinished, switches)
-        unfinished.rename(path)
-
-    return tree, common.make_once(data / f"{name}.rar", make)
+from benchmark import ROOT, Benchmark, peer
+from data import small_files, texts
 
 
 def engine_command(options):
     """The engine has no command of its own: a small one is built here."""
     command = options.work / "unrar_engine"
-    source = Path(__file__).resolve().parent / "unrar_engine.cpp"
-    subprocess.run(["g++", "-O2", source, "-o", command, "-lunrar"], check=True)
-    return str(command)
+    subprocess.run(["g++", "-O2", ROOT / "bench/unrar_engine.cpp", "-o", command, "-lunrar"],
+                   check=True)
+    return command
 
 
-def extraction(options, title, tree, archive):
-    path = str(archive)
-    return common.Case(title, [
-        common.Contender(common.OURS,
-                         [str(options.morvunp), "extract", "-q", path, "-C", "{out}"], archive),
-        common.Contender("the engine, empty callback", [engine_command(options), path, "{out}"],
-                         archive, ["dpkg-query", "-Wf", "${Version}", "libunrar-dev"]),
-        common.Contender("unrar x", ["unrar", "x", "-idq", path, "{out}/"], archive, ["unrar"]),
-        common.Contender("7z with its RAR module", ["7z", "x", "-y", "-bd", "-o{out}", path],
-                         archive, ["7z"]),
-        common.Contender("bsdtar", ["bsdtar", "-xf", path, "-C", "{out}"], archive,
-                         ["bsdtar", "--version"]),
-    ], common.bytes_below(tree))
+EXTRACTORS = [peer("the engine, empty callback", "{tool} {archive} {out}",
+                   "dpkg-query -Wf ${Version} libunrar-dev", build=engine_command),
+              peer("unrar x", "unrar x -idq {archive} {out}/", "unrar"),
+              peer("7z with its RAR module", "7z x -y -bd -o{out} {archive}", "7z"),
+              peer("bsdtar", "bsdtar -xf {archive} -C {out}")]
+LISTERS = [peer("unrar l", "unrar l {archive}", "unrar"),
+           peer("7z with its RAR module", "7z l {archive}", "7z"),
+           peer("bsdtar", "bsdtar -tvf {archive}")]
 
 
-def listing(options, title, archive):
-    path = str(archive)
-    return common.Case(title, [
-        common.Contender(common.OURS, [str(options.morvunp), "list", path], archive),
-        common.Contender("unrar l", ["unrar", "l", path], archive, ["unrar"]),
-        common.Contender("7z with its RAR module", ["7z", "l", path], archive, ["7z"]),
-        common.Contender("bsdtar", ["bsdtar", "-tvf", path], archive, ["bsdtar", "--version"]),
-    ])
+def packer(*switches):
+    def make(tree, archive):
+        subprocess.run(["rar", "a", "-idq", "-r", "-ma5", *switches, archive, "."], cwd=tree,
+                       check=True, stdin=subprocess.DEVNULL)
+    return make
 
 
-def main():
-    options = common.parse_options(__doc__, cases=CASES)
-    size = 1 if options.quick else 24
-    files = 300 if options.quick else 10_000
+def benchmarks(quick):
+    size = 1 if quick else 24
+    files = 300 if quick else 10_000
     # For each file that it writes, the engine reads the record that makes lists
     # quick from its start, which takes quadratic time.
-    fewer = 300 if options.quick else 2_000
-
-    def large_tree(path):
-        make_text(path, 4, size << 20)
-
-    def small_tree(path):
-        common.make_tree(path, files, files // 100, lambda generator: generator.randint(1024, 8192))
-
-    def fewer_tree(path):
-        common.make_tree(path, fewer, fewer // 100, lambda generator: generator.randint(1024, 8192))
-
-    def run(name, make_case, title, make_tree, *switches):
-        if name not in options.cases:
-            return
-        tree, archive = make_data(options, make_case.__name__ + "-" + name, make_tree, switches)
-        if make_case is listing:
-            common.run_case(listing(options, title, archive), options)
-        else:
-            common.verify(options, tree, archive)
-            common.run_case(extraction(options, title, tree, archive), options)
-
+    fewer = 300 if quick else 2_000
+    large = ("rar-large", texts(4, size << 20))
+    small = ("rar-small", small_files(files))
     text = f"4 texts of {size} MiB"
-    run("normal", extraction, f"Extracting {text}, normal", large_tree, "-m3")
-    run("stored", extraction, f"Extracting {text}, stored", large_tree, "-m0")
-    run("solid", extraction, f"Extracting {text}, solid", large_tree, "-m3", "-s")
-    run("small", extraction, f"Extracting {files:,} files of 1-8 KiB, no quick-open record",
-        small_tree, "-m3", "-qo-")
-    run("small-quick-open", extraction,
-        f"Extracting {fewer:,} files of 1-8 KiB, with a quick-open record", fewer_tree, "-m3")
-    run("list", listing, f"Listing {files:,} files", small_tree, "-m3")
-    run("solid-list", listing, f"Listing {files:,} files, solid", small_tree, "-m3", "-s")
-
-
-if __name__ == "__main__":
-    main()
+    return [
+        Benchmark("rar-normal", f"Extracting {text} from RAR, normal", *large, "normal.rar",
+                  packer("-m3"), EXTRACTORS),
+        Benchmark("rar-stored", f"Extracting {text} from RAR, stored", *large, "stored.rar",
+                  packer("-m0"), EXTRACTORS),
+        Benchmark("rar-solid", f"Extracting {text} from RAR, solid", *large, "solid.rar",
+                  packer("-m3", "-s"), EXTRACTORS),
+        Benchmark("rar-small", f"Extracting {files:,} files of 1-8 KiB from RAR, no quick-open record",
+                  *small, "small.rar", packer("-m3", "-qo-"), EXTRACTORS),
+        Benchmark("rar-small-quick-open",
+                  f"Extracting {fewer:,} files of 1-8 KiB from RAR, quick-open record", "rar-fewer",
+                  small_files(fewer), "fewer.rar", packer("-m3"), EXTRACTORS),
+        Benchmark("rar-list", f"Listing a RAR archive of {files:,} files", *small, "list.rar", packer("-m3"),
+                  LISTERS, extracts=False),
+        Benchmark("rar-solid-list", f"Listing a solid RAR archive of {files:,} files", *small, "list-solid.rar",
+                  packer("-m3", "-s"), LISTERS, extracts=False),
+    ]

@@ -92,7 +92,7 @@ QTreeView* MainWindow::MakeFileView() {
   view->setAccessibleName(tr("Files"));
   view->setItemDelegateForColumn(FileModel::kSize, new SizeColumn(view));
   view->header()->resizeSection(FileModel::kName, 320);
-  view->header()->resizeSection(FileModel::kSize, 110);
+  view->header()->resizeSection(FileModel::kSize, 140);
   view->sortByColumn(FileModel::kName, Qt::AscendingOrder);
   view->setSortingEnabled(true);
   connect(view, &QTreeView::activated, this, &MainWindow::EnterItem);

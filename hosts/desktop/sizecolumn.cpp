@@ -8,7 +8,7 @@ void SizeColumn::initStyleOption(QStyleOptionViewItem* option, const QModelIndex
   // side that the reading direction asks for.
   option->features |= QStyleOptionViewItem::HasDecoration;
   option->decorationPosition = QStyleOptionViewItem::Right;
-  option->decorationSize = QSize(option->fontMetrics.averageCharWidth() * 2, 1);
+  option->decorationSize = QSize(option->fontMetrics.averageCharWidth(), 1);
 }
 
 }  // namespace desktop

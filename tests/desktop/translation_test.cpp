@@ -24,7 +24,7 @@ void PrintTo(const Language& language, std::ostream* stream) { *stream << langua
 class TranslationTest : public testing::TestWithParam<Language> {
  protected:
   void SetUp() override {
-    if (!MORVUNP_HAS_TRANSLATIONS) GTEST_SKIP() << "built without Qt's LinguistTools";
+    if (!MORVUNP_HAS_TRANSLATIONS) GTEST_SKIP() << "built without Qt's lrelease";
     desktop::InstallTranslations(*qApp, QLocale(GetParam().name), MORVUNP_DESKTOP_FOLDER);
   }
   void TearDown() override { qDeleteAll(qApp->findChildren<QTranslator*>()); }

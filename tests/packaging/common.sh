@@ -26,7 +26,7 @@ make_archives() {
     echo hello >greeting
     gcab -c -z test.cab greeting
     7z a -bd test.7z greeting >/dev/null
-    genisoimage -quiet -U -o test.iso greeting
+    genisoimage -quiet -U -o test.iso greeting 2>/dev/null
   )
 }
 

@@ -38,7 +38,16 @@ export LD_LIBRARY_PATH
 check_unpacker "$scratch/unpack"
 
 # Each public header stands on its own.
-find "$prefix/include" -name '*.h' -printf '#include "%P"\n' | while read -r line; do
-  echo "$line" | "$compiler" -std=c++20 -Wall -Wextra -Werror -fsyntax-only -x c++ \
-    $(pkg-config --cflags morvunp) - || fail "not self-sufficient: $line"
+for folder in morvunp morvunp/platform; do
+  (cd "$prefix/include" && ls "$folder"/*.h) | xargs -P 2 -I '{}' sh -c \
+    'echo "#include \"{}\"" | "$0" -std=c++20 -Wall -Wextra -Werror -fsyntax-only -x c++ "$@" -' \
+    "$compiler" $(pkg-config --cflags morvunp) || fail "a header does not stand on its own"
 done
+
+# The window finds its library and its translations.
+[[ -e $prefix/bin/morvunp-desktop ]] || exit 0
+unset LD_LIBRARY_PATH
+help() { LC_ALL=$1 QT_QPA_PLATFORM=offscreen "$prefix/bin/morvunp-desktop" --help 2>/dev/null; }
+[[ $(help C.UTF-8) == *"Shows and unpacks"* ]] || fail "the window does not start"
+[[ -z $(find "$prefix" -name '*.qm') || $(help de_DE.UTF-8) == *"Zeigt und entpackt"* ]] ||
+  fail "the translation is not found"

@@ -23,7 +23,7 @@ struct ModulePlace {
 };
 
 constexpr std::array<ModulePlace, 7> kPlaces{{
-    {L"Cabinet.dll", "morvunp/Cabinet.dll"},
+    {L"Cabinet.dll", MORVUNP_MODULE_FOLDER "/Cabinet.dll"},
     {L"7zxa.dll", "/usr/lib/7zip/7z.so"},
     {L"7zxa.dll", "/usr/lib/p7zip/7z.so"},
     {L"7zxa.dll", "/usr/libexec/7zip/7z.so"},

@@ -21,10 +21,10 @@ Reason ReasonOfErrno(int error) {
   switch (error) {
     case ENOENT:
     case ENOTDIR:
-      return {"no such file"};
+      return Reason::Of("no such file");
     case EACCES:
     case EPERM:
-      return {"no permission to read it"};
+      return Reason::Of("no permission to read it");
     default:
       return {std::strerror(error)};
   }
@@ -32,10 +32,10 @@ Reason ReasonOfErrno(int error) {
 
 /// Why a file of this kind cannot be an archive; none when it can.
 std::optional<Reason> ReasonOfKind(const struct stat& status) {
-  if (S_ISDIR(status.st_mode)) return Reason{"it is a folder"};
+  if (S_ISDIR(status.st_mode)) return Reason::Of("it is a folder");
   if (S_ISBLK(status.st_mode)) return std::nullopt;
-  if (!S_ISREG(status.st_mode)) return Reason{"not a regular file"};
-  if (status.st_size == 0) return Reason{"the file is empty"};
+  if (!S_ISREG(status.st_mode)) return Reason::Of("not a regular file");
+  if (status.st_size == 0) return Reason::Of("the file is empty");
   return std::nullopt;
 }
 
@@ -154,9 +154,9 @@ std::optional<Archive> TryAllFormats(const std::string& path, const ArchiveSetup
     return TryFormats(std::type_identity<Archive>{}, path, setup);
   } catch (const CAtlException&) {
     // The only error of this kind that leaves an open.
-    throw OpenError{{"a recorded date is impossible"}};
+    throw OpenError{Reason::Of("a recorded date is impossible")};
   } catch (const CInvalidArgException&) {
-    throw OpenError{{"damaged: it names a partition that it lacks"}};
+    throw OpenError{Reason::Of("damaged: it names a partition that it lacks")};
   }
 }
 
@@ -176,14 +176,15 @@ std::optional<Archive> TryWithPassword(const std::string& path, const ArchiveSet
 
 /// What is left to tell of a file that no format knew.
 Reason ReasonOfUnknown(const std::string& path, DWORD error) {
-  if (error == ERROR_SHARING_VIOLATION) return {"another program is writing to it"};
+  if (error == ERROR_SHARING_VIOLATION) return Reason::Of("another program is writing to it");
   if (SevenZipTraitsOf(platform::ToLibraryPath(path)).hasSignature && !HasSevenZipEngine()) {
-    return {
+    return Reason::Of(
         "a 7z archive, but the 7-Zip engine is missing; install the package p7zip-full (or "
-        "7zip with its 7z.so)"};
+        "7zip with its 7z.so)");
   }
-  if (error == ERROR_MOD_NOT_FOUND) return {"not an archive, or one whose module is missing"};
-  return {"not an archive that morvunp knows, or damaged"};
+  if (error == ERROR_MOD_NOT_FOUND)
+    return Reason::Of("not an archive, or one whose module is missing");
+  return Reason::Of("not an archive that morvunp knows, or damaged");
 }
 
 }  // namespace
@@ -202,24 +203,24 @@ void SetUpArchive(Archive& archive, const ArchiveSetup& setup) {
 
 std::optional<Reason> ReasonOfGap(const CIsoUnpacker& unpacker) {
   if (unpacker.IsListComplete()) return std::nullopt;
-  return Reason{"cut or damaged: not all of its folders could be read"};
+  return Reason::Of("cut or damaged: not all of its folders could be read");
 }
 
 std::optional<Reason> ReasonOfGap(const CCabUnpacker& unpacker) {
   if (unpacker.IsListComplete()) return std::nullopt;
-  return Reason{"cut or damaged: its table of files could not be read whole"};
+  return Reason::Of("cut or damaged: its table of files could not be read whole");
 }
 
 std::optional<Reason> ReasonOfGap(const C7zUnpacker& unpacker) {
   if (unpacker.IsListComplete()) return std::nullopt;
-  return Reason{"cut or damaged: the engine found errors in its headers"};
+  return Reason::Of("cut or damaged: the engine found errors in its headers");
 }
 
 std::optional<Reason> ReasonOfGap(const CRarUnpacker& unpacker) {
   const RarProblem problem = unpacker.GetWalkProblem();
   if (problem == RarProblem::kNone) return std::nullopt;
   Reason reason = ReasonOf(problem, {});
-  reason.effect = "the list is cut short";
+  reason.effect = Reason::Of("the list is cut short").text;
   return reason;
 }
 

@@ -1,38 +1,47 @@
 #include "hosts/common/itemproblems.h"
 
 namespace host {
+namespace {
 
-Reason NoPassword() { return {"it is encrypted and no password was given"}; }
+Reason ReasonOfMissingVolume(const std::wstring& name) {
+  if (name.empty()) return Reason::Of("a volume of the set is missing");
+  Reason reason = Reason::Of("the volume %1 is missing");
+  reason.path = name;
+  return reason;
+}
+
+}  // namespace
+
+Reason NoPassword() { return Reason::Of("it is encrypted and no password was given"); }
 
 Reason WrongPasswordOrDamaged() {
-  return {"wrong password or damaged; the archive does not tell which"};
+  return Reason::Of("wrong password or damaged; the archive does not tell which");
 }
 
 Reason ReasonOf(RarProblem problem, const std::wstring& detail) {
   switch (problem) {
     case RarProblem::kWrongPassword:
-      return {"wrong password"};
+      return Reason::Of("wrong password");
     case RarProblem::kWrongPasswordOrDamaged:
       return WrongPasswordOrDamaged();
     case RarProblem::kNoPassword:
       return NoPassword();
     case RarProblem::kMissingVolume:
-      if (detail.empty()) return {"a volume of the set is missing"};
-      return {.text = "the volume %1 is missing", .path = detail};
+      return ReasonOfMissingVolume(detail);
     case RarProblem::kBeginsEarlier:
-      return {"it begins in an earlier volume; open the first one"};
+      return Reason::Of("it begins in an earlier volume; open the first one");
     case RarProblem::kUnsafeName:
-      return {"refused: unsafe name"};
+      return Reason::Of("refused: unsafe name");
     case RarProblem::kUnsafeLink:
-      return {"refused: a link that leads out of the folder"};
+      return Reason::Of("refused: a link that leads out of the folder");
     case RarProblem::kNoSource:
-      return {"refused: a link to or copy of an item that was not unpacked"};
+      return Reason::Of("refused: a link to or copy of an item that was not unpacked");
     case RarProblem::kCannotWrite:
-      return {"failed: could not be written"};
+      return Reason::Of("failed: could not be written");
     case RarProblem::kNoMemory:
-      return {"failed: it takes more memory than there is"};
+      return Reason::Of("failed: it takes more memory than there is");
     default:
-      return {"damaged"};
+      return Reason::Of("damaged");
   }
 }
 

@@ -19,12 +19,12 @@ bool IsFolderOnDisk(const std::wstring& path) {
 Reason ReasonOfFailure(const Item& item, const OutputPlace& place) {
   struct stat status {};
   if (lstat(platform::ToNativePath(place.Path()).c_str(), &status) == 0) {
-    if (S_ISLNK(status.st_mode)) return {"failed: a symbolic link stands in its place"};
-    if (S_ISDIR(status.st_mode)) return {"failed: a folder stands in its place"};
+    if (S_ISLNK(status.st_mode)) return Reason::Of("failed: a symbolic link stands in its place");
+    if (S_ISDIR(status.st_mode)) return Reason::Of("failed: a folder stands in its place");
   }
-  if (!IsFolderOnDisk(place.folder)) return {"failed: its folder could not be created"};
-  if (item.isEncrypted) return {"failed: wrong password, or damaged in the archive"};
-  return {"failed: damaged in the archive, or could not be written"};
+  if (!IsFolderOnDisk(place.folder)) return Reason::Of("failed: its folder could not be created");
+  if (item.isEncrypted) return Reason::Of("failed: wrong password, or damaged in the archive");
+  return Reason::Of("failed: damaged in the archive, or could not be written");
 }
 
 class Reporter {
@@ -54,13 +54,13 @@ class Reporter {
 
   Reason ReasonOf(std::size_t index, const Item& item, const OutputPlace& place) const {
     const PlannedItem& planned = watch_.Items()[index];
-    if (planned.outcome == Outcome::kRefused) return {"refused: unsafe name"};
+    if (planned.outcome == Outcome::kRefused) return Reason::Of("refused: unsafe name");
     if (planned.outcome == Outcome::kCutShort) {
-      return {"cut short: the archive ends before the file does"};
+      return Reason::Of("cut short: the archive ends before the file does");
     }
     if (planned.outcome == Outcome::kWrongContent) {
-      return {item.isEncrypted ? "wrong content: the password is wrong, or the archive is damaged"
-                               : "wrong content: damaged in the archive"};
+      if (!item.isEncrypted) return Reason::Of("wrong content: damaged in the archive");
+      return Reason::Of("wrong content: the password is wrong, or the archive is damaged");
     }
     if (planned.outcome == Outcome::kKept) return settings_.kept;
     const ItemProblems* const problems = settings_.problems;
@@ -68,10 +68,11 @@ class Reporter {
       if (const Reason* reason = problems->Find(item.path)) return *reason;
     }
     if (settings_.stopped && index >= watch_.Next()) {
-      return {index == watch_.Next() && watch_.InFile() ? "interrupted" : "not reached"};
+      const bool isInHand = index == watch_.Next() && watch_.InFile();
+      return isInHand ? Reason::Of("interrupted") : Reason::Of("not reached");
     }
-    if (problems != nullptr && problems->RunEnded()) return {"not reached"};
-    if (planned.isFolder) return {"failed: the folder could not be created"};
+    if (problems != nullptr && problems->RunEnded()) return Reason::Of("not reached");
+    if (planned.isFolder) return Reason::Of("failed: the folder could not be created");
     return ReasonOfFailure(item, place);
   }
 

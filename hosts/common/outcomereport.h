@@ -23,7 +23,7 @@ struct ReportSettings {
   /// The run was stopped by the user.
   bool stopped = false;
   /// Why existing files were kept.
-  Reason kept{"kept the existing file"};
+  Reason kept = Reason::Of("kept the existing file");
   /// What the unpacker told of single items; null for nothing.
   const ItemProblems* problems = nullptr;
 };

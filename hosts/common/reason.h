@@ -15,6 +15,9 @@ struct Reason {
   /// What `text` is the cause of; empty when it stands alone.
   std::string effect{};
 
+  /// A fixed text; the tools for translators collect what this is called with.
+  static Reason Of(const char* text) { return {text}; }
+
   bool operator==(const Reason&) const = default;
 };
 

@@ -1,23 +1,13 @@
 #include <QApplication>
 #include <QCommandLineParser>
-#include <QLibraryInfo>
+#include <QIcon>
 #include <QLocale>
-#include <QTranslator>
 #include <cstdlib>
 
 #include "hosts/desktop/mainwindow.h"
+#include "hosts/desktop/translations.h"
 
 namespace {
-
-/// Qt's own texts and this program's, in the user's language where there are.
-void InstallTranslations(QApplication& application) {
-  const auto install = [&](const QString& name, const QString& folder) {
-    auto* const translator = new QTranslator(&application);
-    if (translator->load(QLocale(), name, "_", folder)) application.installTranslator(translator);
-  };
-  install("qtbase", QLibraryInfo::path(QLibraryInfo::TranslationsPath));
-  install("morvunp-desktop", QApplication::applicationDirPath() + "/../share/morvunp/translations");
-}
 
 /// The archive that the program is to open; null for none. The bytes as they
 /// were given: a name need not be text.
@@ -40,7 +30,8 @@ int main(int argc, char** argv) {
   QApplication::setApplicationName("morvunp-desktop");
   QApplication::setApplicationVersion(MORVUNP_VERSION);
   QGuiApplication::setDesktopFileName("morvunp-desktop");
-  InstallTranslations(application);
+  QGuiApplication::setWindowIcon(QIcon::fromTheme("morvunp-desktop"));
+  desktop::InstallTranslations(application, QLocale(), QCoreApplication::applicationDirPath());
   QCommandLineParser parser;
   parser.setApplicationDescription(
       QApplication::translate("main", "Shows and unpacks 7z, cabinet, ISO/UDF and RAR archives."));

@@ -14,6 +14,7 @@
 
 #include "hosts/desktop/elidedlabel.h"
 #include "hosts/desktop/mainwindow.h"
+#include "hosts/desktop/sizecolumn.h"
 
 namespace desktop {
 
@@ -89,8 +90,9 @@ QTreeView* MainWindow::MakeFileView() {
   view->setTextElideMode(Qt::ElideMiddle);
   view->setSelectionMode(QAbstractItemView::ExtendedSelection);
   view->setAccessibleName(tr("Files"));
+  view->setItemDelegateForColumn(FileModel::kSize, new SizeColumn(view));
   view->header()->resizeSection(FileModel::kName, 320);
-  view->header()->resizeSection(FileModel::kSize, 110);
+  view->header()->resizeSection(FileModel::kSize, 140);
   view->sortByColumn(FileModel::kName, Qt::AscendingOrder);
   view->setSortingEnabled(true);
   connect(view, &QTreeView::activated, this, &MainWindow::EnterItem);

@@ -28,7 +28,7 @@ QString Shown(std::wstring_view text, Form form) {
 }
 
 QString Translated(const std::string& text) {
-  return QCoreApplication::translate("Reason", text.c_str());
+  return QCoreApplication::translate("host::Reason", text.c_str());
 }
 
 }  // namespace

@@ -133,8 +133,7 @@ void ApplyCodePage(const std::string& name) {
 
 int RunCommandLine(int argc, char** argv) {
   Options options;
-  CLI::App app("Lists and unpacks CD and DVD images (ISO 9660 and UDF) and RAR archives.",
-               "morvunp");
+  CLI::App app("Lists and unpacks 7z, cabinet, ISO/UDF and RAR archives.", "morvunp");
   app.set_version_flag("--version", std::string("morvunp ") + MORVUNP_VERSION);
   app.footer(kFooter);
   app.require_subcommand(1);

@@ -1,0 +1,31 @@
+# Run by cpack when the files of each package are together.
+set(debian ${CPACK_MORVUNP_SOURCE}/packaging/debian)
+
+file(STRINGS ${debian}/changelog newest LIMIT_COUNT 1)
+set(version ${CPACK_PACKAGE_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})
+if(NOT newest MATCHES "^morvunp \\(${version}\\)")
+  message(FATAL_ERROR "packaging/debian/changelog begins with another version than ${version}")
+endif()
+
+foreach(component IN LISTS CPACK_COMPONENTS_ALL)
+  string(TOUPPER ${component} key)
+  set(root ${CPACK_TEMPORARY_DIRECTORY}/${component}${CPACK_PACKAGING_INSTALL_PREFIX})
+  set(documents ${root}/share/doc/${CPACK_DEBIAN_${key}_PACKAGE_NAME})
+  file(MAKE_DIRECTORY ${documents})
+  file(COPY ${debian}/copyright DESTINATION ${documents})
+  foreach(pair IN ITEMS ${debian}/changelog=changelog.Debian.gz
+                        ${CPACK_MORVUNP_SOURCE}/CHANGELOG.md=changelog.gz)
+    string(REPLACE "=" ";" pair ${pair})
+    list(GET pair 0 source)
+    list(GET pair 1 name)
+    execute_process(COMMAND gzip -9nc ${source} OUTPUT_FILE ${documents}/${name}
+                    COMMAND_ERROR_IS_FATAL ANY)
+  endforeach()
+  if(component STREQUAL development)
+    file(COPY ${CPACK_MORVUNP_SOURCE}/examples/unpack.cpp DESTINATION ${documents}/examples)
+  endif()
+  file(GLOB pages ${root}/share/man/man1/*.1)
+  if(pages)
+    execute_process(COMMAND gzip -9n ${pages} COMMAND_ERROR_IS_FATAL ANY)
+  endif()
+endforeach()

@@ -1,0 +1,53 @@
+#!/bin/bash
+# Installs the tree, moves it elsewhere, and builds the embedding example there
+# as a stranger would: with find_package, and again with pkg-config.
+#
+#   installed.sh BUILD-FOLDER C++-COMPILER
+source "$(dirname "$0")/common.sh" "$1"
+compiler=$2
+
+cmake --install "$build" --prefix "$scratch/first" >/dev/null
+mv "$scratch/first" "$scratch/prefix"
+prefix=$scratch/prefix
+make_archives
+
+run_command() { "$prefix/bin/morvunp" extract "$1" -C "$2"; }
+check_unpacker run_command
+
+mkdir "$scratch/outside"
+cp "$source/examples/unpack.cpp" "$scratch/outside"
+cat >"$scratch/outside/CMakeLists.txt" <<'END'
+cmake_minimum_required(VERSION 3.25)
+project(outside CXX)
+find_package(morvunp 0.1 CONFIG REQUIRED)
+add_executable(unpack unpack.cpp)
+target_link_libraries(unpack PRIVATE morvunp::morvunp)
+END
+cmake -S "$scratch/outside" -B "$scratch/outside/build" -DCMAKE_PREFIX_PATH="$prefix" \
+  -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_CXX_FLAGS="-Wall -Wextra -Werror" >"$scratch/log" &&
+  cmake --build "$scratch/outside/build" >>"$scratch/log" 2>&1 ||
+  fail "find_package: $(<"$scratch/log")"
+check_unpacker "$scratch/outside/build/unpack"
+
+PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name morvunp.pc)")
+export PKG_CONFIG_PATH
+"$compiler" -std=c++20 -o "$scratch/unpack" "$scratch/outside/unpack.cpp" \
+  $(pkg-config --cflags --libs morvunp) || fail "pkg-config: the program cannot be built"
+LD_LIBRARY_PATH=$(pkg-config --variable=libdir morvunp)
+export LD_LIBRARY_PATH
+check_unpacker "$scratch/unpack"
+
+# Each public header stands on its own.
+for folder in morvunp morvunp/platform; do
+  (cd "$prefix/include" && ls "$folder"/*.h) | xargs -P 2 -I '{}' sh -c \
+    'echo "#include \"{}\"" | "$0" -std=c++20 -Wall -Wextra -Werror -fsyntax-only -x c++ "$@" -' \
+    "$compiler" $(pkg-config --cflags morvunp) || fail "a header does not stand on its own"
+done
+
+# The window finds its library and its translations.
+[[ -e $prefix/bin/morvunp-desktop ]] || exit 0
+unset LD_LIBRARY_PATH
+help() { LC_ALL=$1 QT_QPA_PLATFORM=offscreen "$prefix/bin/morvunp-desktop" --help 2>/dev/null; }
+[[ $(help C.UTF-8) == *"Shows and unpacks"* ]] || fail "the window does not start"
+[[ -z $(find "$prefix" -name '*.qm') || $(help de_DE.UTF-8) == *"Zeigt und entpackt"* ]] ||
+  fail "the translation is not found"

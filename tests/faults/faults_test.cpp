@@ -166,6 +166,7 @@ class Faults : public testing::TestWithParam<Format> {
   void RunOnce(const FaultPlan& plan, const wchar_t* file, Check check) {
     std::filesystem::remove_all(folder.Path("out"));
     mkdir(folder.Path("out").c_str(), 0777);
+    if (!existing.empty()) testsupport::WriteFile(folder.Path("out/Z.BIN"), existing);
     const auto open = OpenFiles();
     GetParam().unpack(folder, file, plan, [&](const Attempt& attempt) {
       CheckTrees();
@@ -190,7 +191,8 @@ class Faults : public testing::TestWithParam<Format> {
     for (const auto& [path, bytes] : out) {
       const auto expected = kContent.find(path);
       ASSERT_NE(expected, kContent.end()) << path;
-      EXPECT_TRUE(expected->second.starts_with(bytes)) << path << " holds what it should not";
+      EXPECT_TRUE(expected->second.starts_with(bytes) || bytes == existing)
+          << path << " holds what it should not";
     }
   }
 
@@ -203,6 +205,8 @@ class Faults : public testing::TestWithParam<Format> {
   }
 
   TempFolder folder;
+  /// What Z.BIN holds at first; empty when it is to be a new file.
+  std::string existing;
   Tree before;
   Tree out;
 };
@@ -234,9 +238,21 @@ TEST_P(Faults, ShortAndInterruptedTransfersGoOn) {
 }
 
 TEST_P(Faults, MissingMemoryFailsOrThrows) {
-  Sweep({Calls::kMemory, Fault::kError, 0}, nullptr, [&](Result result) {
-    EXPECT_TRUE(result != Result(true) || IsWhole("Z.BIN") || !GetParam().tellsOfReads);
-  });
+  for (const bool persists : {false, true}) {
+    Sweep({Calls::kMemory, Fault::kError, 0, persists}, nullptr, [&](Result result) {
+      EXPECT_TRUE(result != Result(true) || IsWhole("Z.BIN") || !GetParam().tellsOfReads);
+    });
+  }
+}
+
+class RarFaults : public Faults {};
+
+TEST_P(RarFaults, AnExistingFileIsBackOrReplaced) {
+  existing = "what was there before";
+  for (const Calls calls : {Calls::kMemory, Calls::kWrites}) {
+    Sweep({calls, Fault::kError, 0}, nullptr,
+          [&](Result) { EXPECT_TRUE(IsWhole("Z.BIN") || out["Z.BIN"] == existing); });
+  }
 }
 
 TEST_P(Faults, AVanishedTargetFolderHarmsNothingElse) {
@@ -263,13 +279,17 @@ TEST_P(Faults, AFullDiskFailsTheFileThatDoesNotFit) {
   signal(SIGXFSZ, SIG_DFL);
 }
 
+const Format kRar{"Rar", WriteRar, Unpack<CRarUnpacker>, false, false};
+
+std::string NameOf(const testing::TestParamInfo<Format>& test) { return test.param.name; }
+
 INSTANTIATE_TEST_SUITE_P(Formats, Faults,
                          testing::Values(Format{"Iso", WriteIso, Unpack<CIsoUnpacker>},
                                          Format{"Udf", WriteUdf, Unpack<CIsoUnpacker>},
                                          Format{"Cabinet", WriteCabinets, Unpack<CCabUnpacker>},
-                                         Format{"Rar", WriteRar, Unpack<CRarUnpacker>, false,
-                                                false},
+                                         kRar,
                                          Format{"SevenZip", Write7z, Unpack<C7zUnpacker>, false}),
-                         [](const auto& test) { return std::string(test.param.name); });
+                         NameOf);
+INSTANTIATE_TEST_SUITE_P(Formats, RarFaults, testing::Values(kRar), NameOf);
 
 }  // namespace

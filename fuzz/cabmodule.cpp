@@ -56,6 +56,7 @@ void Free(void* memory) {
 }
 
 /// The last letter but the extension tells which cabinet is meant.
+// NOLINTNEXTLINE(readability-non-const-parameter): the interface's signature
 INT_PTR Open(char* path, int, int) {
   const std::string name = path;
   const std::size_t digit = name.find_last_of("123");

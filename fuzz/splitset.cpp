@@ -13,7 +13,20 @@
 namespace fuzz {
 namespace {
 
-using namespace sevenzip;
+using sevenzip::Answers;
+using sevenzip::Component;
+using sevenzip::ComPtr;
+using sevenzip::Create;
+using sevenzip::IArchiveExtractCallback;
+using sevenzip::IArchiveOpenCallback;
+using sevenzip::IArchiveOpenVolumeCallback;
+using sevenzip::IInStream;
+using sevenzip::IProgress;
+using sevenzip::ISequentialInStream;
+using sevenzip::ISequentialOutStream;
+using sevenzip::kSeekCurrent;
+using sevenzip::kSeekEnd;
+using sevenzip::kSeekStart;
 
 class Volume final : public Component<Answers<IInStream>, IInStream> {
  public:
@@ -52,8 +65,8 @@ class Folder final : public Component<Answers<IArchiveOpenVolumeCallback>,
   HRESULT SetTotal(const ULONGLONG*, const ULONGLONG*) override { return S_OK; }
   HRESULT SetCompleted(const ULONGLONG*, const ULONGLONG*) override { return S_OK; }
   HRESULT GetProperty(PROPID id, PROPVARIANT* value) override {
-    if (id == kpidName) Put(value, m_strFirstName);
-    if (id == kpidSize) Put(value, m_pieces[m_nFound].claimedSize);
+    if (id == sevenzip::kpidName) sevenzip::Put(value, m_strFirstName);
+    if (id == sevenzip::kpidSize) sevenzip::Put(value, m_pieces[m_nFound].claimedSize);
     return S_OK;
   }
   HRESULT GetStream(const wchar_t* name, IInStream** stream) override {
@@ -135,12 +148,13 @@ void RunSplitSet(std::string_view bytes) {
     whole += piece.bytes;
     isHonest &= piece.claimedSize == piece.bytes.size();
   }
-  const auto folder = sevenzip::Create<Folder>(name, pieces);
-  const auto first = sevenzip::Create<Volume>(pieces.front().bytes);
-  const auto handler = sevenzip::Create<NArchive::NSplit::CHandler>();
+  const auto folder = Create<Folder>(name, pieces);
+  const auto first = Create<Volume>(pieces.front().bytes);
+  const auto handler = Create<NArchive::NSplit::CHandler>();
   if (handler->Open(first.Get(), nullptr, folder.Get()) != S_OK) return;
-  const auto collector = sevenzip::Create<Collector>();
-  Require(handler->Extract(nullptr, kAllItems, 0, collector.Get()) == S_OK, "volumes are copied");
+  const auto collector = Create<Collector>();
+  Require(handler->Extract(nullptr, sevenzip::kAllItems, 0, collector.Get()) == S_OK,
+          "volumes are copied");
   Require(collector->bytes == whole, "a copy is what its volumes are");
   ComPtr<ISequentialInStream> joined;
   if (handler->GetStream(0, joined.Receive()) != S_OK) return;
@@ -155,9 +169,12 @@ std::vector<std::string> SplitSetSeeds() {
   const std::string lying = NumberBytes(1, 1) + NumberBytes(3, 8);
   std::vector<std::string> seeds;
   for (std::size_t i = 0; i < std::size(kNames); ++i) {
-    seeds.push_back(NumberBytes(i, 1) + NumberBytes(2, 1) + honest + CountedBytes("first") +
-                    honest + CountedBytes("") + (i % 2 == 0 ? honest : lying) +
-                    CountedBytes("third") + reads);
+    std::string& seed = seeds.emplace_back(NumberBytes(i, 1));
+    seed += NumberBytes(2, 1);
+    seed += honest + CountedBytes("first");
+    seed += honest + CountedBytes("");
+    seed += (i % 2 == 0 ? honest : lying) + CountedBytes("third");
+    seed += reads;
   }
   return seeds;
 }

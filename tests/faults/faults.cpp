@@ -118,7 +118,7 @@ using testsupport::Transfer;
 // Seen by the engines' libraries too.
 #pragma GCC visibility push(default)
 
-// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name,misc-new-delete-overloads)
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name,misc-new-delete-overloads,clang-analyzer-valist.Uninitialized)
 extern "C" {
 
 int open(const char* path, int flags, ...) {
@@ -197,6 +197,6 @@ void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete[](void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
-// NOLINTEND(readability-inconsistent-declaration-parameter-name,misc-new-delete-overloads)
+// NOLINTEND(readability-inconsistent-declaration-parameter-name,misc-new-delete-overloads,clang-analyzer-valist.Uninitialized)
 
 #pragma GCC visibility pop

@@ -106,7 +106,7 @@ struct Attempt {
 };
 
 /// One unpack, which `check` looks at; what is thrown but std::bad_alloc goes
-/// through. Afterwards, and over what came out, the object works as ever.
+/// through. After a single failure the object works as ever, over what came out.
 template <class U>
 void Unpack(const TempFolder& folder, const wchar_t* file, const FaultPlan& plan,
             const std::function<void(const Attempt&)>& check) {
@@ -119,6 +119,7 @@ void Unpack(const TempFolder& folder, const wchar_t* file, const FaultPlan& plan
     attempt.result.reset();
   }
   check(attempt);
+  if (plan.persists) return;
   mkdir(folder.Path("out").c_str(), 0777);
   for (const wchar_t* again : {L"Z.BIN", static_cast<const wchar_t*>(nullptr)}) {
     EXPECT_TRUE(UnpackWith(unpacker, folder, again)) << "the object is of no more use";
@@ -174,7 +175,7 @@ class Faults : public testing::TestWithParam<Format> {
     });
     EXPECT_EQ(OpenFiles(), open) << "a file was left open";
     CheckTrees();
-    EXPECT_TRUE(out == kContent) << "the second unpack";
+    EXPECT_TRUE(plan.persists || out == kContent) << "the second unpack";
   }
 
   /// Nothing but what the archive holds came out, as far as it goes, and

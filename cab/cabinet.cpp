@@ -1,7 +1,9 @@
 #include "cab/cabinet.h"
 
 #include <cstdio>
+#include <utility>
 
+#include "cab/guarded.h"
 #include "cab/narrowpath.h"
 
 namespace cab {
@@ -80,7 +82,9 @@ bool Cabinet::Copy(PFNFDINOTIFY notify, void* user) {
   const std::size_t nameStart = m_strArchive.rfind(L'\\') + 1;
   std::string name = NarrowPath(std::wstring_view(m_strArchive).substr(nameStart));
   std::string folder = NarrowPath(std::wstring_view(m_strArchive).substr(0, nameStart));
-  return m_pfnFDICopy(m_hfdi, name.data(), folder.data(), 0, notify, nullptr, user) != FALSE;
+  const BOOL isCopied = m_pfnFDICopy(m_hfdi, name.data(), folder.data(), 0, notify, nullptr, user);
+  if (Thrown()) std::rethrow_exception(std::exchange(Thrown(), nullptr));
+  return isCopied != FALSE;
 }
 
 bool Cabinet::Scan(void* user) {

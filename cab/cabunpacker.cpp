@@ -3,6 +3,7 @@
 
 #include "cab/cabinet.h"
 #include "cab/extraction.h"
+#include "cab/guarded.h"
 #include "frame/filesystem.h"
 #include "frame/foldermap.h"
 #include "frame/iteminfo.h"
@@ -54,10 +55,12 @@ bool CCabUnpacker::FindFile() { return m_pCabinet->Scan(this); }
 bool CCabUnpacker::InitScan() { return FindFile(); }
 
 INT_PTR CCabUnpacker::FDICallback_Scan(FDINOTIFICATIONTYPE type, FDINOTIFICATION* notification) {
-  if (type == fdintCOPY_FILE || type == fdintPARTIAL_FILE) {
-    static_cast<CCabUnpacker*>(notification->pv)->m_pCabinet->Items().Append(*notification);
-  }
-  return 0;
+  return cab::Guarded(INT_PTR{-1}, [&] {
+    if (type == fdintCOPY_FILE || type == fdintPARTIAL_FILE) {
+      static_cast<CCabUnpacker*>(notification->pv)->m_pCabinet->Items().Append(*notification);
+    }
+    return INT_PTR{0};
+  });
 }
 
 bool CCabUnpacker::FindNextFile() { return m_pCabinet->Items().FindNextFile(); }

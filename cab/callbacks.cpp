@@ -1,5 +1,6 @@
 // CCabUnpacker: the memory and file callbacks of the cabinet interface.
 #include "cab/extraction.h"
+#include "cab/guarded.h"
 #include "cab/narrowpath.h"
 #include "frame/progress.h"
 #include "morvunp/cabunpacker.h"
@@ -11,6 +12,11 @@ namespace {
 void* m_pThis = nullptr;
 
 }  // namespace
+
+std::exception_ptr& cab::Thrown() {
+  static std::exception_ptr thrown;
+  return thrown;
+}
 
 void CCabUnpacker::SetThis(void* unpacker) { m_pThis = unpacker; }
 
@@ -24,11 +30,13 @@ void CCabUnpacker::FDIFree(void* memory) { ::operator delete[](memory); }
 
 // NOLINTNEXTLINE(readability-non-const-parameter): the interface's signature
 INT_PTR CCabUnpacker::FDIOpen(char* path, int openFlags, int mode) {
-  int file = -1;
-  const std::wstring cabinet = cab::ExistingCabinet(cab::WidePath(path));
-  // Writers are denied: a cabinet may hold a file of its own name.
-  const int error = _wsopen_s(&file, cabinet.c_str(), openFlags, _SH_DENYWR, mode);
-  return error == 0 ? file : -1;
+  return cab::Guarded(INT_PTR{-1}, [&]() -> INT_PTR {
+    int file = -1;
+    const std::wstring cabinet = cab::ExistingCabinet(cab::WidePath(path));
+    // Writers are denied: a cabinet may hold a file of its own name.
+    const int error = _wsopen_s(&file, cabinet.c_str(), openFlags, _SH_DENYWR, mode);
+    return error == 0 ? file : -1;
+  });
 }
 
 UINT CCabUnpacker::FDIRead(INT_PTR file, void* buffer, UINT count) {
@@ -38,7 +46,9 @@ UINT CCabUnpacker::FDIRead(INT_PTR file, void* buffer, UINT count) {
 UINT CCabUnpacker::FDIWrite(INT_PTR file, void* buffer, UINT count) {
   const int written = _write(static_cast<int>(file), buffer, count);
   if (written == -1) return static_cast<UINT>(-1);
-  return static_cast<CCabUnpacker*>(GetThis())->OnWritten(static_cast<UINT>(written));
+  return cab::Guarded(static_cast<UINT>(-1), [&] {
+    return static_cast<CCabUnpacker*>(GetThis())->OnWritten(static_cast<UINT>(written));
+  });
 }
 
 UINT CCabUnpacker::OnWritten(UINT written) {

@@ -3,6 +3,7 @@
 #include "cab/extraction.h"
 
 #include "cab/cabinet.h"
+#include "cab/guarded.h"
 #include "cab/narrowpath.h"
 #include "frame/ansitext.h"
 #include "frame/itempath.h"
@@ -130,18 +131,20 @@ INT_PTR OnNextCabinet(const FDINOTIFICATION& notification) {
 
 INT_PTR CCabUnpacker::FDICallback_Extract(FDINOTIFICATIONTYPE type, FDINOTIFICATION* notification) {
   auto& unpacker = *static_cast<CCabUnpacker*>(notification->pv);
-  switch (type) {
-    case fdintCOPY_FILE:
-      return unpacker.OnCopyFile(*notification);
-    case fdintCLOSE_FILE_INFO:
-      return unpacker.OnCloseFile(*notification);
-    case fdintNEXT_CABINET:
-      return OnNextCabinet(*notification);
-    case fdintENUMERATE:
-      return unpacker.OnEnumerate();
-    default:
-      return kGoOn;
-  }
+  return cab::Guarded(kAbort, [&] {
+    switch (type) {
+      case fdintCOPY_FILE:
+        return unpacker.OnCopyFile(*notification);
+      case fdintCLOSE_FILE_INFO:
+        return unpacker.OnCloseFile(*notification);
+      case fdintNEXT_CABINET:
+        return OnNextCabinet(*notification);
+      case fdintENUMERATE:
+        return unpacker.OnEnumerate();
+      default:
+        return kGoOn;
+    }
+  });
 }
 
 INT_PTR CCabUnpacker::OnCopyFile(const FDINOTIFICATION& notification) {
@@ -237,8 +240,10 @@ bool CCabUnpacker::ProcessUnpackCurrentFile(const std::wstring& name, const std:
   run.m_strOutputPath = frame::Join(folder, name);
   m_state.m_strLastTarget = run.m_strOutputPath;
   bool isDeclined = false;
-  run.m_hOutput = frame::CreateOutputFile(m_state, run.m_strOutputPath, NewFileOf(run), isDeclined);
+  frame::OpenFile output(
+      frame::CreateOutputFile(m_state, run.m_strOutputPath, NewFileOf(run), isDeclined));
   if (isDeclined) return false;
   BeginFile(name);
+  run.m_hOutput = output.Release();
   return true;
 }

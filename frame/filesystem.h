@@ -19,10 +19,10 @@ class OpenFile {
 
   HANDLE Get() const { return m_hFile; }
   bool IsOpen() const { return m_hFile != INVALID_HANDLE_VALUE; }
+  /// Gives the handle away.
+  HANDLE Release() { return std::exchange(m_hFile, INVALID_HANDLE_VALUE); }
   /// False when the system could not finish the file.
-  bool Close() {
-    return !IsOpen() || CloseHandle(std::exchange(m_hFile, INVALID_HANDLE_VALUE)) != FALSE;
-  }
+  bool Close() { return !IsOpen() || CloseHandle(Release()) != FALSE; }
 
  private:
   HANDLE m_hFile;

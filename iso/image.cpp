@@ -19,6 +19,25 @@ int OpenForReading(const std::wstring& path) {
   return error == 0 ? descriptor : 0;
 }
 
+/// Closes a descriptor when it goes.
+struct Descriptor {
+  explicit Descriptor(int descriptor) : number(descriptor) {}
+  ~Descriptor() {
+    if (number != 0) _close(number);
+  }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+
+  int number;
+};
+
+FileSystem FileSystemOf(const std::wstring& path) {
+  const Descriptor file(OpenForReading(path));
+  if (file.number == 0) return FileSystem::kNone;
+  DescriptorSource source(file.number);
+  return RecogniseFileSystem(source);
+}
+
 }  // namespace
 
 Image::~Image() { Close(); }
@@ -60,13 +79,9 @@ bool Image::Close() {
 void Image::CheckIsoImage(const std::wstring& path) {
   m_bISO9660 = false;
   m_bUDF = false;
-  const int descriptor = OpenForReading(path);
-  if (descriptor == 0) return;
-  DescriptorSource source(descriptor);
-  const FileSystem found = RecogniseFileSystem(source);
+  const FileSystem found = FileSystemOf(path);
   m_bISO9660 = found == FileSystem::kISO9660;
   m_bUDF = found == FileSystem::kUDF;
-  _close(descriptor);
 }
 
 bool Image::OpenDescriptor(const std::wstring& path) {

@@ -89,11 +89,16 @@ struct Engine::Buffers {
 /// An archive that the engine has opened.
 class Engine::Stream {
  public:
-  explicit Stream(void* archive) : m_hArchive(archive) {}
+  Stream() = default;
   ~Stream() { Close(); }
   Stream(const Stream&) = delete;
   Stream& operator=(const Stream&) = delete;
 
+  /// False when the engine gave nothing to close.
+  bool Open(Buffers& buffers, const std::wstring& path, unsigned mode) {
+    m_hArchive = buffers.Open(path, mode);
+    return m_hArchive != nullptr;
+  }
   bool Close() {
     return m_hArchive != nullptr &&
            RARCloseArchive(std::exchange(m_hArchive, nullptr)) != ERAR_ECLOSE;
@@ -107,7 +112,7 @@ class Engine::Stream {
   int Extract(wchar_t* path) { return RARProcessFileW(m_hArchive, RAR_EXTRACT, nullptr, path); }
 
  private:
-  void* m_hArchive;
+  void* m_hArchive = nullptr;
 };
 
 bool Header::IsFolder() const { return (flags & RHDF_DIRECTORY) != 0; }
@@ -163,14 +168,14 @@ bool Engine::Open(const std::wstring& path) {
   m_nWalked = 0;
   m_nFollowed = 0;
   m_nLost = kSuccess;
-  void* const archive = m_pBuffers->Open(path, RAR_OM_EXTRACT);
-  if (archive == nullptr) return false;
-  m_pWalk = std::make_unique<Stream>(archive);
+  auto archive = std::make_unique<Stream>();
+  if (!archive->Open(*m_pBuffers, path, RAR_OM_EXTRACT)) return false;
+  m_pWalk = std::move(archive);
   if (m_pBuffers->request.OpenResult != ERAR_SUCCESS) return false;
   if (!m_pBuffers->HasOpened(ROADF_SOLID)) return true;
-  void* const listing = m_pBuffers->Open(path, RAR_OM_LIST);
-  if (listing == nullptr) return false;
-  m_pData = std::exchange(m_pWalk, std::make_unique<Stream>(listing));
+  auto listing = std::make_unique<Stream>();
+  if (!listing->Open(*m_pBuffers, path, RAR_OM_LIST)) return false;
+  m_pData = std::exchange(m_pWalk, std::move(listing));
   return m_pBuffers->request.OpenResult == ERAR_SUCCESS;
 }
 

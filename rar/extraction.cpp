@@ -6,6 +6,7 @@
 
 #include "frame/filesystem.h"
 #include "frame/itempath.h"
+#include "frame/lent.h"
 #include "frame/outputfolders.h"
 #include "frame/pathgate.h"
 #include "frame/progress.h"
@@ -239,7 +240,7 @@ template <class PlaceOf>
 bool CRarUnpacker::UnpackItems(const std::wstring& target, PlaceOf placeOf) {
   const auto placeOfFile = [&](const std::wstring& path) { return placeOf(path, false); };
   rar::Run run{target, placeOfFile, {}, {}, {}};
-  m_pRun = &run;
+  const frame::Lent lent(m_pRun, run);
   const auto place = [&](const RARFILEFULLINFO& info) -> std::optional<OutputPlace> {
     const rar::Header& header = m_hArchive->Current();
     // What continues a file was dealt with at its beginning, unless the archive
@@ -252,11 +253,9 @@ bool CRarUnpacker::UnpackItems(const std::wstring& target, PlaceOf placeOf) {
     const bool isSafePath = IsSafeItem(header.path, frame::NameOf(header.path));
     return (isSafePath && !header.isPathCut) || Report(RarProblem::kUnsafeName);
   };
-  const bool result = frame::UnpackByWalking<RARFILEFULLINFO>(
+  return frame::UnpackByWalking<RARFILEFULLINFO>(
       *this, m_state, target, [this](const std::wstring& folder) { UpdateFileTree(folder); }, place,
       isSafe);
-  m_pRun = nullptr;
-  return result;
 }
 
 bool CRarUnpacker::UnpackFolder(const std::wstring& path, const std::wstring& target) {

@@ -1,5 +1,6 @@
 #include "rar/outputfile.h"
 
+#include <new>
 #include <utility>
 
 #include "frame/itempath.h"
@@ -15,13 +16,19 @@ constexpr int kAttempts = 100;
 ExistingFile::ExistingFile(std::wstring path) : m_strPath(std::move(path)), m_bAway(MoveAside()) {}
 
 ExistingFile::~ExistingFile() {
-  if (!m_strAside.empty()) {
+  if (m_strAside.empty()) return;
+  try {
     MoveFileExW(m_strAside.c_str(), m_strPath.c_str(), MOVEFILE_REPLACE_EXISTING);
+  } catch (const std::bad_alloc&) {
+    // Not even memory for two paths is left: the file keeps its other name.
   }
 }
 
 void ExistingFile::Discard() {
-  if (!m_strAside.empty()) DeleteFileW(std::exchange(m_strAside, {}).c_str());
+  if (m_strAside.empty()) return;
+  DeleteFileW(m_strAside.c_str());
+  // Only now: a deletion that throws is one that leaves the file.
+  m_strAside.clear();
 }
 
 bool ExistingFile::MoveAside() {

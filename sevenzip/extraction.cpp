@@ -2,6 +2,7 @@
 // for each item's stream through C7zExtractCallback.
 #include "frame/iteminfo.h"
 #include "frame/itempath.h"
+#include "frame/lent.h"
 #include "frame/outputfolders.h"
 #include "frame/progress.h"
 #include "frame/replace.h"
@@ -94,12 +95,10 @@ bool C7zUnpacker::RunOverItems(const DWORD* indices, DWORD count, const std::wst
   FindFile();
   frame::OutputFolders folders(m_state, m_strTarget,
                                [this](const std::wstring& folder) { UpdateFileTree(folder); });
-  m_pFolders = &folders;
+  const frame::Lent lent(m_pFolders, folders);
   const auto callback = sevenzip::Create<sevenzip::C7zExtractCallback>();
   callback->Init(m_pEngine->Archive(), target, {}, *this);
-  const bool result = RunExtract(indices, count, *callback.Get());
-  m_pFolders = nullptr;
-  return result;
+  return RunExtract(indices, count, *callback.Get());
 }
 
 /// Makes an item current and prepares it for writing at its place.

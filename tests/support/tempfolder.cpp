@@ -4,7 +4,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <system_error>
 
 #include "platform/text.h"
@@ -65,7 +64,9 @@ std::string ReadFile(const std::string& path) {
   std::ifstream file;
   file.exceptions(std::ios::failbit | std::ios::badbit);
   file.open(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  std::string bytes(fs::file_size(path), '\0');
+  file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  return bytes;
 }
 
 bool Exists(const std::string& path) {

@@ -1,0 +1,91 @@
+// Disc images through CIsoUnpacker. Both file systems are looked for in each
+// image; the targets differ in where they begin, and in that the sums of UDF
+// are put right.
+#include "fuzz/sparseimage.h"
+#include "fuzz/target.h"
+#include "fuzz/unpackall.h"
+#include "tests/support/isobuilder.h"
+#include "tests/support/udfbuilder.h"
+
+namespace fuzz {
+namespace {
+
+using testsupport::IsoBuilder;
+using testsupport::IsoNode;
+using testsupport::UdfBuilder;
+using testsupport::UdfNode;
+
+/// Unpack as is, and ask before anything is replaced.
+const std::string kManner("\x08\x00", 2);
+
+void Run(std::string_view bytes, Sums sums) {
+  Input input(bytes);
+  const Manner manner(input);
+  Sandbox& sandbox = Sandbox::Instance();
+  sandbox.Clear();
+  UnpackAllCleanly<CIsoUnpacker>(manner, sandbox.Put("x", ExpandImage(input.Rest(), sums)));
+}
+
+std::string SeedOf(const std::string& image) { return kManner + CompactImage(image); }
+
+template <class Node>
+void AddTree(Node& root) {
+  root.AddFolder("LINK").AddFile("PLANTED.TXT", "!");
+  Node& folder = root.AddFolder("DOCS");
+  folder.AddFile("A.TXT", std::string(3000, 'a')).hidden = true;
+  folder.AddFolder("SUB").AddFile("..", "!");
+  root.AddFolder("EMPTY");
+  root.AddFile("DOCS", "a file where a folder is");
+  root.AddFile("TOP.TXT;1", "top");
+}
+
+}  // namespace
+
+void RunIso(std::string_view bytes) { Run(bytes, Sums::kLeave); }
+
+void RunUdf(std::string_view bytes) { Run(bytes, Sums::kPutRight); }
+
+std::vector<std::string> IsoSeeds() {
+  std::vector<std::string> seeds;
+  for (const std::uint32_t blockSize : {512U, 1024U, 2048U}) {
+    IsoBuilder builder;
+    builder.Options().blockSize = blockSize;
+    AddTree(builder.Root());
+    seeds.push_back(SeedOf(builder.Build()));
+  }
+  IsoBuilder odd;
+  IsoNode& folder = odd.Root().AddFolder("D");
+  folder.AddFile("LATE", "late").extendedAttributeBlocks = 1;
+  folder.AddFile("MANY", "many").flags = testsupport::kIsoFlagMultiExtent;
+  IsoNode& loop = folder.AddFolder("LOOP");
+  odd.Build();
+  loop.location = odd.LocationOf(odd.Root());
+  seeds.push_back(SeedOf(odd.Build()));
+  return seeds;
+}
+
+std::vector<std::string> UdfSeeds() {
+  std::vector<std::string> seeds;
+  for (const std::uint32_t sectorSize : {512U, 2048U}) {
+    UdfBuilder builder;
+    builder.Options().sectorSize = sectorSize;
+    builder.Options().sequenceSectors = 5;
+    AddTree(builder.Root());
+    builder.Root().AddFile("in", "embedded").allocation = testsupport::kUdfEmbedded;
+    UdfNode& pieces = builder.Root().AddFile("pieces", std::string(3 * sectorSize, 'p'));
+    pieces.allocation = testsupport::kUdfLong;
+    pieces.fragments = 3;
+    seeds.push_back(SeedOf(builder.Build()));
+  }
+  UdfBuilder odd;
+  UdfNode& hole = odd.Root().AddFile("hole", "");
+  hole.informationLength = 5000;
+  hole.extents = {{testsupport::kUdfNotAllocated | 4096, 0, 0},
+                  {testsupport::kUdfContinuation | 2048, 1, 0}};
+  odd.AddVolume().partitionNumber = 1;
+  odd.Root(1).AddFile("second", "2").compression = 16;
+  seeds.push_back(SeedOf(odd.Build()));
+  return seeds;
+}
+
+}  // namespace fuzz

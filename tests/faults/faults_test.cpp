@@ -1,0 +1,296 @@
+// What the system can do to an unpack: calls that fail or come short, a full
+// disk, a target folder that vanishes, memory that runs out. Each run of each
+// format is repeated with the first call failing, the second, and so on until
+// none is left to fail.
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <optional>
+
+#include "faults/faults.h"
+#include "morvunp/morvunp.h"
+#include "support/cabbuilder.h"
+#include "support/isobuilder.h"
+#include "support/rarbuilder.h"
+#include "support/tempfolder.h"
+#include "support/udfbuilder.h"
+
+namespace {
+
+using testsupport::Calls;
+using testsupport::Fault;
+using testsupport::FaultPlan;
+using testsupport::TempFolder;
+
+using Tree = std::map<std::string, std::string>;
+
+/// More than one block of every copy loop; no two of them alike.
+std::string Big() {
+  std::string text;
+  for (int i = 0; text.size() < 300'000; ++i) text += std::to_string(i * 7919LL) + "\n";
+  return text;
+}
+
+/// What every archive here holds, in this order.
+const Tree kContent{{"D/", ""}, {"D/A.TXT", "small"}, {"Z.BIN", Big()}};
+
+void WriteIso(const TempFolder& folder) {
+  testsupport::IsoBuilder builder;
+  builder.Root().AddFolder("D").AddFile("A.TXT", kContent.at("D/A.TXT"));
+  builder.Root().AddFile("Z.BIN", kContent.at("Z.BIN"));
+  testsupport::WriteFile(folder.Path("x"), builder.Build());
+}
+
+void WriteUdf(const TempFolder& folder) {
+  testsupport::UdfBuilder builder;
+  auto& small = builder.Root().AddFolder("D").AddFile("A.TXT", kContent.at("D/A.TXT"));
+  small.allocation = testsupport::kUdfEmbedded;
+  builder.Root().AddFile("Z.BIN", kContent.at("Z.BIN")).fragments = 3;
+  testsupport::WriteFile(folder.Path("x"), builder.Build());
+}
+
+void WriteCabinets(const TempFolder& folder) {
+  testsupport::CabBuilder builder;
+  builder.Add(testsupport::CabMethod::kMszip,
+              {{"D\\A.TXT", kContent.at("D/A.TXT")}, {"Z.BIN", kContent.at("Z.BIN")}});
+  const auto set = builder.BuildSet(100'000, {"x", "2.cab"});
+  testsupport::WriteFile(folder.Path("x"), set.at(0));
+  testsupport::WriteFile(folder.Path("2.cab"), set.at(1));
+}
+
+void WriteRar(const TempFolder& folder) {
+  testsupport::RarBuilder builder;
+  builder.Add({.path = "D", .mode = 040755, .isFolder = true});
+  builder.Add({.path = "D/A.TXT", .data = kContent.at("D/A.TXT")});
+  builder.Add({.path = "Z.BIN", .data = kContent.at("Z.BIN")});
+  testsupport::WriteFile(folder.Path("x"), builder.Build());
+}
+
+void Write7z(const TempFolder& folder) {
+  const TempFolder files;
+  testsupport::WriteFile(files.Path("D/A.TXT"), kContent.at("D/A.TXT"));
+  testsupport::WriteFile(files.Path("Z.BIN"), kContent.at("Z.BIN"));
+  const std::string command = "cd '" + files.Path() + "' && 7z a -bd -ms=off -mx=1 -t7z '" +
+                              folder.Path("x.7z") + "' D Z.BIN >/dev/null && mv '" +
+                              folder.Path("x.7z") + "' '" + folder.Path("x") + "'";
+  ASSERT_EQ(std::system(command.c_str()), 0);
+}
+
+template <class U>
+bool UnpackWith(U& unpacker, const TempFolder& folder, const wchar_t* file) {
+  INIUNPACK settings;
+  settings.bConfirmReplace = 0;
+  unpacker.SetIni(settings);
+  const std::wstring target = folder.LibraryPath("out");
+  if (!unpacker.OpenArchive(folder.LibraryPath("x")) || !unpacker.FindFile()) return false;
+  const bool result =
+      file != nullptr ? unpacker.UnpackFile(file, target) : unpacker.UnpackArchive(target);
+  // The result is that of the last item: there may be more that none speaks of.
+  if constexpr (requires { unpacker.GetWalkProblem(); }) {
+    return result && unpacker.GetWalkProblem() == RarProblem::kNone;
+  }
+  return result && !IsListCut(unpacker);
+}
+
+/// Nothing when memory ran out.
+using Result = std::optional<bool>;
+
+struct Attempt {
+  Result result = false;
+  /// False: nothing failed.
+  bool hasStruck = true;
+};
+
+/// One unpack, which `check` looks at; what is thrown but std::bad_alloc goes
+/// through. After a single failure the object works as ever, over what came out.
+template <class U>
+void Unpack(const TempFolder& folder, const wchar_t* file, const FaultPlan& plan,
+            const std::function<void(const Attempt&)>& check) {
+  U unpacker;
+  Attempt attempt;
+  try {
+    attempt.hasStruck = testsupport::RunWithFault(
+        plan, [&] { attempt.result = UnpackWith(unpacker, folder, file); });
+  } catch (const std::bad_alloc&) {
+    attempt.result.reset();
+  }
+  check(attempt);
+  if (plan.persists) return;
+  mkdir(folder.Path("out").c_str(), 0777);
+  for (const wchar_t* again : {L"Z.BIN", static_cast<const wchar_t*>(nullptr)}) {
+    EXPECT_TRUE(UnpackWith(unpacker, folder, again)) << "the object is of no more use";
+  }
+}
+
+struct Format {
+  const char* name;
+  void (*write)(const TempFolder&);
+  void (*unpack)(const TempFolder&, const wchar_t*, const FaultPlan&,
+                 const std::function<void(const Attempt&)>& check);
+  /// An archive that cannot be read shows in the result. The 7z engine leaves
+  /// that to the CRC of each item, which is the host's to look at; for the RAR
+  /// engine the archive ends there.
+  bool tellsOfReads = true;
+  /// Reads and writes are ours. The RAR engine has its own.
+  bool ownTransfers = true;
+};
+
+std::ostream& operator<<(std::ostream& out, const Format& format) { return out << format.name; }
+
+class Faults : public testing::TestWithParam<Format> {
+ protected:
+  void SetUp() override {
+    GetParam().write(folder);
+    before = testsupport::TreeOf(folder.Path());
+  }
+
+  /// Every point of failure once. `check` gets the result of each.
+  template <class Check>
+  void Sweep(FaultPlan plan, const wchar_t* file, Check check) {
+    bool hasStruck = true;
+    for (plan.after = 0; hasStruck && !HasFailure(); ++plan.after) {
+      SCOPED_TRACE("call " + std::to_string(plan.after));
+      RunOnce(plan, file, [&](const Attempt& attempt) {
+        hasStruck = attempt.hasStruck;
+        EXPECT_TRUE(hasStruck || attempt.result == Result(true));
+        if (hasStruck) check(attempt.result);
+      });
+    }
+    EXPECT_GT(plan.after, 1) << "nothing was there to fail";
+  }
+
+  template <class Check>
+  void RunOnce(const FaultPlan& plan, const wchar_t* file, Check check) {
+    std::filesystem::remove_all(folder.Path("out"));
+    mkdir(folder.Path("out").c_str(), 0777);
+    if (!existing.empty()) testsupport::WriteFile(folder.Path("out/Z.BIN"), existing);
+    const auto open = OpenFiles();
+    GetParam().unpack(folder, file, plan, [&](const Attempt& attempt) {
+      CheckTrees();
+      check(attempt);
+    });
+    EXPECT_EQ(OpenFiles(), open) << "a file was left open";
+    CheckTrees();
+    EXPECT_TRUE(plan.persists || out == kContent) << "the second unpack";
+  }
+
+  /// Nothing but what the archive holds came out, as far as it goes, and
+  /// nothing around the target folder changed.
+  void CheckTrees() {
+    out.clear();
+    Tree around = testsupport::TreeOf(folder.Path());
+    std::erase_if(around, [&](const auto& entry) {
+      if (!entry.first.starts_with("out/")) return false;
+      if (entry.first != "out/") out.insert({entry.first.substr(4), entry.second});
+      return true;
+    });
+    EXPECT_TRUE(around == before) << "something changed outside the target folder";
+    for (const auto& [path, bytes] : out) {
+      const auto expected = kContent.find(path);
+      ASSERT_NE(expected, kContent.end()) << path;
+      EXPECT_TRUE(expected->second.starts_with(bytes) || bytes == existing)
+          << path << " holds what it should not";
+    }
+  }
+
+  bool IsWhole(const std::string& path) const {
+    return out.contains(path) && out.at(path) == kContent.at(path);
+  }
+
+  static std::ptrdiff_t OpenFiles() {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+  }
+
+  TempFolder folder;
+  /// What Z.BIN holds at first; empty when it is to be a new file.
+  std::string existing;
+  Tree before;
+  Tree out;
+};
+
+TEST_P(Faults, AFailedCallFailsTheItemItBelongsTo) {
+  for (const bool persists : {false, true}) {
+    for (const wchar_t* file : {static_cast<const wchar_t*>(nullptr), L"Z.BIN"}) {
+      Sweep({Calls::kFiles, Fault::kError, 0, persists}, file, [&](Result result) {
+        // The result is that of the last item.
+        EXPECT_TRUE(result == Result(false) || IsWhole("Z.BIN") || !GetParam().tellsOfReads);
+      });
+    }
+  }
+}
+
+TEST_P(Faults, AFailedWriteShowsInTheResult) {
+  Sweep({Calls::kWrites, Fault::kError, 0, true}, nullptr,
+        [](Result result) { EXPECT_EQ(result, Result(false)); });
+}
+
+TEST_P(Faults, ShortAndInterruptedTransfersGoOn) {
+  for (const Fault fault : {Fault::kShort, Fault::kInterrupted}) {
+    Sweep({Calls::kTransfers, fault, 0}, nullptr, [&](Result result) {
+      if (!GetParam().ownTransfers) return;
+      EXPECT_EQ(result, Result(true));
+      EXPECT_TRUE(out == kContent);
+    });
+  }
+}
+
+TEST_P(Faults, MissingMemoryFailsOrThrows) {
+  for (const bool persists : {false, true}) {
+    Sweep({Calls::kMemory, Fault::kError, 0, persists}, nullptr, [&](Result result) {
+      EXPECT_TRUE(result != Result(true) || IsWhole("Z.BIN") || !GetParam().tellsOfReads);
+    });
+  }
+}
+
+class RarFaults : public Faults {};
+
+TEST_P(RarFaults, AnExistingFileIsBackOrReplaced) {
+  existing = "what was there before";
+  for (const Calls calls : {Calls::kMemory, Calls::kWrites}) {
+    Sweep({calls, Fault::kError, 0}, nullptr,
+          [&](Result) { EXPECT_TRUE(IsWhole("Z.BIN") || out["Z.BIN"] == existing); });
+  }
+}
+
+TEST_P(Faults, AVanishedTargetFolderHarmsNothingElse) {
+  const std::string target = folder.Path("out");
+  const auto vanish = [&] { std::filesystem::remove_all(target); };
+  Sweep({Calls::kFiles, Fault::kEvent, 0, false, vanish}, nullptr, [&](Result) {});
+}
+
+TEST_P(Faults, AFullDiskFailsTheFileThatDoesNotFit) {
+  signal(SIGXFSZ, SIG_IGN);
+  rlimit saved{};
+  getrlimit(RLIMIT_FSIZE, &saved);
+  for (const rlim_t room : {0, 1, 4096, 100'000, 262'144, 299'999}) {
+    SCOPED_TRACE(room);
+    const rlimit full{room, saved.rlim_max};
+    // The limit comes with the first call, so that it holds for the unpack only.
+    const auto fill = [&] { setrlimit(RLIMIT_FSIZE, &full); };
+    RunOnce({Calls::kFiles, Fault::kEvent, 0, false, fill}, nullptr, [&](const Attempt& attempt) {
+      setrlimit(RLIMIT_FSIZE, &saved);
+      EXPECT_EQ(attempt.result, Result(false));
+      EXPECT_FALSE(IsWhole("Z.BIN"));
+    });
+  }
+  signal(SIGXFSZ, SIG_DFL);
+}
+
+const Format kRar{"Rar", WriteRar, Unpack<CRarUnpacker>, false, false};
+
+std::string NameOf(const testing::TestParamInfo<Format>& test) { return test.param.name; }
+
+INSTANTIATE_TEST_SUITE_P(Formats, Faults,
+                         testing::Values(Format{"Iso", WriteIso, Unpack<CIsoUnpacker>},
+                                         Format{"Udf", WriteUdf, Unpack<CIsoUnpacker>},
+                                         Format{"Cabinet", WriteCabinets, Unpack<CCabUnpacker>},
+                                         kRar,
+                                         Format{"SevenZip", Write7z, Unpack<C7zUnpacker>, false}),
+                         NameOf);
+INSTANTIATE_TEST_SUITE_P(Formats, RarFaults, testing::Values(kRar), NameOf);
+
+}  // namespace

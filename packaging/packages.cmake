@@ -44,6 +44,8 @@ morvunp_package(desktop morvunp-desktop utils "unpacks archives of several forma
                 "${about}This package holds the desktop window.")
 
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_RECOMMENDS "p7zip-full | 7zip")
+# The buttons that Qt labels itself, in the languages of the window.
+set(CPACK_DEBIAN_DESKTOP_PACKAGE_RECOMMENDS "qt6-translations-l10n")
 # What other packages ask for when they are linked with the library.
 file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/shlibs
      "libmorvunp ${MORVUNP_SOVERSION} libmorvunp${MORVUNP_SOVERSION} (>= ${PROJECT_VERSION})\n")

@@ -85,6 +85,8 @@ class ComPtr {
 
   void Reset() {
     if (m_pObject != nullptr) std::exchange(m_pObject, nullptr)->Release();
+    // Counted references are beyond the analyzer.
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks)
   }
   /// Gives the reference away.
   T* Detach() { return std::exchange(m_pObject, nullptr); }

@@ -3,16 +3,16 @@
 #include <cstdio>
 #include <utility>
 
-#include "cab/guarded.h"
 #include "cab/narrowpath.h"
+#include "frame/keptexception.h"
+#include "frame/modulefunction.h"
 
 namespace cab {
 namespace {
 
 template <class Function>
 bool BindTo(HMODULE module, LPCSTR name, Function& function) {
-  // By way of the type that stands for any function.
-  function = reinterpret_cast<Function>(reinterpret_cast<void (*)()>(GetProcAddress(module, name)));
+  function = frame::FunctionOf<Function>(module, name);
   return function != nullptr;
 }
 
@@ -83,7 +83,7 @@ bool Cabinet::Copy(PFNFDINOTIFY notify, void* user) {
   std::string name = NarrowPath(std::wstring_view(m_strArchive).substr(nameStart));
   std::string folder = NarrowPath(std::wstring_view(m_strArchive).substr(0, nameStart));
   const BOOL isCopied = m_pfnFDICopy(m_hfdi, name.data(), folder.data(), 0, notify, nullptr, user);
-  if (Thrown()) std::rethrow_exception(std::exchange(Thrown(), nullptr));
+  frame::ThrowKept(Thrown());
   return isCopied != FALSE;
 }
 

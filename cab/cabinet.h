@@ -1,6 +1,7 @@
 // The binding to the cabinet interface, and the cabinet that is open in it.
 #pragma once
 
+#include <exception>
 #include <string>
 
 #include "cab/itemlist.h"
@@ -22,7 +23,10 @@ class Cabinet {
 
   /// Opens a file in a fresh context. On failure no context is left.
   bool Open(const std::wstring& path);
-  /// One pass over the open cabinet.
+  /// What a callback of a pass threw, which the interface cannot carry. The
+  /// callbacks have no context of the caller's, so there is one for all.
+  static std::exception_ptr& Thrown();
+  /// One pass over the open cabinet. Throws what a callback threw.
   bool Copy(PFNFDINOTIFY notify, void* user);
   /// Reads the table into the list. True when that worked and found items.
   bool Scan(void* user);

@@ -3,11 +3,11 @@
 
 #include "cab/cabinet.h"
 #include "cab/extraction.h"
-#include "cab/guarded.h"
 #include "frame/filesystem.h"
 #include "frame/foldermap.h"
 #include "frame/iteminfo.h"
 #include "frame/itempath.h"
+#include "frame/keptexception.h"
 #include "frame/progress.h"
 #include "frame/summary.h"
 #include "morvunp/unpacker.h"
@@ -55,7 +55,7 @@ bool CCabUnpacker::FindFile() { return m_pCabinet->Scan(this); }
 bool CCabUnpacker::InitScan() { return FindFile(); }
 
 INT_PTR CCabUnpacker::FDICallback_Scan(FDINOTIFICATIONTYPE type, FDINOTIFICATION* notification) {
-  return cab::Guarded(INT_PTR{-1}, [&] {
+  return frame::KeepException(cab::Cabinet::Thrown(), INT_PTR{-1}, [&] {
     if (type == fdintCOPY_FILE || type == fdintPARTIAL_FILE) {
       static_cast<CCabUnpacker*>(notification->pv)->m_pCabinet->Items().Append(*notification);
     }

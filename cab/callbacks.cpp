@@ -1,7 +1,8 @@
 // CCabUnpacker: the memory and file callbacks of the cabinet interface.
+#include "cab/cabinet.h"
 #include "cab/extraction.h"
-#include "cab/guarded.h"
 #include "cab/narrowpath.h"
+#include "frame/keptexception.h"
 #include "frame/progress.h"
 #include "morvunp/cabunpacker.h"
 
@@ -13,7 +14,7 @@ void* m_pThis = nullptr;
 
 }  // namespace
 
-std::exception_ptr& cab::Thrown() {
+std::exception_ptr& cab::Cabinet::Thrown() {
   static std::exception_ptr thrown;
   return thrown;
 }
@@ -30,7 +31,7 @@ void CCabUnpacker::FDIFree(void* memory) { ::operator delete[](memory); }
 
 // NOLINTNEXTLINE(readability-non-const-parameter): the interface's signature
 INT_PTR CCabUnpacker::FDIOpen(char* path, int openFlags, int mode) {
-  return cab::Guarded(INT_PTR{-1}, [&]() -> INT_PTR {
+  return frame::KeepException(cab::Cabinet::Thrown(), INT_PTR{-1}, [&]() -> INT_PTR {
     int file = -1;
     const std::wstring cabinet = cab::ExistingCabinet(cab::WidePath(path));
     // Writers are denied: a cabinet may hold a file of its own name.
@@ -46,7 +47,7 @@ UINT CCabUnpacker::FDIRead(INT_PTR file, void* buffer, UINT count) {
 UINT CCabUnpacker::FDIWrite(INT_PTR file, void* buffer, UINT count) {
   const int written = _write(static_cast<int>(file), buffer, count);
   if (written == -1) return static_cast<UINT>(-1);
-  return cab::Guarded(static_cast<UINT>(-1), [&] {
+  return frame::KeepException(cab::Cabinet::Thrown(), static_cast<UINT>(-1), [&] {
     return static_cast<CCabUnpacker*>(GetThis())->OnWritten(static_cast<UINT>(written));
   });
 }

@@ -3,10 +3,10 @@
 #include "cab/extraction.h"
 
 #include "cab/cabinet.h"
-#include "cab/guarded.h"
 #include "cab/narrowpath.h"
 #include "frame/ansitext.h"
 #include "frame/itempath.h"
+#include "frame/keptexception.h"
 #include "frame/pathgate.h"
 #include "frame/pathindex.h"
 #include "frame/progress.h"
@@ -52,8 +52,7 @@ bool CCabUnpacker::UnpackFile(const std::wstring& path, const std::wstring& targ
   const OutputPlace place = PlaceOfFile(m_state.m_iniUnpack, path, target);
   frame::OutputFolders folders(m_state, target,
                                [this](const std::wstring& folder) { UpdateFileTree(folder); });
-  // The target folder itself is the caller's to provide.
-  if (place.folder != target && !folders.Make(place.folder)) return false;
+  if (!folders.MakeFor(place)) return false;
   return UnpackCurrentFile(place.name, place.folder);
 }
 
@@ -131,7 +130,7 @@ INT_PTR OnNextCabinet(const FDINOTIFICATION& notification) {
 
 INT_PTR CCabUnpacker::FDICallback_Extract(FDINOTIFICATIONTYPE type, FDINOTIFICATION* notification) {
   auto& unpacker = *static_cast<CCabUnpacker*>(notification->pv);
-  return cab::Guarded(kAbort, [&] {
+  return frame::KeepException(cab::Cabinet::Thrown(), kAbort, [&] {
     switch (type) {
       case fdintCOPY_FILE:
         return unpacker.OnCopyFile(*notification);
@@ -226,8 +225,7 @@ bool CCabUnpacker::ProcessUnpackArchive(const std::wstring& target, const char* 
 bool CCabUnpacker::ProcessPlace(const std::optional<OutputPlace>& place) {
   if (!place) return false;
   cab::Extraction& run = *m_pExtraction;
-  // The target folder itself is the caller's to provide.
-  if (place->folder != run.m_strTarget && !run.m_folders->Make(place->folder)) return false;
+  if (!run.m_folders->MakeFor(*place)) return false;
   // A folder that is recorded as such has nothing to write.
   if (place->name.empty()) return false;
   const bool isWanted = ProcessUnpackCurrentFile(place->name, place->folder);

@@ -4,6 +4,13 @@
 
 namespace frame {
 
+DWORD MoveFilePointer(HANDLE file, LONGLONG distance, DWORD method, ULONGLONG* position) {
+  auto high = static_cast<LONG>(distance >> 32);
+  const DWORD low = SetFilePointer(file, static_cast<LONG>(distance), &high, method);
+  if (position != nullptr) *position = ULONGLONG{static_cast<DWORD>(high)} << 32 | low;
+  return low == INVALID_SET_FILE_POINTER ? GetLastError() : ERROR_SUCCESS;
+}
+
 bool CreateFolder(CUnpackState& state, const std::wstring& path, const FolderReport& report) {
   if (path.empty()) return false;
   const DWORD attributes = GetFileAttributesW(path.c_str());

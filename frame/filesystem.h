@@ -1,4 +1,4 @@
-// Making folders, and the times of written files.
+// Open files, making folders, and the times of written files.
 #pragma once
 
 #include <functional>
@@ -12,7 +12,7 @@ namespace frame {
 /// Owns the handle of an open file; INVALID_HANDLE_VALUE for none.
 class OpenFile {
  public:
-  explicit OpenFile(HANDLE file) : m_hFile(file) {}
+  explicit OpenFile(HANDLE file = INVALID_HANDLE_VALUE) : m_hFile(file) {}
   ~OpenFile() { Close(); }
   OpenFile(const OpenFile&) = delete;
   OpenFile& operator=(const OpenFile&) = delete;
@@ -21,12 +21,20 @@ class OpenFile {
   bool IsOpen() const { return m_hFile != INVALID_HANDLE_VALUE; }
   /// Gives the handle away.
   HANDLE Release() { return std::exchange(m_hFile, INVALID_HANDLE_VALUE); }
-  /// False when the system could not finish the file.
+  /// False when the system could not finish the file; it is closed all the same.
   bool Close() { return !IsOpen() || CloseHandle(Release()) != FALSE; }
+
+ protected:
+  /// Takes a handle over while there is none.
+  void Take(HANDLE file) { m_hFile = file; }
 
  private:
   HANDLE m_hFile;
 };
+
+/// Moves the pointer of an open file; `position`, if given, becomes where it is
+/// then. ERROR_SUCCESS, or why it cannot be moved.
+DWORD MoveFilePointer(HANDLE file, LONGLONG distance, DWORD method, ULONGLONG* position = nullptr);
 
 /// Told of every folder that CreateFolder makes, parents first.
 using FolderReport = std::function<void(const std::wstring& path)>;

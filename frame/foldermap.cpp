@@ -3,22 +3,22 @@
 #include <algorithm>
 
 #include "frame/itempath.h"
+#include "platform/unicode.h"
 
 namespace frame {
 namespace {
 
 constexpr DWORD kMultiplier = 33;
 
+DWORD AdvanceByUnit(DWORD hash, wchar_t unit) {
+  return hash * kMultiplier + static_cast<DWORD>(unit);
+}
+
 /// The hash after one more character, as UTF-16 code units.
-DWORD Advance(DWORD hash, wchar_t character) {
-  auto c = static_cast<DWORD>(character);
-  if (c > 0xFFFF) {
-    // Outside the basic plane: the two surrogates, one after the other.
-    c -= 0x10000;
-    hash = hash * kMultiplier + (0xD800 | c >> 10);
-    c = 0xDC00 | (c & 0x3FF);
-  }
-  return hash * kMultiplier + c;
+DWORD Advance(DWORD hash, wchar_t c) {
+  if (c < platform::kFirstOfTwoUnits) return AdvanceByUnit(hash, c);
+  hash = AdvanceByUnit(hash, platform::HighSurrogateOf(c));
+  return AdvanceByUnit(hash, platform::LowSurrogateOf(c));
 }
 
 }  // namespace

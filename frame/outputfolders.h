@@ -20,6 +20,9 @@ class OutputFolders {
 
   /// True when `folder`, the target or a path below it, exists afterwards.
   bool Make(const std::wstring& folder);
+  /// The same for the folder of an item's place. The target folder itself is
+  /// the caller's to provide.
+  bool MakeFor(const OutputPlace& place) { return place.folder == m_target || Make(place.folder); }
   /// Something failed in the folder made last: look again before trusting it.
   void Forget() { m_made.clear(); }
 
@@ -35,11 +38,10 @@ class OutputFolders {
 
 /// Writes one item of a run at its place. `unpacker` is positioned on it.
 template <class U>
-bool WriteItem(U& unpacker, OutputFolders& folders, const OutputPlace& place,
-               const std::wstring& target) {
-  if (place.name.empty()) return folders.Make(place.folder);
-  // The target folder itself is the caller's to provide.
-  if (place.folder != target && !folders.Make(place.folder)) return false;
+bool WriteItem(U& unpacker, OutputFolders& folders, const OutputPlace& place) {
+  if (!folders.MakeFor(place)) return false;
+  // A folder has nothing to write.
+  if (place.name.empty()) return true;
   const bool written = unpacker.UnpackCurrentFile(place.name, place.folder);
   if (!written) folders.Forget();
   return written;
@@ -59,7 +61,7 @@ bool UnpackByWalking(U& unpacker, CUnpackState& state, const std::wstring& targe
   WalkItems<Info>(unpacker, [&](const Info& info) {
     const std::optional<OutputPlace> place = placeOf(info);
     if (!place) return true;
-    result = isSafe() && WriteItem(unpacker, folders, *place, target);
+    result = isSafe() && WriteItem(unpacker, folders, *place);
     return state.m_bCancel == 0;
   });
   return result;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "frame/filesystem.h"
 #include "frame/progress.h"
 
 namespace iso {
@@ -67,11 +68,8 @@ CopyResult OutputFile::WriteAtOnce(std::span<const BYTE> data) {
 }
 
 CopyResult OutputFile::Skip(std::uint64_t length) {
-  auto high = static_cast<LONG>(length >> 32);
-  SetLastError(ERROR_SUCCESS);
-  const DWORD low =
-      SetFilePointer(m_hFile, static_cast<LONG>(length & 0xFFFFFFFF), &high, FILE_CURRENT);
-  if (low == INVALID_SET_FILE_POINTER && GetLastError() != ERROR_SUCCESS) {
+  if (frame::MoveFilePointer(m_hFile, static_cast<LONGLONG>(length), FILE_CURRENT) !=
+      ERROR_SUCCESS) {
     return CopyResult::kFailed;
   }
   m_nDone += length;

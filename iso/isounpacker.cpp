@@ -168,7 +168,7 @@ bool CIsoUnpacker::UnpackFile(const std::wstring& path, const std::wstring& targ
   if (m_pImage->Items().Current()->m_bSafe == 0) return false;
   const auto report = [this](const std::wstring& folder) { UpdateFileTree(folder); };
   frame::OutputFolders folders(m_state, target, report);
-  return frame::WriteItem(*this, folders, PlaceOfFile(m_state.m_iniUnpack, path, target), target);
+  return frame::WriteItem(*this, folders, PlaceOfFile(m_state.m_iniUnpack, path, target));
 }
 
 template <class PlaceOf>

@@ -65,13 +65,11 @@ void ItemList::GetPath(const CIsoItemInfo& item, std::wstring& path) const {
 const std::wstring& ItemList::FolderPath(ItemIndex folder) const {
   if (folder == m_nKnownFolder) return m_strKnownFolder;
   // From the end, so that no more than the text is copied at any depth.
-  const std::size_t length = PathLengthOf(folder);
-  m_strKnownFolder.assign(length, frame::kSeparator);
-  std::size_t end = length;
+  m_strKnownFolder.assign(PathLengthOf(folder), frame::kSeparator);
   for (ItemIndex i = folder; i != kRoot; i = m_arrItems[i].m_nParent) {
     const std::wstring_view name = m_arrItems[i].m_strName;
-    end = m_arrItems[i].m_nPathLength - name.size();
-    name.copy(m_strKnownFolder.data() + end, name.size());
+    const std::size_t start = m_arrItems[i].m_nPathLength - name.size();
+    name.copy(m_strKnownFolder.data() + start, name.size());
   }
   m_nKnownFolder = folder;
   return m_strKnownFolder;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "iso/littleendian.h"
+#include "platform/unicode.h"
 
 namespace iso {
 namespace {
@@ -13,7 +14,6 @@ constexpr BYTE kPhysicalMap = 1;
 constexpr BYTE kPhysicalMapLength = 6;
 constexpr std::size_t kFileSetRootOffset = 400;
 constexpr std::size_t kIdentifierHeader = 38;
-constexpr std::size_t kEntryHeader = 176;
 constexpr std::size_t kAllocationExtentHeader = 24;
 constexpr std::size_t kShortLength = 8;
 constexpr std::size_t kLongLength = 16;
@@ -36,13 +36,10 @@ RecordedDate DecodeTimestamp(const BYTE* bytes) {
   return {GetLittleEndian16Bit(bytes + 2), bytes[4], bytes[5], bytes[6], bytes[7], bytes[8]};
 }
 
-bool IsHighSurrogate(wchar_t c) { return c >= 0xD800 && c <= 0xDBFF; }
-bool IsLowSurrogate(wchar_t c) { return c >= 0xDC00 && c <= 0xDFFF; }
-
 /// Appends a 16-bit unit; the second half of a pair joins the first.
 void AppendUnit(std::wstring& text, wchar_t unit) {
-  if (IsLowSurrogate(unit) && !text.empty() && IsHighSurrogate(text.back())) {
-    text.back() = 0x10000 + ((text.back() - 0xD800) << 10) + (unit - 0xDC00);
+  if (platform::IsLowSurrogate(unit) && !text.empty() && platform::IsHighSurrogate(text.back())) {
+    text.back() = platform::JoinSurrogates(text.back(), unit);
   } else {
     text += unit;
   }
@@ -96,12 +93,13 @@ std::optional<UDFICB> DecodeFileSetRoot(std::span<const BYTE> bytes) {
 }
 
 std::optional<UdfFileEntry> DecodeFileEntry(std::span<const BYTE> bytes) {
-  if (bytes.size() < kEntryHeader || !UDFCheckTag(bytes, UdfTag::kFileEntry)) return std::nullopt;
+  if (bytes.size() < kUdfEntryHeader || !UDFCheckTag(bytes, UdfTag::kFileEntry))
+    return std::nullopt;
   const BYTE fileType = bytes[27];
   const DWORD attributes = GetLittleEndian32Bit(&bytes[168]);
   const DWORD allocation = GetLittleEndian32Bit(&bytes[172]);
   if (fileType != kFolderType && fileType != kFileType) return std::nullopt;
-  if (ULONGLONG{attributes} + allocation > bytes.size() - kEntryHeader) return std::nullopt;
+  if (ULONGLONG{attributes} + allocation > bytes.size() - kUdfEntryHeader) return std::nullopt;
   return UdfFileEntry{.folder = fileType == kFolderType,
                       .informationLength = GetLittleEndian64Bit(&bytes[56]),
                       .blocksRecorded = GetLittleEndian64Bit(&bytes[64]),
@@ -109,7 +107,7 @@ std::optional<UdfFileEntry> DecodeFileEntry(std::span<const BYTE> bytes) {
                       .modified = DecodeTimestamp(&bytes[84]),
                       .allocationType = static_cast<BYTE>(bytes[34] & 7),
                       .extendedAttributesLength = attributes,
-                      .allocation = bytes.subspan(kEntryHeader + attributes, allocation)};
+                      .allocation = bytes.subspan(kUdfEntryHeader + attributes, allocation)};
 }
 
 std::optional<UdfFileIdentifier> DecodeFileIdentifier(std::span<const BYTE> bytes) {

@@ -113,6 +113,8 @@ struct UdfFileEntry {
 
 inline constexpr std::size_t kUdfTagLength = 16;
 inline constexpr DWORD kUdfFileSetLength = 512;
+/// A file entry, 4/14.9, up to its extended attributes.
+inline constexpr std::size_t kUdfEntryHeader = 176;
 inline constexpr BYTE kUdfShortDescriptors = 0;
 inline constexpr BYTE kUdfLongDescriptors = 1;
 inline constexpr BYTE kUdfEmbedded = 3;

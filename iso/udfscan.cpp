@@ -8,7 +8,6 @@ namespace {
 // ECMA-167 4/14.9: an entry fits into one logical block. An ICB with several
 // entries is longer, but only the first one is in use.
 constexpr DWORD kLongestEntry = 16384;
-constexpr std::size_t kEntryHeader = 176;
 // A block of continuation describes hundreds of extents of up to 1 GiB each.
 constexpr int kMostContinuations = 4096;
 
@@ -56,7 +55,7 @@ bool UdfScan::ScanRoot(int volume, const UDFICB& icb) {
   if (!entry) return false;
   // ECMA-167 4/14.9.19: whole attributes only; they end inside the entry.
   const DWORD attributes = entry->extendedAttributesLength;
-  if (attributes % 4 != 0 || attributes > icb.Bytes() - kEntryHeader) return false;
+  if (attributes % 4 != 0 || attributes > icb.Bytes() - kUdfEntryHeader) return false;
   return !entry->folder || ReadContents(*entry, icb, {volume, icb.partition}, kRoot);
 }
 

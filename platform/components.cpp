@@ -4,26 +4,21 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "platform/unicode.h"
+
 namespace {
 
 constexpr std::size_t kPrefix = sizeof(DWORD);
-
-constexpr wchar_t kFirstHigh = 0xD800;
-constexpr wchar_t kFirstLow = 0xDC00;
-constexpr wchar_t kFirstAbove = 0x10000;
-
-bool IsHigh(wchar_t unit) { return (unit & ~0x3FF) == kFirstHigh; }
-bool IsLow(wchar_t unit) { return (unit & ~0x3FF) == kFirstLow; }
 
 std::wstring UnitsOf(std::wstring_view text) {
   std::wstring units;
   units.reserve(text.size());
   for (const wchar_t c : text) {
-    if (c < kFirstAbove) {
+    if (c < platform::kFirstOfTwoUnits) {
       units += c;
     } else {
-      units += static_cast<wchar_t>(kFirstHigh + ((c - kFirstAbove) >> 10));
-      units += static_cast<wchar_t>(kFirstLow + ((c - kFirstAbove) & 0x3FF));
+      units += platform::HighSurrogateOf(c);
+      units += platform::LowSurrogateOf(c);
     }
   }
   return units;
@@ -32,9 +27,9 @@ std::wstring UnitsOf(std::wstring_view text) {
 void JoinUnits(std::wstring& text) {
   std::size_t length = 0;
   for (const wchar_t unit : text) {
-    if (IsLow(unit) && length > 0 && IsHigh(text[length - 1])) {
-      wchar_t& high = text[length - 1];
-      high = kFirstAbove + ((high - kFirstHigh) << 10) + (unit - kFirstLow);
+    if (platform::IsLowSurrogate(unit) && length > 0 &&
+        platform::IsHighSurrogate(text[length - 1])) {
+      text[length - 1] = platform::JoinSurrogates(text[length - 1], unit);
     } else {
       text[length++] = unit;
     }
@@ -67,9 +62,10 @@ HRESULT VariantClear(PROPVARIANT* value) {
   return S_OK;
 }
 
+// NOLINTNEXTLINE(readability-non-const-parameter): such strings have no other type
 void platform::GetTextOfString(BSTR string, std::wstring& text) {
   text.assign(string != nullptr ? string : L"");
-  const auto firstLow = std::find_if(text.begin(), text.end(), IsLow);
+  const auto firstLow = std::find_if(text.begin(), text.end(), IsLowSurrogate);
   if (firstLow != text.end()) JoinUnits(text);
 }
 

@@ -63,6 +63,8 @@ inline constexpr VARIANT_BOOL VARIANT_FALSE = 0;
 
 /// A typed value. Only a string owns memory; VariantClear frees it.
 struct PROPVARIANT {
+  // The largest member stands for the others.
+  // NOLINTBEGIN(cppcoreguidelines-pro-type-member-init)
   PROPVARIANT() : uhVal(0) {}
 
   VARTYPE vt = VT_EMPTY;
@@ -78,6 +80,7 @@ struct PROPVARIANT {
     FILETIME filetime;
     BSTR bstrVal;
   };
+  // NOLINTEND(cppcoreguidelines-pro-type-member-init)
 };
 static_assert(sizeof(PROPVARIANT) == 16);
 

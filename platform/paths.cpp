@@ -5,36 +5,32 @@
 
 #include "platform/codepage.h"
 #include "platform/text.h"
+#include "platform/unicode.h"
 
 namespace {
 
-constexpr wchar_t kByteBase = 0xDC00;
-constexpr wchar_t kEscapedBackslash = kByteBase + '\\';
+using platform::kEscapedBackslash;
+using platform::kEscapedByteBase;
 
 bool IsEscapedByte(wchar_t c) {
-  return c == kEscapedBackslash || (c >= kByteBase + 0x80 && c <= kByteBase + 0xFF);
+  return c == kEscapedBackslash || (c >= kEscapedByteBase + 0x80 && c <= kEscapedByteBase + 0xFF);
 }
 
-/// UTF-8 of any code point, lone surrogates included: the last resort for a
-/// character that the codeset lacks, so that different names stay different.
-std::string Utf8Of(wchar_t character) {
-  const auto c = static_cast<std::uint32_t>(character);
-  const auto tail = [c](int shift) { return static_cast<char>(0x80 | ((c >> shift) & 0x3F)); };
-  if (c < 0x800) return {static_cast<char>(0xC0 | c >> 6), tail(0)};
-  if (c < 0x10000) return {static_cast<char>(0xE0 | c >> 12), tail(6), tail(0)};
-  return {static_cast<char>(0xF0 | ((c >> 18) & 0x07)), tail(12), tail(6), tail(0)};
-}
-
-std::string NativeOf(wchar_t c, const platform::CodePage& page) {
-  if (IsEscapedByte(c)) return {static_cast<char>(c - kByteBase)};
-  if (const auto encoded = page.EncodeOne(c)) return *encoded;
-  return Utf8Of(c);
+void AppendNative(std::string& native, wchar_t c, const platform::CodePage& page) {
+  if (IsEscapedByte(c)) {
+    native += static_cast<char>(c - kEscapedByteBase);
+  } else if (const auto encoded = page.EncodeOne(c)) {
+    native += *encoded;
+  } else {
+    // The last resort, so that different names stay different.
+    platform::AppendUtf8(native, c);
+  }
 }
 
 }  // namespace
 
 std::wstring platform::ToLibraryPath(std::string_view native) {
-  std::wstring path = LocaleCodePage().DecodeLoosely(native, kByteBase);
+  std::wstring path = LocaleCodePage().DecodeLoosely(native, kEscapedByteBase);
   for (wchar_t& c : path) {
     if (c == L'\\') {
       c = kEscapedBackslash;
@@ -56,7 +52,7 @@ std::string platform::ToNativePath(std::wstring_view path) {
       native += static_cast<char>(c);
     } else {
       if (page == nullptr) page = &LocaleCodePage();
-      native += NativeOf(c, *page);
+      AppendNative(native, c, *page);
     }
   }
   return native;

@@ -5,6 +5,8 @@
 
 namespace {
 
+namespace chrono = std::chrono;
+
 constexpr std::int64_t kUnitsPerSecond = 10'000'000;
 constexpr std::int64_t kSecondsFrom1601To1970 = 11'644'473'600;
 // 3000-12-31 23:59:59 UTC, the last time that the host's C runtime accepts.
@@ -18,10 +20,10 @@ constexpr std::int64_t kFirstDosTime = 315'532'800;
 /// The day since 1970-01-01, by a calendar that carries a month or a day which
 /// no year has over to the next.
 std::int64_t DaysOfDosDate(WORD date) {
-  using namespace std::chrono;
   const int months = (date >> 5 & 0x0F) - 1;
-  const year_month month = year{(date >> 9) + 1980} / January + std::chrono::months{months};
-  return sys_days{month / 1}.time_since_epoch().count() + (date & 0x1F) - 1;
+  const chrono::year_month month =
+      chrono::year{(date >> 9) + 1980} / chrono::January + chrono::months{months};
+  return chrono::sys_days{month / 1}.time_since_epoch().count() + (date & 0x1F) - 1;
 }
 
 std::int64_t SecondsOfDosTime(WORD time) {
@@ -29,10 +31,10 @@ std::int64_t SecondsOfDosTime(WORD time) {
 }
 
 bool IsDosDate(WORD date) {
-  using namespace std::chrono;
-  return year_month_day{year{(date >> 9) + 1980}, month{unsigned{date} >> 5 & 0x0F},
-                        day{unsigned{date} & 0x1F}}
-      .ok();
+  const chrono::year_month_day calendar{chrono::year{(date >> 9) + 1980},
+                                        chrono::month{unsigned{date} >> 5 & 0x0F},
+                                        chrono::day{unsigned{date} & 0x1F}};
+  return calendar.ok();
 }
 
 bool IsDosTime(WORD time) {
@@ -105,13 +107,12 @@ BOOL FileTimeToLocalFileTime(const FILETIME* universal, FILETIME* local) {
 }
 
 BOOL CoFileTimeToDosDateTime(const FILETIME* time, WORD* date, WORD* dosTime) {
-  using namespace std::chrono;
-  const sys_seconds seconds{std::chrono::seconds{platform::SecondsOfFileTime(*time)}};
-  const sys_days days = floor<std::chrono::days>(seconds);
-  const year_month_day calendar{days};
+  const chrono::sys_seconds seconds{chrono::seconds{platform::SecondsOfFileTime(*time)}};
+  const chrono::sys_days days = chrono::floor<chrono::days>(seconds);
+  const chrono::year_month_day calendar{days};
   const int years = static_cast<int>(calendar.year()) - 1980;
   if (years < 0 || years > 127) return platform::FailWithErrno(EINVAL);
-  const hh_mm_ss clock{seconds - days};
+  const chrono::hh_mm_ss clock{seconds - days};
   *date = static_cast<WORD>(static_cast<unsigned>(years) << 9 |
                             static_cast<unsigned>(calendar.month()) << 5 |
                             static_cast<unsigned>(calendar.day()));

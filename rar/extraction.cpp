@@ -6,6 +6,7 @@
 
 #include "frame/filesystem.h"
 #include "frame/itempath.h"
+#include "frame/keptexception.h"
 #include "frame/lent.h"
 #include "frame/outputfolders.h"
 #include "frame/pathgate.h"
@@ -178,7 +179,7 @@ RarProblem CRarUnpacker::Write(const std::wstring& path, std::size_t depth) {
 RarProblem CRarUnpacker::Extract(const std::wstring& path, std::size_t depth) {
   const rar::Header& header = m_hArchive->Current();
   const int code = m_hArchive->Extract(path);
-  ThrowAgain();
+  frame::ThrowKept(m_pThrown);
   if (m_state.m_bCancel != 0) return RarProblem::kCannotWrite;
   if (code == rar::kSuccess) return LookAt(path, header, depth);
   rar::ShowProblem(code);
@@ -218,7 +219,7 @@ bool CRarUnpacker::UnpackFile(const std::wstring& path, const std::wstring& targ
   m_strCurrentName = name;
   const auto report = [this](const std::wstring& folder) { UpdateFileTree(folder); };
   frame::OutputFolders folders(m_state, target, report);
-  return frame::WriteItem(*this, folders, PlaceOfFile(m_state.m_iniUnpack, path, target), target);
+  return frame::WriteItem(*this, folders, PlaceOfFile(m_state.m_iniUnpack, path, target));
 }
 
 /// Alone, a hard link or a copy comes out with the data of the item that it
@@ -278,17 +279,8 @@ bool CRarUnpacker::UnpackArchive(const std::wstring& target) {
 
 int CRarUnpacker::CallbackProc(UINT message, LPARAM userData, LPARAM p1, LPARAM p2) {
   auto& unpacker = *reinterpret_cast<CRarUnpacker*>(userData);
-  try {
-    return unpacker.OnCallback(message, p1, p2);
-  } catch (...) {
-    // The engine knows no exceptions of others.
-    unpacker.m_pThrown = std::current_exception();
-    return rar::kStop;
-  }
-}
-
-void CRarUnpacker::ThrowAgain() {
-  if (m_pThrown) std::rethrow_exception(std::exchange(m_pThrown, nullptr));
+  return frame::KeepException(unpacker.m_pThrown, rar::kStop,
+                              [&] { return unpacker.OnCallback(message, p1, p2); });
 }
 
 int CRarUnpacker::OnCallback(UINT message, LPARAM p1, LPARAM p2) {

@@ -16,7 +16,7 @@ class CMyUnknownImp {
   CMyUnknownImp& operator=(const CMyUnknownImp&) = delete;
 
  protected:
-  virtual ~CMyUnknownImp() = default;
+  ~CMyUnknownImp() = default;
 
   ULONG m_nRefCount = 0;
 };
@@ -34,6 +34,11 @@ template <class... Answered, class First, class... Others>
 class Component<Answers<Answered...>, First, Others...>
     : public First, public Others..., public CMyUnknownImp {
  public:
+  Component() = default;
+  virtual ~Component() = default;
+  Component(const Component&) = delete;
+  Component& operator=(const Component&) = delete;
+
   HRESULT QueryInterface(const GUID& id, void** object) final {
     *object = nullptr;
     if (id == IUnknown::kId) *object = static_cast<First*>(this);
@@ -80,6 +85,8 @@ class ComPtr {
 
   void Reset() {
     if (m_pObject != nullptr) std::exchange(m_pObject, nullptr)->Release();
+    // Counted references are beyond the analyzer.
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks)
   }
   /// Gives the reference away.
   T* Detach() { return std::exchange(m_pObject, nullptr); }

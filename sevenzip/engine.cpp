@@ -1,5 +1,6 @@
 #include "sevenzip/engine.h"
 
+#include "frame/modulefunction.h"
 #include "sevenzip/engineadapter.h"
 
 namespace sevenzip {
@@ -30,8 +31,7 @@ bool Engine::CreateArchive(const std::wstring& path) {
   if (module == nullptr) return false;
   if (!FreeEngine()) return false;
   m_hEngine = module;
-  const auto create = reinterpret_cast<CreateObjectFunction>(
-      reinterpret_cast<void*>(GetProcAddress(m_hEngine, "CreateObject")));
+  const auto create = frame::FunctionOf<CreateObjectFunction>(m_hEngine, "CreateObject");
   if (create == nullptr) {
     FreeEngine();
     return false;

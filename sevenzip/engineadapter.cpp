@@ -10,13 +10,10 @@
 namespace sevenzip {
 namespace {
 
-/// A backslash that is part of a name (see platform/text.h).
-constexpr wchar_t kLiteralBackslash = 0xDC00 + L'\\';
-
 void TurnSeparators(BSTR path) {
   for (wchar_t* c = path; *c != 0; ++c) {
     if (*c == frame::kSeparator) {
-      *c = kLiteralBackslash;
+      *c = platform::kEscapedBackslash;
     } else if (*c == L'/') {
       *c = frame::kSeparator;
     }

@@ -3,7 +3,6 @@
 #include "frame/itempath.h"
 #include "frame/progress.h"
 #include "sevenzip/guarded.h"
-#include "sevenzip/property.h"
 
 namespace sevenzip {
 namespace {
@@ -86,23 +85,27 @@ HRESULT C7zExtractCallback::CreateFileOf(DWORD index, ISequentialOutStream** str
   return S_OK;
 }
 
+/// E_FAIL for a property that has another type than this; it may have none.
+HRESULT C7zExtractCallback::ReadAs(VARTYPE type, DWORD index, PROPID id, Property& value) const {
+  const HRESULT result = m_pArchive->GetProperty(index, id, value.Receive());
+  if (result != S_OK) return result;
+  return value.IsEmpty() || value.Type() == type ? S_OK : E_FAIL;
+}
+
 HRESULT C7zExtractCallback::ReadProperties(DWORD index) {
   m_bAttribDefined = m_bModifiedDefined = m_bIsDir = false;
   Property value;
-  HRESULT result = m_pArchive->GetProperty(index, kpidAttrib, value.Receive());
+  HRESULT result = ReadAs(VT_UI4, index, kpidAttrib, value);
   if (result != S_OK) return result;
-  if (!value.IsEmpty() && value.Type() != VT_UI4) return E_FAIL;
   m_bAttribDefined = !value.IsEmpty();
   m_nAttrib = value.Number32();
 
-  result = m_pArchive->GetProperty(index, kpidIsDir, value.Receive());
+  result = ReadAs(VT_BOOL, index, kpidIsDir, value);
   if (result != S_OK) return result;
-  if (!value.IsEmpty() && value.Type() != VT_BOOL) return E_FAIL;
   m_bIsDir = value.IsTrue();
 
-  result = m_pArchive->GetProperty(index, kpidMTime, value.Receive());
+  result = ReadAs(VT_FILETIME, index, kpidMTime, value);
   if (result != S_OK) return result;
-  if (!value.IsEmpty() && value.Type() != VT_FILETIME) return E_FAIL;
   m_bModifiedDefined = !value.IsEmpty();
   if (m_bModifiedDefined) m_ftModified = value.Time();
 

@@ -8,6 +8,7 @@
 #include "sevenzip/filestreams.h"
 #include "sevenzip/interfaces.h"
 #include "sevenzip/password.h"
+#include "sevenzip/property.h"
 
 namespace sevenzip {
 
@@ -35,6 +36,7 @@ class C7zExtractCallback final : public Component<Answers<ICryptoGetTextPassword
 
  private:
   bool Process(DWORD index);
+  HRESULT ReadAs(VARTYPE type, DWORD index, PROPID id, Property& value) const;
   HRESULT ReadProperties(DWORD index);
   HRESULT CreateFileOf(DWORD index, ISequentialOutStream** stream);
   HRESULT FinishFile();

@@ -23,10 +23,9 @@ bool IsSafe(const std::wstring& path) { return IsSafeItem(path, frame::NameOf(pa
 bool C7zUnpacker::UnpackFile(const std::wstring& path, const std::wstring& target) {
   m_nMode = kSingleItem;
   if (!LocateFile(path) || !IsSafe(path)) return false;
-  const OutputPlace place = PlaceOfFile(m_state.m_iniUnpack, path, target);
   frame::OutputFolders folders(m_state, target,
                                [this](const std::wstring& folder) { UpdateFileTree(folder); });
-  return frame::WriteItem(*this, folders, place, target);
+  return frame::WriteItem(*this, folders, PlaceOfFile(m_state.m_iniUnpack, path, target));
 }
 
 bool C7zUnpacker::UnpackCurrentFile(const std::wstring& name, const std::wstring& folder) {
@@ -112,8 +111,7 @@ bool C7zUnpacker::ProcessItem(DWORD index, PlaceOf placeOf) {
   m_nItemDateTime = info.nDateTime;
   const std::optional<OutputPlace> place = placeOf(info.strPath, frame::IsFolderItem(info));
   if (!place || !IsSafe(info.strPath)) return false;
-  // The target folder itself is the caller's to provide.
-  if (place->folder != m_strTarget && !m_pFolders->Make(place->folder)) return false;
+  if (!m_pFolders->MakeFor(*place)) return false;
   if (place->name.empty()) return true;
   m_strCurrentName = place->name;
   m_strCurrentFolder = place->folder;

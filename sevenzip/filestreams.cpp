@@ -14,8 +14,8 @@ HRESULT LastResult() { return platform::ResultOfError(GetLastError()); }
 
 bool StreamFile::Open(const std::wstring& path, DWORD access, DWORD disposition, DWORD flags) {
   if (!Close()) return false;
-  m_hFile = CreateFileW(path.c_str(), access, FILE_SHARE_READ, nullptr, disposition,
-                        FILE_ATTRIBUTE_NORMAL | flags, nullptr);
+  Take(CreateFileW(path.c_str(), access, FILE_SHARE_READ, nullptr, disposition,
+                   FILE_ATTRIBUTE_NORMAL | flags, nullptr));
   return IsOpen();
 }
 
@@ -30,30 +30,23 @@ bool StreamFile::Create(const std::wstring& path) {
          Open(path, GENERIC_WRITE, CREATE_ALWAYS, FILE_FLAG_OPEN_REPARSE_POINT);
 }
 
-bool StreamFile::Close() {
-  return !IsOpen() || CloseHandle(std::exchange(m_hFile, INVALID_HANDLE_VALUE)) != FALSE;
-}
-
 HRESULT StreamFile::Seek(LONGLONG offset, DWORD origin, ULONGLONG* position) const {
   static_assert(kSeekStart == FILE_BEGIN && kSeekCurrent == FILE_CURRENT && kSeekEnd == FILE_END);
   if (origin > kSeekEnd) return STG_E_INVALIDFUNCTION;
-  auto high = static_cast<LONG>(offset >> 32);
-  const DWORD low = SetFilePointer(m_hFile, static_cast<LONG>(offset), &high, origin);
-  const DWORD error = low == INVALID_SET_FILE_POINTER ? GetLastError() : ERROR_SUCCESS;
-  if (position != nullptr) *position = ULONGLONG{static_cast<DWORD>(high)} << 32 | low;
+  const DWORD error = frame::MoveFilePointer(Get(), offset, origin, position);
   return error == ERROR_SUCCESS ? S_OK : platform::ResultOfError(error);
 }
 
 HRESULT CInFileStream::Read(void* data, DWORD size, DWORD* processed) {
   DWORD read = 0;
-  const BOOL done = ReadFile(m_hFile.Get(), data, std::min(size, kLargestTransfer), &read, nullptr);
+  const BOOL done = ReadFile(m_file.Get(), data, std::min(size, kLargestTransfer), &read, nullptr);
   if (processed != nullptr) *processed = read;
   return done != FALSE ? S_OK : LastResult();
 }
 
 HRESULT CInFileStream::GetSize(ULONGLONG* size) {
   DWORD high = 0;
-  const DWORD low = GetFileSize(m_hFile.Get(), &high);
+  const DWORD low = GetFileSize(m_file.Get(), &high);
   if (low == INVALID_FILE_SIZE && GetLastError() != ERROR_SUCCESS) return LastResult();
   *size = ULONGLONG{high} << 32 | low;
   return S_OK;
@@ -62,7 +55,7 @@ HRESULT CInFileStream::GetSize(ULONGLONG* size) {
 HRESULT COutFileStream::Write(const void* data, DWORD size, DWORD* processed) {
   DWORD written = 0;
   const BOOL done =
-      WriteFile(m_hFile.Get(), data, std::min(size, kLargestTransfer), &written, nullptr);
+      WriteFile(m_file.Get(), data, std::min(size, kLargestTransfer), &written, nullptr);
   m_nProcessedSize += written;
   if (processed != nullptr) *processed = written;
   return done != FALSE ? S_OK : LastResult();
@@ -73,7 +66,7 @@ HRESULT COutFileStream::SetSize(ULONGLONG size) {
   ULONGLONG end = 0;
   const bool done = Seek(0, kSeekCurrent, &before) == S_OK &&
                     Seek(static_cast<LONGLONG>(size), kSeekStart, &end) == S_OK && end == size &&
-                    SetEndOfFile(m_hFile.Get()) != FALSE &&
+                    SetEndOfFile(m_file.Get()) != FALSE &&
                     Seek(static_cast<LONGLONG>(before), kSeekStart, nullptr) == S_OK;
   return done ? S_OK : E_FAIL;
 }

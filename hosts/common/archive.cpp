@@ -238,4 +238,10 @@ std::wstring SummaryOf(Archive& archive) {
   });
 }
 
+std::wstring SummaryOf(Archive& archive, const std::wstring& path, bool isFolder) {
+  return WithUnpacker(archive, [&](auto& unpacker) {
+    return isFolder ? unpacker.GetFolderOutputInfo(path) : unpacker.GetFileOutputInfo(path);
+  });
+}
+
 }  // namespace host

@@ -57,6 +57,8 @@ std::optional<Reason> ReasonOfGap(const CRarUnpacker& unpacker);
 
 /// The library's text about the whole archive.
 std::wstring SummaryOf(Archive& archive);
+/// The library's text about the item at `path`.
+std::wstring SummaryOf(Archive& archive, const std::wstring& path, bool isFolder);
 
 /// As ReasonOfGap of the unpacker that has it open.
 std::optional<Reason> ReasonOfGap(Archive& archive);

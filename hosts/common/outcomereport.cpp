@@ -27,6 +27,11 @@ Reason ReasonOfFailure(const Item& item, const OutputPlace& place) {
   return Reason::Of("failed: damaged in the archive, or could not be written");
 }
 
+void Count(Totals& totals, const PlannedItem& item) {
+  ++(item.isFolder ? totals.folders : totals.files);
+  totals.bytes += item.size;
+}
+
 class Reporter {
  public:
   Reporter(const UnpackWatch& watch, const ReportSettings& settings, const TellMissing& tell)
@@ -37,7 +42,7 @@ class Reporter {
     const PlannedItem& planned = watch_.Items()[index];
     if (planned.outcome == Outcome::kWritten ||
         (planned.isFolder && planned.outcome == Outcome::kNone && IsFolderOnDisk(place.folder))) {
-      Count(planned);
+      Count(totals_, planned);
       return;
     }
     ++totals_.missing;
@@ -47,11 +52,6 @@ class Reporter {
   const Totals& Result() const { return totals_; }
 
  private:
-  void Count(const PlannedItem& planned) {
-    ++(planned.isFolder ? totals_.folders : totals_.files);
-    totals_.bytes += planned.size;
-  }
-
   Reason ReasonOf(std::size_t index, const Item& item, const OutputPlace& place) const {
     const PlannedItem& planned = watch_.Items()[index];
     if (planned.outcome == Outcome::kRefused) return Reason::Of("refused: unsafe name");
@@ -85,10 +85,7 @@ class Reporter {
 
 Totals TotalsOfComplete(const Plan& plan) {
   Totals totals;
-  for (const PlannedItem& item : plan) {
-    ++(item.isFolder ? totals.folders : totals.files);
-    totals.bytes += item.size;
-  }
+  for (const PlannedItem& item : plan) Count(totals, item);
   return totals;
 }
 

@@ -42,13 +42,13 @@ enum class Outcome : std::uint8_t { kNone, kWritten, kCutShort, kWrongContent, k
 
 struct PlannedItem {
   /// Hash of the full output path.
-  std::uint64_t pathHash;
-  std::uint64_t size;
+  std::uint64_t pathHash = 0;
+  std::uint64_t size = 0;
   /// Hash of the output name; 0 for a folder.
-  std::uint32_t nameHash;
-  bool isFolder;
-  Outcome outcome;
-  std::optional<std::uint32_t> crc;
+  std::uint32_t nameHash = 0;
+  bool isFolder = false;
+  Outcome outcome = Outcome::kNone;
+  std::optional<std::uint32_t> crc{};
 };
 
 using Plan = std::vector<PlannedItem>;

@@ -30,11 +30,7 @@ Document::Document(std::string path, DesktopInterface& interface,
 
 std::wstring Document::SummaryOf(ArchiveTree::Index item) {
   if (item == ArchiveTree::kRoot) return host::SummaryOf(archive_);
-  const std::wstring path = tree_.PathOf(item);
-  const bool isFolder = tree_.At(item).isFolder;
-  return host::WithUnpacker(archive_, [&](auto& unpacker) {
-    return isFolder ? unpacker.GetFolderOutputInfo(path) : unpacker.GetFileOutputInfo(path);
-  });
+  return host::SummaryOf(archive_, tree_.PathOf(item), tree_.At(item).isFolder);
 }
 
 }  // namespace desktop

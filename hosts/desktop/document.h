@@ -15,7 +15,8 @@ class Document {
  public:
   /// Opens the file at `path`, a path of this system, and lists it. Throws
   /// host::OpenError. Leaves the interface with its own password answer, which
-  /// is its while it lives. `onWrongPassword` is told before another one is asked for.
+  /// is its while it lives. `onWrongPassword` is told before another one is
+  /// asked for.
   Document(std::string path, DesktopInterface& interface,
            std::function<void(const host::Reason&)> onWrongPassword);
   Document(const Document&) = delete;

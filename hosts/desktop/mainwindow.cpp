@@ -81,6 +81,13 @@ MainWindow::~MainWindow() {
   files_->Show(nullptr, ArchiveTree::kRoot);
 }
 
+void MainWindow::RestoreLayout() {
+  const QSettings stored;
+  resize(860, 520);
+  restoreGeometry(stored.value(kGeometry).toByteArray());
+  fileView_->header()->restoreState(stored.value(kColumns).toByteArray());
+}
+
 void MainWindow::closeEvent(QCloseEvent* event) {
   // The library is in the middle of a call.
   if (isBusy_) {

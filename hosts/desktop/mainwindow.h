@@ -80,22 +80,22 @@ class MainWindow : public QMainWindow {
   FileIcons icons_;
   DesktopInterface interface_{*this, icons_};
   std::unique_ptr<Document> document_;
-  FolderModel* folders_;
-  FileModel* files_;
+  FolderModel* folders_ = nullptr;
+  FileModel* files_ = nullptr;
   bool isBusy_ = false;
 
-  QStackedWidget* pages_;
-  QWidget* emptyPage_;
-  QWidget* archivePage_;
-  QTreeView* folderView_;
-  QTreeView* fileView_;
-  ElidedLabel* summary_;
+  QStackedWidget* pages_ = nullptr;
+  QWidget* emptyPage_ = nullptr;
+  QWidget* archivePage_ = nullptr;
+  QTreeView* folderView_ = nullptr;
+  QTreeView* fileView_ = nullptr;
+  ElidedLabel* summary_ = nullptr;
   QTimer summaryTimer_;
-  QAction* close_;
-  QAction* up_;
-  QAction* unpackAll_;
-  QAction* unpackFolder_;
-  QAction* unpackSelected_;
+  QAction* close_ = nullptr;
+  QAction* up_ = nullptr;
+  QAction* unpackAll_ = nullptr;
+  QAction* unpackFolder_ = nullptr;
+  QAction* unpackSelected_ = nullptr;
 };
 
 }  // namespace desktop

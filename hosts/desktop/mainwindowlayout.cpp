@@ -4,7 +4,6 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QMenuBar>
-#include <QSettings>
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QStatusBar>
@@ -123,13 +122,6 @@ void MainWindow::MakeViews() {
   summary_ = new ElidedLabel;
   summary_->setObjectName("summary");
   statusBar()->addWidget(summary_, 1);
-}
-
-void MainWindow::RestoreLayout() {
-  const QSettings stored;
-  resize(860, 520);
-  restoreGeometry(stored.value("window/geometry").toByteArray());
-  fileView_->header()->restoreState(stored.value("window/columns").toByteArray());
 }
 
 }  // namespace desktop

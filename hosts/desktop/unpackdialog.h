@@ -34,7 +34,7 @@ class UnpackDialog : public QDialog {
     BYTE INIUNPACK::*field;
   };
   QLineEdit* target_;
-  std::array<Box, 4> boxes_;
+  std::array<Box, 4> boxes_{};
 };
 
 }  // namespace desktop

@@ -12,21 +12,15 @@ namespace {
 
 using host::Archive;
 
-std::wstring TextOf(Archive& archive, const Selection& selection) {
-  return host::WithUnpacker(archive, [&](auto& unpacker) {
-    return selection.isFolder ? unpacker.GetFolderOutputInfo(selection.path)
-                              : unpacker.GetFileOutputInfo(selection.path);
-  });
-}
-
 int WriteSelections(Archive& archive, const std::string& archivePath,
                     const std::vector<std::string>& paths, StandardOutput& output) {
   const auto selections = FindSelections(archive, paths);
   int exitCode = CheckComplete(archive, archivePath);
   for (std::size_t i = 0; i < paths.size(); ++i) {
     if (selections[i]) {
-      AppendPath(output.Text(), selections[i]->path);
-      output.Text() += ": " + ShownText(TextOf(archive, *selections[i])) + "\n";
+      const auto& [path, isFolder] = *selections[i];
+      AppendPath(output.Text(), path);
+      output.Text() += ": " + ShownText(host::SummaryOf(archive, path, isFolder)) + "\n";
     } else {
       PrintError(ShownNativePath(paths[i]) + ": not in the archive");
       exitCode = kExitIncomplete;

@@ -15,7 +15,7 @@ static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler uses it"
 void OnInterrupt(int) {
   if (!pending.exchange(true)) return;
   // The shell's prompt should not follow the progress line.
-  if (write(STDERR_FILENO, "\n", 1) < 0) _exit(kExitInterrupted);
+  [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, "\n", 1);
   _exit(kExitInterrupted);
 }
 

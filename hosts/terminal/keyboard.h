@@ -7,6 +7,8 @@
 
 namespace terminal {
 
+inline constexpr char kEscapeKey = '\x1b';
+
 /// While it lives, Ctrl-C is held back except where the keyboard waits, so
 /// that it cannot slip in between the look at it and the wait.
 class Keyboard {

@@ -69,7 +69,7 @@ void AppendNativeJsonString(std::string& out, const std::string& path) {
   for (wchar_t& c : wide) {
     if (c == L'\\') {
       c = L'/';
-    } else if (c == 0xdc00 + L'\\') {
+    } else if (c == platform::kEscapedBackslash) {
       c = L'\\';
     }
   }

@@ -13,7 +13,6 @@ namespace {
 constexpr char kEndOfInput = '\x04';
 constexpr char kBackspace = '\b';
 constexpr char kEraseLine = '\x15';
-constexpr char kEscape = '\x1b';
 constexpr char kDelete = '\x7f';
 
 /// Keys arrive one by one and are not shown while it lives.
@@ -65,7 +64,7 @@ std::optional<std::string> ReadMasked(const std::string& prompt) {
   MaskedLine line;
   while (const auto key = keyboard.Next()) {
     if (*key == '\n' || *key == '\r') return line.Text();
-    if (*key == kEscape || *key == kEndOfInput) return std::nullopt;
+    if (*key == kEscapeKey || *key == kEndOfInput) return std::nullopt;
     if (*key == kBackspace || *key == kDelete) {
       line.RemoveLast();
     } else if (*key == kEraseLine) {

@@ -10,8 +10,6 @@
 namespace terminal {
 namespace {
 
-constexpr char kEscape = '\x1b';
-
 /// None after Ctrl-C or at the end of the input.
 std::optional<std::string> ReadLine() {
   Keyboard keyboard;
@@ -68,9 +66,16 @@ std::optional<std::size_t> Ask(const std::string& text, const std::vector<Choice
       PrintToStderr("\n");
       return std::nullopt;
     }
-    if (line->find(kEscape) != std::string::npos) return std::nullopt;
+    if (line->find(kEscapeKey) != std::string::npos) return std::nullopt;
     if (const auto found = FindChoice(Trimmed(*line), choices, defaultChoice)) return found;
   }
+}
+
+std::optional<bool> AskYesNo(const std::string& text) {
+  constexpr std::size_t kYes = 0;
+  constexpr std::size_t kNo = 1;
+  const auto chosen = Ask(text, {{'y', "Yes"}, {'n', "No"}}, kNo);
+  return chosen ? std::optional(*chosen == kYes) : std::nullopt;
 }
 
 }  // namespace terminal

@@ -23,4 +23,7 @@ bool CanAsk();
 std::optional<std::size_t> Ask(const std::string& text, const std::vector<Choice>& choices,
                                std::size_t defaultChoice);
 
+/// The same for a question of yes or no, whose default is no.
+std::optional<bool> AskYesNo(const std::string& text);
+
 }  // namespace terminal

@@ -8,6 +8,7 @@
 #include "text.h"
 
 namespace terminal {
+
 TerminalInterface::TerminalInterface(host::UnpackWatch& watch, ProgressLine& line,
                                      host::PasswordAnswer& password, bool keepExisting)
     : watch_(watch),
@@ -81,14 +82,14 @@ int TerminalInterface::ShowMessageBox(const std::wstring& text, const std::wstri
     return stop_.Stopped() ? IDYES : IDNO;
   }
   if (!canAsk_) return IDNO;
-  return Ask(ShownText(text), {{'y', "Yes"}, {'n', "No"}}, 1) == 0U ? IDYES : IDNO;
+  return AskYesNo(ShownText(text)).value_or(false) ? IDYES : IDNO;
 }
 
 void TerminalInterface::AnswerStopRequest(const std::wstring& text) {
   // From here on Ctrl-C is an answer, not another request.
   ForgetInterrupt();
   if (canAsk_) {
-    stop_.Answer(Ask(ShownText(text), {{'y', "Yes"}, {'n', "No"}}, 1).value_or(0) == 0);
+    stop_.Answer(AskYesNo(ShownText(text)).value_or(true));
   } else {
     PrintError("interrupted");
     stop_.Answer(true);

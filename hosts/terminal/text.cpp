@@ -8,6 +8,7 @@
 
 #include "hosts/common/escape.h"
 #include "platform/text.h"
+#include "platform/unicode.h"
 
 namespace terminal {
 namespace {
@@ -18,6 +19,7 @@ using host::NeedsEscape;
 enum class Form { kPath, kText };
 
 constexpr bool IsAsciiPrintable(wchar_t c) { return c >= 0x20 && c < 0x7f; }
+
 /// Appends the characters that need more than a copy or an escape in the
 /// terminal's codeset and returns how many they are.
 std::size_t AppendForeignRun(std::string& out, std::wstring_view text) {
@@ -86,27 +88,6 @@ std::size_t ColumnsOf(wchar_t c) {
   return columns < 0 ? 1 : static_cast<std::size_t>(columns);
 }
 
-void AppendUtf8(std::string& out, wchar_t c) {
-  const auto code = static_cast<std::uint32_t>(IsEncodable(c) ? c : L'\ufffd');
-  const auto put = [&](std::uint32_t byte) { out += static_cast<char>(byte); };
-  const auto putTail = [&](int shift) { put(0x80 | ((code >> shift) & 0x3f)); };
-  if (code < 0x80) {
-    put(code);
-  } else if (code < 0x800) {
-    put(0xc0 | (code >> 6));
-    putTail(0);
-  } else if (code < 0x10000) {
-    put(0xe0 | (code >> 12));
-    putTail(6);
-    putTail(0);
-  } else {
-    put(0xf0 | (code >> 18));
-    putTail(12);
-    putTail(6);
-    putTail(0);
-  }
-}
-
 void AppendJsonEscape(std::string& out, wchar_t c) {
   if (c == L'"' || c == L'\\') {
     out += '\\';
@@ -159,7 +140,7 @@ void AppendJsonString(std::string& out, std::wstring_view text) {
     if (c == L'"' || c == L'\\' || (c >= 0 && c < 0x20)) {
       AppendJsonEscape(out, c);
     } else {
-      AppendUtf8(out, c);
+      platform::AppendUtf8(out, IsEncodable(c) ? c : L'\ufffd');
     }
   }
   out += '"';

@@ -217,7 +217,6 @@ class MORVUNP_API CRarUnpacker {
   RarProblem ProblemOf(int code, bool isEncrypted) const;
   /// Tells why the item in hand does not come out. False.
   bool Report(RarProblem problem);
-  void ThrowAgain();
 
   std::wstring TextOf(frame::Totals totals);
 

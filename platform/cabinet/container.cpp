@@ -11,7 +11,6 @@ namespace {
 constexpr std::size_t kHeaderSize = 36;
 constexpr std::size_t kFolderSize = 8;
 constexpr std::size_t kFileSize = 16;
-constexpr std::size_t kBlockHeaderSize = 8;
 constexpr BYTE kMajorVersion = 1;
 constexpr BYTE kNewestMinorVersion = 3;
 

@@ -8,6 +8,10 @@ namespace cabinet {
 
 /// A folder's unpacked blocks are of this size, but for its last.
 inline constexpr std::size_t kBlockSize = 32768;
+/// Bytes that the packed data of a block can have.
+inline constexpr std::size_t kMostPacked = 65535;
+/// CFDATA without bytes set apart.
+inline constexpr std::size_t kBlockHeaderSize = 8;
 
 /// CFHEADER.
 struct Header {

@@ -5,7 +5,6 @@
 namespace cabinet {
 namespace {
 
-constexpr std::size_t kMostPacked = 65535;
 /// Files may lie in any order, but a table that sends the reader back and
 /// forth for ever is refused.
 constexpr std::uint64_t kMostRepeated = std::uint64_t{8} << 30;

@@ -13,7 +13,6 @@ constexpr std::size_t kSignatureSize = 2;
 constexpr std::size_t kHistorySize = kBlockSize;
 /// RFC 1951, 3.2.4: three bits of block header, length and its complement.
 constexpr std::size_t kStoredHeaderSize = 5;
-constexpr std::size_t kMostPacked = 65535;
 /// A stored block's header, history, new bytes, and the packed bytes that are
 /// to follow them.
 constexpr std::size_t kAreaSize = kStoredHeaderSize + kHistorySize + kBlockSize + kMostPacked;

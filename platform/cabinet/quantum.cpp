@@ -8,8 +8,6 @@
 namespace cabinet {
 namespace {
 
-constexpr std::size_t kBlockHeaderSize = 8;
-constexpr std::size_t kMostPacked = 65535;
 constexpr int kEngineBuffer = 64;
 
 constexpr BYTE Low(unsigned value) { return static_cast<BYTE>(value); }

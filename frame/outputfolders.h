@@ -39,9 +39,9 @@ class OutputFolders {
 /// Writes one item of a run at its place. `unpacker` is positioned on it.
 template <class U>
 bool WriteItem(U& unpacker, OutputFolders& folders, const OutputPlace& place) {
+  // An item that is a folder is made even where its place is the target.
+  if (place.name.empty()) return folders.Make(place.folder);
   if (!folders.MakeFor(place)) return false;
-  // A folder has nothing to write.
-  if (place.name.empty()) return true;
   const bool written = unpacker.UnpackCurrentFile(place.name, place.folder);
   if (!written) folders.Forget();
   return written;

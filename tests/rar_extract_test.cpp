@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <new>
 
+#include "rar/linktarget.h"
 #include "support/rartest.h"
 
 namespace {
@@ -189,6 +190,21 @@ TEST_F(RarExtract, RefusesLinksThatLeadOut) {
   EXPECT_TRUE(Unpack());
   EXPECT_THAT(Names(), ElementsAre("S@", "deep/"));
   EXPECT_EQ(ReadFile(folder.Path("planted")), "untouched");
+}
+
+// The engine refuses most of these too, but not all that a later link opens.
+TEST(RarLinks, ClimbFirstAndNoHigherThanTheTarget) {
+  const struct {
+    const wchar_t* target;
+    std::size_t depth;
+    bool staysInside;
+  } cases[] = {{L"a\\b", 0, true},      {L".\\a", 0, true},    {L"..", 1, true},
+               {L"..\\..\\a", 2, true}, {L"", 0, false},       {L"\\etc", 3, false},
+               {L"..", 0, false},       {L"..\\..", 1, false}, {L"a\\..", 3, false},
+               {L"..\\a\\..", 3, false}};
+  for (const auto& [target, depth, staysInside] : cases) {
+    EXPECT_EQ(rar::StaysInside(target, depth), staysInside) << target << ", " << depth;
+  }
 }
 
 TEST_F(RarExtract, CopiesNothingThatTheRunDidNotWrite) {

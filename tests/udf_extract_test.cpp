@@ -224,7 +224,7 @@ TEST_F(UdfExtract, FollowsContinuedDescriptors) {
     };
     for (const Damage& damage :
          {Damage{"another tag", at, std::string("\x01\x01", 2)},
-          Damage{"descriptors longer than the extent", at + 20, std::string(4, '\xFF')},
+          Damage{"descriptors longer than the extent", at + 20, std::string("\xF0\xFF\xFF\x7F")},
           Damage{"part of a descriptor", at + 20,
                  std::string(1, static_cast<char>(used - 24 - 4)) + std::string(3, '\0')},
           Damage{"a loop", at + 24,

@@ -339,6 +339,14 @@ TEST_F(UdfOpen, AppliesTheRulesOfExtendedAttributes) {
   const std::string image = builder.Build();
   const std::size_t attributes = builder.EntryOffsetOf(builder.Root()) + kExtendedAttributesLength;
   EXPECT_FALSE(OpenWith(image, attributes, 1876, 4)) << "longer than 2048 - 176";
+  // Descriptors that go on where the block of their entry ends.
+  file.extendedAttributes = std::string(2048 - 176 - 8, '\xEA');
+  file.icbLength = 2048;
+  std::string full = builder.Build();
+  const std::size_t entry = builder.EntryOffsetOf(file);
+  testsupport::Put(full, entry + 2048, std::string(8, '\0'));
+  EXPECT_TRUE(OpenBytes(full));
+  EXPECT_FALSE(OpenWith(full, entry + kDescriptorsLength, 16, 4));
 }
 
 TEST_F(UdfOpen, RefusesATreeWithAnythingItCannotRead) {
@@ -364,7 +372,7 @@ TEST_F(UdfOpen, RefusesATreeWithAnythingItCannotRead) {
       {"a symbolic link", entry, entry + 27, 12, 1},
       {"an unspecified file type", entry, entry + 27, 0, 1},
       {"an indirect entry", root, root + 27, 3, 1},
-      {"a short descriptor past the end", entry, entry + kDescriptorsLength, 12, 4},
+      {"part of a descriptor", entry, entry + kDescriptorsLength, 12, 4},
       {"the same in a folder", root, root + kDescriptorsLength, 4, 4},
       {"no identifier descriptor", identifier, identifier, 261, 2},
       {"an entry without length", identifier, identifier + 20, 0, 4},

@@ -192,7 +192,7 @@ TEST_F(RarExtract, RefusesLinksThatLeadOut) {
   EXPECT_EQ(ReadFile(folder.Path("planted")), "untouched");
 }
 
-// The engine refuses most of these too, but not all that a later link opens.
+// The engine refuses such links too, which would hide a fault here.
 TEST(RarLinks, ClimbFirstAndNoHigherThanTheTarget) {
   const struct {
     const wchar_t* target;

@@ -1,8 +1,6 @@
 // What all unpackers share: numbers, hashes, folders, places and the gate.
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include "frame/filesystem.h"
 #include "frame/foldermap.h"
@@ -18,17 +16,12 @@ using testing::ElementsAre;
 using testsupport::FakeHost;
 using testsupport::TempFolder;
 
-TEST(Summary, GroupsNumbersInThrees) {
-  EXPECT_EQ(frame::FormatOfNumber64(0), L"0");
+TEST(Summary, GroupsNumbersAndTruncatesRatios) {
   EXPECT_EQ(frame::FormatOfNumber64(999), L"999");
-  EXPECT_EQ(frame::FormatOfNumber64(1000), L"1 000");
-  EXPECT_EQ(frame::FormatOfNumber64(1234567), L"1 234 567");
   EXPECT_EQ(frame::FormatOfNumber64(~0ULL), L"18 446 744 073 709 551 615");
-}
-
-TEST(Summary, TruncatesRatiosAndSurvivesExtremes) {
   EXPECT_EQ(frame::SizesText(0, 5), L"Size - 0 bytes, Packed - 5 bytes, Ratio - 0%");
-  EXPECT_EQ(frame::SizesText(100, 150), L"Size - 100 bytes, Packed - 150 bytes, Ratio - 150%");
+  EXPECT_EQ(frame::SizesText(1000, 1500),
+            L"Size - 1 000 bytes, Packed - 1 500 bytes, Ratio - 150%");
   EXPECT_EQ(frame::SizesText(3, 2), L"Size - 3 bytes, Packed - 2 bytes, Ratio - 66%");
   EXPECT_EQ(frame::PercentageOf(1ULL << 39, 1ULL << 40), 50);
   EXPECT_EQ(frame::ConvUInt64ToDouble((5ULL << 32) | 7), 5 * 4294967296.0 + 7);
@@ -43,10 +36,10 @@ TEST(Summary, FormatsLocalTimes) {
 }
 
 TEST(FolderMap, HashesUtf16Units) {
-  EXPECT_EQ(frame::HashKey(L""), 0U);
-  EXPECT_EQ(frame::HashKey(L"a"), 97U);
-  EXPECT_EQ(frame::HashKey(L"ab"), 3299U);
-  EXPECT_EQ(frame::HashKey(L"\U0001F600"), 0xD83DU * 33 + 0xDE00U);
+  for (const auto& [text, key] :
+       {std::pair(L"", 0U), {L"a", 97U}, {L"ab", 3299U}, {L"\U0001F600", 0xD83DU * 33 + 0xDE00U}}) {
+    EXPECT_EQ(frame::HashKey(text), key);
+  }
 }
 
 TEST(FolderMap, RegistersAncestorsOnce) {
@@ -84,20 +77,6 @@ TEST(CreateFolder, MakesMissingAncestorsAndReportsThem) {
   EXPECT_FALSE(frame::CreateFolder(state, L"", report));
   EXPECT_FALSE(frame::CreateFolder(state, L"not-there\\y", report));
   EXPECT_FALSE(testsupport::Exists("not-there"));
-}
-
-TEST(SetFileTimeModified, KeepsTheAccessTime) {
-  const TempFolder folder;
-  testsupport::WriteFile(folder.Path("a"), "");
-  const timespec times[] = {{1000, 0}, {2000, 0}};
-  utimensat(AT_FDCWD, folder.Path("a").c_str(), times, 0);
-  EXPECT_TRUE(frame::SetFileTimeModified(folder.LibraryPath("a"), 981173106));
-  struct stat status {};
-  stat(folder.Path("a").c_str(), &status);
-  EXPECT_EQ(status.st_atime, 1000);
-  EXPECT_EQ(status.st_mtime, 981173106);
-  EXPECT_FALSE(frame::SetFileTimeModified(folder.LibraryPath("a"), -5));
-  EXPECT_FALSE(frame::SetFileTimeModified(folder.LibraryPath("b"), 981173106));
 }
 
 TEST(PathGate, LetsOnlySingleHarmlessComponentsThrough) {

@@ -2,38 +2,22 @@
 // answer, and what the dialog shows.
 #include <fcntl.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <sys/xattr.h>
 
-#include "morvunp/morvunp.h"
-#include "support/fakehost.h"
-#include "support/isobuilder.h"
-#include "support/tempfolder.h"
+#include "support/imagetest.h"
 
 namespace {
 
 using testsupport::DialogAnswer;
-using testsupport::FakeHost;
-using testsupport::IsoBuilder;
-using testsupport::ReadFile;
-using testsupport::TempFolder;
+using testsupport::kCancel;
+using testsupport::kNo;
+using testsupport::kYesToAll;
 
-constexpr UINT kYes = 1003;
-constexpr UINT kYesToAll = 1004;
-constexpr UINT kNo = 1002;
-constexpr UINT kCancel = 1001;
-
-class Replace : public testing::Test {
+class Replace : public testsupport::ImageTest<testsupport::IsoBuilder> {
  protected:
   void SetUp() override {
-    host.Attach(unpacker);
-    unpacker.SetIni({.bConfirmReplace = 1});
-    for (const char* name : {"A.TXT", "B.TXT", "C.TXT"}) {
-      builder.Root().AddFile(std::string(name) + ";1", "new").date = {101, 2, 3, 4, 5, 6, 0};
-    }
-    testsupport::WriteFile(folder.Path("x.iso"), builder.Build());
-    ASSERT_TRUE(unpacker.OpenArchive(folder.LibraryPath("x.iso")));
+    Set({.bConfirmReplace = 1});
+    for (const char* name : {"A.TXT", "B.TXT", "C.TXT"}) builder.Root().AddFile(name, "new");
+    ASSERT_TRUE(OpenImage());
   }
 
   /// An existing file, with attributes of the host's system.
@@ -45,19 +29,11 @@ class Replace : public testing::Test {
     for (const char* name : {"A.TXT", "B.TXT", "C.TXT"}) Plant(name);
   }
 
-  bool Unpack() { return unpacker.UnpackArchive(folder.LibraryPath("out")); }
   std::string Contents() const {
     std::string contents;
-    for (const auto& [name, content] : testsupport::TreeOf(folder.Path("out"))) {
-      contents += content + ".";
-    }
+    for (const auto& [name, content] : Out()) contents += content + ".";
     return contents;
   }
-
-  TempFolder folder;
-  IsoBuilder builder;
-  FakeHost host;
-  CIsoUnpacker unpacker;
 };
 
 TEST_F(Replace, ShowsBothFiles) {
@@ -84,15 +60,6 @@ TEST_F(Replace, ShowsBothFiles) {
                                    testsupport::IconRequest{L".TXT", true}));
 }
 
-TEST_F(Replace, YesReplacesOneNoKeepsOne) {
-  PlantAll();
-  host.dialogAnswers = {DialogAnswer::Press(kYes), DialogAnswer::Press(kNo),
-                        DialogAnswer::Press(kYes)};
-  EXPECT_TRUE(Unpack());
-  EXPECT_EQ(Contents(), "new.old content.new.");
-  EXPECT_EQ(host.fileTreePaths.size(), 2U) << "a file that was kept is not reported";
-}
-
 TEST_F(Replace, CancelAndEscapeEndTheRun) {
   PlantAll();
   for (const DialogAnswer& answer : {DialogAnswer::Press(kCancel), DialogAnswer::Escape()}) {
@@ -115,7 +82,7 @@ TEST_F(Replace, YesToAllHoldsForOneKindUntilTheNextOpen) {
   EXPECT_EQ(answers.bYesToAllHidden, 0);
   host.dialogAnswers = {DialogAnswer::Press(kNo)};
   Unpack();
-  ASSERT_TRUE(unpacker.OpenArchive(folder.LibraryPath("x.iso")));
+  ASSERT_TRUE(Open());
   unpacker.GetIniYesToAll(answers);
   EXPECT_EQ(answers.bYesToAllNormal, 0);
 }
@@ -138,45 +105,33 @@ TEST_F(Replace, TellsTheKindsOfFilesApart) {
     Plant("A.TXT", kind.attributes);
     host.dialogs.clear();
     host.dialogAnswers = {DialogAnswer::Press(kYesToAll)};
-    ASSERT_TRUE(unpacker.UnpackFile(L"A.TXT", folder.LibraryPath("out")));
+    ASSERT_TRUE(Unpack(L"A.TXT"));
     EXPECT_EQ(host.dialogs.at(0).texts.at(1005), kind.message);
     INIYESTOALL answers;
     unpacker.GetIniYesToAll(answers);
     EXPECT_EQ(answers.*kind.answer, 1);
-    EXPECT_EQ(ReadFile(folder.Path("out/A.TXT")), "new");
+    EXPECT_EQ(Out("A.TXT"), "new");
     EXPECT_EQ(GetFileAttributesW(folder.LibraryPath("out/A.TXT").c_str()), FILE_ATTRIBUTE_NORMAL);
   }
 }
 
 TEST_F(Replace, DoesNotAskWhenTheSettingIsOff) {
-  Plant("A.TXT", FILE_ATTRIBUTE_READONLY);
-  unpacker.SetIni({});
-  EXPECT_TRUE(Unpack());
-  EXPECT_EQ(ReadFile(folder.Path("out/A.TXT")), "new");
-  EXPECT_TRUE(host.dialogs.empty());
-}
-
-TEST_F(Replace, ANewUnpackerForImagesDoesNotAsk) {
   PlantAll();
+  Set({});
+  EXPECT_TRUE(Unpack());
+  EXPECT_EQ(Contents(), "new.new.new.");
+  Plant("A.TXT", FILE_ATTRIBUTE_READONLY);
   CIsoUnpacker fresh;
-  ASSERT_TRUE(fresh.OpenArchive(folder.LibraryPath("x.iso")));
-  EXPECT_TRUE(fresh.UnpackArchive(folder.LibraryPath("out")));
+  ASSERT_TRUE(fresh.OpenArchive(folder.LibraryPath("x")));
+  EXPECT_TRUE(fresh.UnpackArchive(Target())) << "nor does a new unpacker for images";
   EXPECT_EQ(Contents(), "new.new.new.");
 }
 
-TEST_F(Replace, ADialogThatCannotRunCountsAsYes) {
-  Plant("A.TXT");
+TEST_F(Replace, ADialogThatCannotRunCountsAsYesAndFilesAreCutToTheirNewLength) {
+  testsupport::WriteFile(folder.Path("out/A.TXT"), std::string(100000, 'x'));
   host.dialogAnswers = {DialogAnswer::CannotRun()};
   EXPECT_TRUE(Unpack());
-  EXPECT_EQ(ReadFile(folder.Path("out/A.TXT")), "new");
-}
-
-TEST_F(Replace, AReplacedFileIsCutToItsNewLength) {
-  Plant("A.TXT");
-  testsupport::WriteFile(folder.Path("out/A.TXT"), std::string(100000, 'x'));
-  host.dialogAnswers = {DialogAnswer::Press(kYes)};
-  EXPECT_TRUE(Unpack());
-  EXPECT_EQ(ReadFile(folder.Path("out/A.TXT")), "new");
+  EXPECT_EQ(Out("A.TXT"), "new");
 }
 
 }  // namespace

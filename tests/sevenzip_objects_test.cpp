@@ -1,4 +1,5 @@
 // The objects that the 7-Zip engine is handed: counting, ids, streams, volumes.
+// What split sets hold when joined is looked at by fuzz/splitset.cpp.
 #include <gtest/gtest.h>
 
 #include "platform/text.h"
@@ -7,7 +8,6 @@
 #include "sevenzip/filestreams.h"
 #include "sevenzip/multistream.h"
 #include "sevenzip/opencallback.h"
-#include "sevenzip/property.h"
 #include "sevenzip/splithandler.h"
 #include "sevenzip/volumesequence.h"
 #include "support/tempfolder.h"
@@ -48,17 +48,6 @@ TEST(SevenZipObjects, AnswerTheirOwnIdsOnly) {
   EXPECT_EQ(AnswersOf(Create<C7zExtractCallback>()), "10000010000");
   EXPECT_EQ(AnswersOf(Create<NArchive::NSplit::CHandler>()), "10001100000");
   EXPECT_EQ(AnswersOf(Create<NCompress::CCopyCoder>()), "10000000010");
-}
-
-TEST(SevenZipObjects, CountTheirReferences) {
-  auto* const stream = new CInFileStream;
-  EXPECT_EQ(stream->AddRef(), 1U);
-  void* other = nullptr;
-  ASSERT_EQ(stream->QueryInterface(IStreamGetSize::kId, &other), S_OK);
-  EXPECT_EQ(stream->AddRef(), 3U);
-  EXPECT_EQ(stream->Release(), 2U);
-  EXPECT_EQ(static_cast<IStreamGetSize*>(other)->Release(), 1U);
-  EXPECT_EQ(stream->Release(), 0U);
 }
 
 TEST(SevenZipObjects, FileStreamsReadSeekAndCut) {
@@ -143,30 +132,6 @@ class SplitSet : public testing::Test {
   ComPtr<NArchive::NSplit::CHandler> handler = Create<NArchive::NSplit::CHandler>();
 };
 
-TEST_F(SplitSet, TellsOfItselfAsAnArchiveOfOneItem) {
-  DWORD count = 0;
-  handler->GetNumberOfItems(&count);
-  EXPECT_EQ(count, 1U);
-  Property value;
-  handler->GetProperty(0, kpidPath, value.Receive());
-  EXPECT_EQ(value.Text(), L"s");
-  handler->GetProperty(0, kpidPackSize, value.Receive());
-  EXPECT_EQ(value.Number64(), 300U);
-  handler->GetArchiveProperty(kpidNumVolumes, value.Receive());
-  EXPECT_EQ(value.Number32(), 3U);
-  BSTR name = nullptr;
-  PROPID id = 0;
-  VARTYPE type = 0;
-  EXPECT_EQ(handler->GetPropertyInfo(1, &name, &id, &type), S_OK);
-  EXPECT_EQ(id, kpidSize);
-  EXPECT_EQ(type, VT_UI8);
-  EXPECT_EQ(handler->GetPropertyInfo(2, &name, &id, &type), E_INVALIDARG);
-  EXPECT_EQ(handler->GetArchivePropertyInfo(1, &name, &id, &type), E_INVALIDARG);
-  handler->Close();
-  handler->GetNumberOfItems(&count);
-  EXPECT_EQ(count, 0U);
-}
-
 TEST_F(SplitSet, JoinsItsVolumesIntoOneStream) {
   ComPtr<ISequentialInStream> joined;
   EXPECT_EQ(handler->GetStream(1, joined.Receive()), E_INVALIDARG);
@@ -191,57 +156,6 @@ TEST_F(SplitSet, JoinsItsVolumesIntoOneStream) {
   EXPECT_EQ(stream->Seek(301, kSeekStart, nullptr), S_OK);
   EXPECT_EQ(stream->Read(buffer.data(), 1, &read), E_FAIL);
   EXPECT_EQ(stream->Seek(0, 3, nullptr), STG_E_INVALIDFUNCTION);
-}
-
-/// Collects what is unpacked; refuses to go on after `limit` bytes.
-class Collector final : public Component<Answers<ICompressProgressInfo>, ICompressProgressInfo,
-                                         IArchiveExtractCallback, ISequentialOutStream> {
- public:
-  HRESULT SetTotal(ULONGLONG value) override { return total = value, S_OK; }
-  HRESULT SetCompleted(const ULONGLONG* value) override {
-    return completed = *value, completed > limit ? E_ABORT : S_OK;
-  }
-  HRESULT SetRatioInfo(const ULONGLONG* in, const ULONGLONG*) override { return ratio = *in, S_OK; }
-  HRESULT GetStream(DWORD, ISequentialOutStream** stream, LONG mode) override {
-    askMode = mode;
-    if (mode != kAskExtract) return S_OK;
-    AddRef();
-    *stream = this;
-    return S_OK;
-  }
-  HRESULT PrepareOperation(LONG) override { return S_OK; }
-  HRESULT SetOperationResult(LONG value) override { return result = value, S_OK; }
-  HRESULT Write(const void* data, DWORD size, DWORD* processed) override {
-    *processed = size > 7 ? 7 : size;
-    bytes.append(static_cast<const char*>(data), *processed);
-    return S_OK;
-  }
-
-  std::string bytes;
-  ULONGLONG total = 0, completed = 0, ratio = 0, limit = 1000;
-  LONG askMode = -1, result = -1;
-};
-
-TEST_F(SplitSet, CopiesTheJoinedDataOut) {
-  const auto collector = Create<Collector>();
-  EXPECT_EQ(handler->Extract(nullptr, kAllItems, 0, collector.Get()), S_OK);
-  EXPECT_EQ(collector->bytes,
-            std::string(100, 'a') + std::string(100, 'b') + std::string(100, 'c'));
-  EXPECT_EQ(collector->total, 300U);
-  EXPECT_EQ(collector->completed, 300U);
-  EXPECT_EQ(collector->ratio, 300U);
-  EXPECT_EQ(collector->result, 0);
-
-  const DWORD first = 0;
-  const DWORD second = 1;
-  collector->bytes.clear();
-  EXPECT_EQ(handler->Extract(&first, 1, 1, collector.Get()), S_OK);
-  EXPECT_EQ(collector->askMode, kAskTest);
-  EXPECT_EQ(collector->bytes, "");
-  EXPECT_EQ(handler->Extract(&second, 1, 0, collector.Get()), E_INVALIDARG);
-  collector->limit = 150;
-  EXPECT_EQ(handler->Extract(&first, 1, 0, collector.Get()), E_ABORT);
-  EXPECT_EQ(collector->bytes.size(), 200U);
 }
 
 TEST_F(SplitSet, RefusesWhatIsNoFirstVolume) {

@@ -1,18 +1,13 @@
 // 7z archives, made by the engine's own command: what is listed, what comes out
 // and where, questions, passwords, split sets, damage.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
 
-#include "morvunp/morvunp.h"
-#include "platform/text.h"
 #include "support/command.h"
-#include "support/fakehost.h"
-#include "support/tempfolder.h"
+#include "support/unpacktest.h"
 
 namespace {
 
@@ -24,24 +19,14 @@ using testsupport::Exists;
 using testsupport::ReadFile;
 using testsupport::RunCommand;
 using testsupport::TreeOf;
+using testsupport::TypePassword;
 using testsupport::WriteFile;
-
-constexpr UINT kPasswordEdit = 1013;
-constexpr UINT kYes = 1003;
-constexpr UINT kNo = 1002;
-constexpr UINT kCancel = 1001;
 
 /// Text that compresses well but not to nothing.
 std::string Numbers(int count) {
   std::string text;
   for (int i = 0; i < count; ++i) text += std::to_string(i * 7919LL) + "\n";
   return text;
-}
-
-DialogAnswer Type(const std::wstring& password) {
-  DialogAnswer answer = DialogAnswer::Press(IDOK);
-  answer.typed = {{kPasswordEdit, password}};
-  return answer;
 }
 
 class TestedUnpacker : public C7zUnpacker {
@@ -51,13 +36,8 @@ class TestedUnpacker : public C7zUnpacker {
   using C7zUnpacker::m_strArchivePassword;
 };
 
-class SevenZip : public testing::Test {
+class SevenZip : public testsupport::UnpackTest<TestedUnpacker> {
  protected:
-  void SetUp() override {
-    mkdir(folder.Path("out").c_str(), 0777);
-    host.Attach(unpacker);
-  }
-
   /// A file of the tree that archives are made of.
   void Put(const std::string& name, const std::string& content) {
     WriteFile(folder.Path("in/" + name), content);
@@ -70,54 +50,24 @@ class SevenZip : public testing::Test {
   }
   /// Archives the tree with the engine's own command.
   void Make(const std::string& switches, const std::string& name = "x.7z") {
-    const std::string command = "cd '" + folder.Path("in") + "' && 7z a -bso0 -bsp0 " + switches +
-                                " '" + folder.Path(name) + "' .";
-    ASSERT_EQ(std::system(command.c_str()), 0) << command;
+    Run("cd '" + folder.Path("in") + "' && 7z a -bso0 -bsp0 " + switches + " '" +
+        folder.Path(name) + "' .");
   }
-  bool Open(const std::string& name = "x.7z") {
-    return unpacker.OpenArchive(folder.LibraryPath(name));
-  }
+  void Run(const std::string& command) { ASSERT_EQ(std::system(command.c_str()), 0) << command; }
   bool OpenSet(const std::string& name) {
     return unpacker.OpenMultiVolumeArchive(folder.LibraryPath(name));
   }
-  std::wstring Target() const { return folder.LibraryPath("out"); }
   std::map<std::string, std::string> In() const { return TreeOf(folder.Path("in")); }
-  std::map<std::string, std::string> Out() const { return TreeOf(folder.Path("out")); }
-  std::vector<std::string> Names() const {
-    std::vector<std::string> names;
-    for (const auto& [name, content] : Out()) names.push_back(name);
-    return names;
-  }
-  std::map<std::wstring, SEVENZIPFILEFULLINFO> Records() {
-    std::map<std::wstring, SEVENZIPFILEFULLINFO> records;
-    WalkItems<SEVENZIPFILEFULLINFO>(unpacker, [&](const SEVENZIPFILEFULLINFO& info) {
-      records[info.strPath] = info;
-      return true;
-    });
-    return records;
-  }
-  /// The user asks to stop as soon as `name` is being written.
-  void StopIn(const std::wstring& name, int answer) {
-    host.messageBoxAnswers = {answer};
-    host.onProgress = [this, name] {
-      if (host.progressMessages.back().name == name) host.PostStop();
-    };
-  }
-
-  testsupport::TempFolder folder;
-  testsupport::FakeHost host;
-  TestedUnpacker unpacker;
 };
 
 TEST_F(SevenZip, ListsFoldersAndFilesAsTheyAre) {
-  setenv("TZ", "UTC", 1);
-  tzset();
+  const testsupport::TimeZone zone("UTC");
   PutDocs();
-  ASSERT_EQ(std::system(("touch -d 2001-02-03T04:05:07Z " + folder.Path("in/docs/a.txt")).c_str()),
-            0);
+  Run("touch -d 2001-02-03T04:05:07Z " + folder.Path("in/docs/a.txt"));
   Make("-mx1 -ms=off");
-  ASSERT_TRUE(Open());
-  const auto records = Records();
+  ASSERT_TRUE(Open("x.7z"));
+  std::map<std::wstring, SEVENZIPFILEFULLINFO> records;
+  for (const auto& record : Records()) records[record.strPath] = record;
   const auto& top = records.at(L"docs");
   const auto& inner = records.at(L"docs\\img");
   const auto& file = records.at(L"docs\\a.txt");
@@ -148,15 +98,13 @@ TEST_F(SevenZip, AnswersNothingBeforeAWalkOrWithoutAnArchive) {
   EXPECT_FALSE(unpacker.FindFile());
   EXPECT_FALSE(unpacker.CloseArchive());
   EXPECT_EQ(unpacker.GetArchiveOutputInfo(), L"");
-  EXPECT_FALSE(unpacker.UnpackArchive(Target()));
-  EXPECT_FALSE(unpacker.UnpackFile(L"one", Target()));
   // The engine is there, but no file: what was made for it is released.
   EXPECT_FALSE(Open("none.7z"));
   EXPECT_TRUE(unpacker.CloseArchive());
 
   Put("one", "1");
   Make("");
-  ASSERT_TRUE(Open());
+  ASSERT_TRUE(Open("x.7z"));
   EXPECT_FALSE(unpacker.GetFileShortInfo(info));
   EXPECT_TRUE(unpacker.FindFile());
   EXPECT_FALSE(unpacker.FindNextFile());
@@ -179,42 +127,10 @@ TEST_F(SevenZip, UnpacksWhatEveryMethodPacked) {
     std::filesystem::remove_all(folder.Path("out"));
     mkdir(folder.Path("out").c_str(), 0777);
     Make(method);
-    ASSERT_TRUE(Open()) << method;
-    EXPECT_TRUE(unpacker.UnpackArchive(Target())) << method;
+    ASSERT_TRUE(Open("x.7z")) << method;
+    EXPECT_TRUE(Unpack()) << method;
     EXPECT_EQ(Out(), In()) << method;
   }
-}
-
-TEST_F(SevenZip, PutsItemsInTheirPlaces) {
-  PutDocs();
-  Make("");
-  ASSERT_TRUE(Open());
-  const struct {
-    INIUNPACK settings;
-    const wchar_t* folder;
-    std::vector<std::string> names;
-  } cases[] = {
-      {{.bUnpackArchiveNoPaths = 1}, nullptr, {"a.txt", "n.png", "readme", "zero"}},
-      {{}, L"docs\\img", {"docs/", "docs/img/", "docs/img/n.png"}},
-      {{.bUnpackFolderRelative = 1}, L"docs\\img", {"img/", "img/n.png"}},
-      {{}, L"do", {}},
-  };
-  for (const auto& [settings, path, names] : cases) {
-    const testsupport::TempFolder out;
-    unpacker.SetIni(settings);
-    EXPECT_TRUE(path != nullptr ? unpacker.UnpackFolder(path, out.LibraryPath())
-                                : unpacker.UnpackArchive(out.LibraryPath()));
-    std::vector<std::string> found;
-    for (const auto& [name, content] : TreeOf(out.Path())) found.push_back(name);
-    EXPECT_EQ(found, names);
-  }
-  unpacker.SetIni({.bUnpackFileNoPath = 1});
-  EXPECT_TRUE(unpacker.UnpackFile(L"docs\\img\\n.png", Target()));
-  unpacker.SetIni({});
-  EXPECT_TRUE(unpacker.UnpackFile(L"docs\\a.txt", Target()));
-  EXPECT_FALSE(unpacker.UnpackFile(L"none", Target()));
-  EXPECT_THAT(Names(), ElementsAre("docs/", "docs/a.txt", "n.png"));
-  EXPECT_EQ(host.fileTreePaths.back(), Target() + L"\\docs\\a.txt");
 }
 
 TEST_F(SevenZip, GivesFilesTheirTimesAndModesButNoSetUid) {
@@ -223,42 +139,15 @@ TEST_F(SevenZip, GivesFilesTheirTimesAndModesButNoSetUid) {
   chmod(folder.Path("in/run").c_str(), 04755);
   chmod(folder.Path("in/locked").c_str(), 0444);
   symlink("/etc/passwd", folder.Path("in/link").c_str());
-  ASSERT_EQ(std::system(("touch -d 2010-01-02T03:04:05Z " + folder.Path("in/run")).c_str()), 0);
+  Run("touch -d 2010-01-02T03:04:05Z " + folder.Path("in/run"));
   Make("-snl");
-  ASSERT_TRUE(Open());
-  EXPECT_TRUE(unpacker.UnpackArchive(Target()));
-  struct stat run {};
-  struct stat locked {};
-  ASSERT_EQ(lstat(folder.Path("out/run").c_str(), &run), 0);
-  ASSERT_EQ(lstat(folder.Path("out/locked").c_str(), &locked), 0);
-  EXPECT_EQ(run.st_mode & 07777, 0755U);
-  EXPECT_EQ(run.st_mtim.tv_sec, 1262401445);
-  EXPECT_EQ(locked.st_mode & 07777, 0444U);
+  ASSERT_TRUE(Open("x.7z"));
+  EXPECT_TRUE(Unpack());
+  EXPECT_EQ(StatusOf("run").st_mode & 07777, 0755U);
+  EXPECT_EQ(StatusOf("run").st_mtim.tv_sec, 1262401445);
+  EXPECT_EQ(StatusOf("locked").st_mode & 07777, 0444U);
   // A link stays a file that says where it led.
   EXPECT_EQ(Out().at("link"), "/etc/passwd");
-}
-
-TEST_F(SevenZip, AsksBeforeItReplaces) {
-  for (const char* name : {"a", "b", "c"}) Put(name, std::string("new ") + name);
-  Make("");
-  ASSERT_TRUE(Open());
-  const auto fill = [&] {
-    for (const char* name : {"a", "b", "c"}) WriteFile(folder.Path("out/") + name, "old");
-  };
-  fill();
-  host.dialogAnswers = {DialogAnswer::Press(kNo), DialogAnswer::Press(kYes),
-                        DialogAnswer::Press(kCancel)};
-  EXPECT_FALSE(unpacker.UnpackArchive(Target()));
-  EXPECT_EQ(Out(),
-            (std::map<std::string, std::string>{{"a", "old"}, {"b", "new b"}, {"c", "old"}}));
-  EXPECT_EQ(host.dialogs.size(), 3U);
-
-  // A protected file loses its protection, and only when it is to be replaced.
-  fill();
-  chmod(folder.Path("out/a").c_str(), 0444);
-  host.dialogAnswers = {DialogAnswer::Press(kYes)};
-  EXPECT_TRUE(unpacker.UnpackFile(L"a", Target()));
-  EXPECT_EQ(ReadFile(folder.Path("out/a")), "new a");
 }
 
 TEST_F(SevenZip, DeletesOnlyTheFileThatWasBeingWritten) {
@@ -266,39 +155,31 @@ TEST_F(SevenZip, DeletesOnlyTheFileThatWasBeingWritten) {
   Put("2", Numbers(400000));
   Put("3", "three");
   Make("-mx1 -m0=lzma -ms=on");
-  ASSERT_TRUE(Open());
-  StopIn(L"2", IDYES);
-  EXPECT_FALSE(unpacker.UnpackArchive(Target()));
+  ASSERT_TRUE(Open("x.7z"));
+  StopIn(L"2", {IDYES});
+  EXPECT_FALSE(Unpack());
   EXPECT_THAT(Names(), ElementsAre("1"));
 
-  StopIn(L"2", IDNO);
-  unpacker.SetIni({});
-  EXPECT_TRUE(unpacker.UnpackArchive(Target()));
+  StopIn(L"2", {IDNO});
+  Set({});
+  EXPECT_TRUE(Unpack());
   EXPECT_THAT(Names(), ElementsAre("1", "2", "3"));
 
   // The engine decodes what comes before: a stop there has no file to delete.
   WriteFile(folder.Path("out/3"), "mine");
-  StopIn(L"3", IDYES);
-  EXPECT_FALSE(unpacker.UnpackFile(L"3", Target()));
-  EXPECT_EQ(ReadFile(folder.Path("out/3")), "mine");
-
-  host.messageBoxAnswers = {IDYES};
-  host.onProgress = [this] {
-    if (host.progressMessages.back().percentage >= 80) host.PostStop();
-  };
-  unpacker.SetIni({.bConfirmReplace = 0});
-  EXPECT_FALSE(unpacker.UnpackFile(L"2", Target()));
-  EXPECT_FALSE(Exists(folder.Path("out/2")));
+  StopIn(L"3", {IDYES});
+  EXPECT_FALSE(Unpack(L"3"));
+  EXPECT_EQ(Out("3"), "mine");
 }
 
 TEST_F(SevenZip, AsksForPasswordsOncePerOperation) {
   Put("a", Numbers(1000));
   Put("b", Numbers(1001));
   Make("-p'p\xC3\xA4ss\xF0\x9F\x98\x80'");
-  ASSERT_TRUE(Open());
+  ASSERT_TRUE(Open("x.7z"));
   EXPECT_THAT(host.dialogs, IsEmpty());
-  host.dialogAnswers = {Type(L"p\u00e4ss\U0001F600")};
-  EXPECT_TRUE(unpacker.UnpackArchive(Target()));
+  host.dialogAnswers = {TypePassword(L"p\u00e4ss\U0001F600")};
+  EXPECT_TRUE(Unpack());
   EXPECT_EQ(Out(), In());
   host.dialogAnswers = {DialogAnswer::Escape()};
   EXPECT_FALSE(unpacker.UnpackFile(L"a", folder.LibraryPath("in")));
@@ -308,17 +189,18 @@ TEST_F(SevenZip, AsksForPasswordsOncePerOperation) {
 TEST_F(SevenZip, OpensEncryptedNamesWithTheirPasswordOnly) {
   Put("a", "secret");
   Make("-pright -mhe");
-  for (const DialogAnswer& wrong : {Type(L"wrong"), Type(L""), DialogAnswer::Escape()}) {
+  for (const DialogAnswer& wrong :
+       {TypePassword(L"wrong"), TypePassword(L""), DialogAnswer::Escape()}) {
     host.dialogAnswers = {wrong};
-    EXPECT_FALSE(Open());
+    EXPECT_FALSE(Open("x.7z"));
     EXPECT_FALSE(unpacker.FindFile());
   }
   EXPECT_EQ(unpacker.m_bPasswordKnown, 0);
-  host.dialogAnswers = {Type(L"right")};
-  EXPECT_TRUE(Open());
+  host.dialogAnswers = {TypePassword(L"right")};
+  EXPECT_TRUE(Open("x.7z"));
   EXPECT_EQ(unpacker.m_strArchivePassword, L"right");
   unpacker.m_bReusePassword = 1;
-  EXPECT_TRUE(Open());
+  EXPECT_TRUE(Open("x.7z"));
   EXPECT_EQ(Records().size(), 1U);
 }
 
@@ -326,7 +208,7 @@ TEST_F(SevenZip, OpensSplitSetsFromTheirFirstVolume) {
   Put("n", Numbers(30000));
   Make("-mx0 -v70k");
   ASSERT_TRUE(OpenSet("x.7z.001"));
-  EXPECT_TRUE(unpacker.UnpackArchive(Target()));
+  EXPECT_TRUE(Unpack());
   EXPECT_EQ(Out(), In());
   EXPECT_FALSE(OpenSet("x.7z.002"));
   EXPECT_FALSE(OpenSet("x.7z.0001"));
@@ -338,65 +220,27 @@ TEST_F(SevenZip, OpensSplitSetsFromTheirFirstVolume) {
   }
   std::filesystem::remove(folder.Path("out/n"));
   ASSERT_TRUE(OpenSet("y.AA"));
-  EXPECT_TRUE(unpacker.UnpackArchive(Target()));
+  EXPECT_TRUE(Unpack());
   EXPECT_EQ(Out(), In());
   // A set ends at the first volume that is missing.
   std::filesystem::remove(folder.Path("y.AC"));
   EXPECT_FALSE(OpenSet("y.AA"));
 }
 
-TEST_F(SevenZip, WritesNothingOutsideTheTarget) {
-  const std::map<std::string, std::string> names{{"1", "../planted"},
-                                                 {"2", "d/../../planted"},
-                                                 {"3", "/planted"},
-                                                 {"4", "link/planted"},
-                                                 {"5", "planted"}};
-  for (const auto& [name, renamed] : names) Put(name, "evil");
-  Put("good", "good");
-  Make("-mx1");
-  for (const auto& [name, renamed] : names) {
-    const std::string command =
-        "7z rn -bso0 -bsp0 '" + folder.Path("x.7z") + "' " + name + " '" + renamed + "'";
-    ASSERT_EQ(std::system(command.c_str()), 0);
-  }
-  WriteFile(folder.Path("planted"), "mine");
-  mkdir(folder.Path("elsewhere").c_str(), 0777);
-  WriteFile(folder.Path("elsewhere/planted"), "mine");
-  symlink("../elsewhere", folder.Path("out/link").c_str());
-  symlink("../planted", folder.Path("out/planted").c_str());
-  ASSERT_TRUE(Open());
-  unpacker.SetIni({.bConfirmReplace = 0});
-  EXPECT_TRUE(unpacker.UnpackArchive(Target()));
-  EXPECT_EQ(ReadFile(folder.Path("planted")), "mine");
-  EXPECT_EQ(ReadFile(folder.Path("elsewhere/planted")), "mine");
-  EXPECT_THAT(Names(), ElementsAre("good", "link@", "planted@"));
-}
-
-TEST_F(SevenZip, NeverOverwritesTheArchiveItself) {
-  Put("x.7z", "an item of the archive's own name");
-  Make("");
-  const std::string bytes = ReadFile(folder.Path("x.7z"));
-  ASSERT_TRUE(Open());
-  unpacker.SetIni({.bConfirmReplace = 0});
-  EXPECT_FALSE(unpacker.UnpackArchive(folder.LibraryPath()));
-  EXPECT_EQ(ReadFile(folder.Path("x.7z")), bytes);
-}
-
 TEST_F(SevenZip, NamesAnItemWithoutANameAfterTheArchive) {
   Put("data", "nameless");
-  const std::string command =
-      "7z a -bso0 -bsp0 -si '" + folder.Path("set.tar.7z") + "' < '" + folder.Path("in/data") + "'";
-  ASSERT_EQ(std::system(command.c_str()), 0);
+  Run("7z a -bso0 -bsp0 -si '" + folder.Path("set.tar.7z") + "' < '" + folder.Path("in/data") +
+      "'");
   ASSERT_TRUE(Open("set.tar.7z"));
-  EXPECT_TRUE(unpacker.UnpackArchive(Target()));
+  EXPECT_TRUE(Unpack());
   EXPECT_THAT(Names(), ElementsAre("set.tar"));
 }
 
 TEST_F(SevenZip, IsTheSameAfterAThousandOpens) {
   Put("a", "1");
   Make("");
-  for (int i = 0; i < 1000; ++i) ASSERT_TRUE(Open()) << i;
-  EXPECT_TRUE(unpacker.UnpackArchive(Target()));
+  for (int i = 0; i < 1000; ++i) ASSERT_TRUE(Open("x.7z")) << i;
+  EXPECT_TRUE(Unpack());
 }
 
 // The command.
@@ -412,7 +256,7 @@ TEST_F(SevenZip, CommandTellsDamageFromSuccess) {
   EXPECT_EQ(result.exitCode, 1);
   EXPECT_THAT(result.errors, HasSubstr("a: wrong content: damaged in the archive\n"));
   EXPECT_THAT(result.errors, Not(HasSubstr("b:")));
-  EXPECT_EQ(ReadFile(folder.Path("out/b")), Numbers(3001));
+  EXPECT_EQ(Out("b"), Numbers(3001));
 
   bytes[bytes.size() - 3] = static_cast<char>(bytes[bytes.size() - 3] ^ 1);
   WriteFile(folder.Path("x.7z"), bytes);

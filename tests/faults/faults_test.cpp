@@ -7,17 +7,14 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <optional>
 
 #include "faults/faults.h"
 #include "morvunp/morvunp.h"
+#include "support/archives.h"
 #include "support/cabbuilder.h"
-#include "support/isobuilder.h"
-#include "support/rarbuilder.h"
 #include "support/tempfolder.h"
-#include "support/udfbuilder.h"
 
 namespace {
 
@@ -38,19 +35,11 @@ std::string Big() {
 /// What every archive here holds, in this order.
 const Tree kContent{{"D/", ""}, {"D/A.TXT", "small"}, {"Z.BIN", Big()}};
 
-void WriteIso(const TempFolder& folder) {
-  testsupport::IsoBuilder builder;
-  builder.Root().AddFolder("D").AddFile("A.TXT", kContent.at("D/A.TXT"));
-  builder.Root().AddFile("Z.BIN", kContent.at("Z.BIN"));
-  testsupport::WriteFile(folder.Path("x"), builder.Build());
-}
-
-void WriteUdf(const TempFolder& folder) {
-  testsupport::UdfBuilder builder;
-  auto& small = builder.Root().AddFolder("D").AddFile("A.TXT", kContent.at("D/A.TXT"));
-  small.allocation = testsupport::kUdfEmbedded;
-  builder.Root().AddFile("Z.BIN", kContent.at("Z.BIN")).fragments = 3;
-  testsupport::WriteFile(folder.Path("x"), builder.Build());
+template <void (*write)(const std::string&, const testsupport::Items&)>
+void Write(const TempFolder& folder) {
+  testsupport::Items items;
+  for (const auto& [path, data] : kContent) items.push_back({path, data});
+  write(folder.Path("x"), items);
 }
 
 void WriteCabinets(const TempFolder& folder) {
@@ -60,24 +49,6 @@ void WriteCabinets(const TempFolder& folder) {
   const auto set = builder.BuildSet(100'000, {"x", "2.cab"});
   testsupport::WriteFile(folder.Path("x"), set.at(0));
   testsupport::WriteFile(folder.Path("2.cab"), set.at(1));
-}
-
-void WriteRar(const TempFolder& folder) {
-  testsupport::RarBuilder builder;
-  builder.Add({.path = "D", .mode = 040755, .isFolder = true});
-  builder.Add({.path = "D/A.TXT", .data = kContent.at("D/A.TXT")});
-  builder.Add({.path = "Z.BIN", .data = kContent.at("Z.BIN")});
-  testsupport::WriteFile(folder.Path("x"), builder.Build());
-}
-
-void Write7z(const TempFolder& folder) {
-  const TempFolder files;
-  testsupport::WriteFile(files.Path("D/A.TXT"), kContent.at("D/A.TXT"));
-  testsupport::WriteFile(files.Path("Z.BIN"), kContent.at("Z.BIN"));
-  const std::string command = "cd '" + files.Path() + "' && 7z a -bd -ms=off -mx=1 -t7z '" +
-                              folder.Path("x.7z") + "' D Z.BIN >/dev/null && mv '" +
-                              folder.Path("x.7z") + "' '" + folder.Path("x") + "'";
-  ASSERT_EQ(std::system(command.c_str()), 0);
 }
 
 template <class U>
@@ -280,17 +251,17 @@ TEST_P(Faults, AFullDiskFailsTheFileThatDoesNotFit) {
   signal(SIGXFSZ, SIG_DFL);
 }
 
-const Format kRar{"Rar", WriteRar, Unpack<CRarUnpacker>, false, false};
+const Format kRar{"Rar", Write<testsupport::WriteRar>, Unpack<CRarUnpacker>, false, false};
 
 std::string NameOf(const testing::TestParamInfo<Format>& test) { return test.param.name; }
 
-INSTANTIATE_TEST_SUITE_P(Formats, Faults,
-                         testing::Values(Format{"Iso", WriteIso, Unpack<CIsoUnpacker>},
-                                         Format{"Udf", WriteUdf, Unpack<CIsoUnpacker>},
-                                         Format{"Cabinet", WriteCabinets, Unpack<CCabUnpacker>},
-                                         kRar,
-                                         Format{"SevenZip", Write7z, Unpack<C7zUnpacker>, false}),
-                         NameOf);
+INSTANTIATE_TEST_SUITE_P(
+    Formats, Faults,
+    testing::Values(Format{"Iso", Write<testsupport::WriteIso>, Unpack<CIsoUnpacker>},
+                    Format{"Udf", Write<testsupport::WriteUdf>, Unpack<CIsoUnpacker>},
+                    Format{"Cabinet", WriteCabinets, Unpack<CCabUnpacker>}, kRar,
+                    Format{"SevenZip", Write<testsupport::Write7z>, Unpack<C7zUnpacker>, false}),
+    NameOf);
 INSTANTIATE_TEST_SUITE_P(Formats, RarFaults, testing::Values(kRar), NameOf);
 
 }  // namespace

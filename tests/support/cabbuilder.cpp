@@ -5,16 +5,12 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "support/bytes.h"
+
 namespace testsupport {
 namespace {
 
 constexpr std::size_t kBlockSize = 32768;
-
-std::string Number(std::uint64_t value, unsigned bytes) {
-  std::string text;
-  for (unsigned i = 0; i < bytes; ++i) text += static_cast<char>(value >> 8 * i);
-  return text;
-}
 
 /// Deflates with the 32 KiB in front of a block as its history.
 std::string Deflate(std::string_view history, std::string_view data) {
@@ -79,10 +75,10 @@ std::vector<CabBlock> CabBuilder::Pack(const CabFolder& folder) {
 }
 
 std::string CabBuilder::BlockBytes(const CabBlock& block) const {
-  const std::string sizes = Number(block.packed.size(), 2) + Number(block.size, 2);
+  const std::string sizes = Little(block.packed.size(), 2) + Little(block.size, 2);
   const std::string reserve(blockReserve, 'r');
   const std::uint32_t sum = Sum(sizes + (sumsReserve ? reserve : ""), Sum(block.packed, 0));
-  return Number(hasChecksums ? sum : 0, 4) + sizes + reserve + block.packed;
+  return Little(hasChecksums ? sum : 0, 4) + sizes + reserve + block.packed;
 }
 
 std::string CabBuilder::Assemble(const std::vector<Part>& parts, const std::vector<Entry>& entries,
@@ -91,13 +87,13 @@ std::string CabBuilder::Assemble(const std::vector<Part>& parts, const std::vect
   std::string reserves;
   if (headerReserve + folderReserve + blockReserve != 0) {
     flags |= 4;
-    reserves = Number(headerReserve, 2) + Number(folderReserve, 1) + Number(blockReserve, 1) +
+    reserves = Little(headerReserve, 2) + Little(folderReserve, 1) + Little(blockReserve, 1) +
                std::string(headerReserve, 'R');
   }
   std::string table;
   for (const auto& [file, offset, folder] : entries) {
-    table += Number(file->data.size(), 4) + Number(offset, 4) + Number(folder, 2) +
-             Number(file->date, 2) + Number(file->time, 2) + Number(file->attribs, 2) + file->name +
+    table += Little(file->data.size(), 4) + Little(offset, 4) + Little(folder, 2) +
+             Little(file->date, 2) + Little(file->time, 2) + Little(file->attribs, 2) + file->name +
              '\0';
   }
   const std::size_t filesAt =
@@ -105,13 +101,13 @@ std::string CabBuilder::Assemble(const std::vector<Part>& parts, const std::vect
   std::string folderBytes;
   std::string data;
   for (const Part& part : parts) {
-    folderBytes += Number(filesAt + table.size() + data.size(), 4) + Number(part.blocks.size(), 2) +
-                   Number(part.method, 2) + std::string(folderReserve, 'f');
+    folderBytes += Little(filesAt + table.size() + data.size(), 4) + Little(part.blocks.size(), 2) +
+                   Little(part.method, 2) + std::string(folderReserve, 'f');
     for (const CabBlock& block : part.blocks) data += BlockBytes(block);
   }
-  return "MSCF" + Number(0, 4) + Number(filesAt + table.size() + data.size(), 4) + Number(0, 4) +
-         Number(filesAt, 4) + Number(0, 4) + "\x03\x01" + Number(parts.size(), 2) +
-         Number(entries.size(), 2) + Number(flags, 2) + Number(setId, 2) + Number(index, 2) +
+  return "MSCF" + Little(0, 4) + Little(filesAt + table.size() + data.size(), 4) + Little(0, 4) +
+         Little(filesAt, 4) + Little(0, 4) + "\x03\x01" + Little(parts.size(), 2) +
+         Little(entries.size(), 2) + Little(flags, 2) + Little(setId, 2) + Little(index, 2) +
          reserves + neighbours + folderBytes + table + data;
 }
 

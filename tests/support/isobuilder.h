@@ -10,16 +10,16 @@
 
 #include <array>
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
 
+#include "support/treenode.h"
+
 namespace testsupport {
 
-inline constexpr std::uint8_t kIsoFlagHidden = 0x01;
 inline constexpr std::uint8_t kIsoFlagFolder = 0x02;
 inline constexpr std::uint8_t kIsoFlagMultiExtent = 0x80;
 
@@ -27,29 +27,13 @@ inline constexpr std::uint8_t kIsoFlagMultiExtent = 0x80;
 using IsoDate = std::array<std::uint8_t, 7>;
 inline constexpr IsoDate kIsoDefaultDate = {101, 2, 3, 4, 5, 6, 0};
 
-/// One directory record and what it leads to. An override changes what is
+/// One directory record and what it leads to. The name is any bytes, at most
+/// 255; a file's own version suffix is part of it. An override changes what is
 /// written into the record, never where things are laid out.
-struct IsoNode {
-  IsoNode& AddFile(std::string name, std::string bytes = {});
-  IsoNode& AddFolder(std::string name);
-
-  /// Any bytes, at most 255. A file's own version suffix is part of it.
-  std::string identifier;
-  bool isFolder = false;
-  /// Of a file.
-  std::string content;
-  /// Of a folder, recorded in this order.
-  std::vector<std::unique_ptr<IsoNode>> children;
-  /// Leaves out the records of the folder itself and of its parent.
-  bool omitDotRecords = false;
-
-  bool hidden = false;
+struct IsoNode : TreeNode<IsoNode> {
   IsoDate date = kIsoDefaultDate;
   /// Blocks before the content that hold an extended attribute record.
   std::uint8_t extendedAttributeBlocks = 0;
-  std::uint8_t fileUnitSize = 0;
-  std::uint8_t interleaveGap = 0;
-  std::uint16_t volumeSequenceNumber = 1;
   /// Bytes after the identifier and its padding.
   std::string systemUse;
 
@@ -70,13 +54,6 @@ struct IsoOptions {
   std::vector<std::string> descriptorsBefore;
   std::vector<std::string> descriptorsAfter;
   bool hasPrimary = true;
-  bool hasTerminator = true;
-  /// A record that would cross a multiple of this many bytes starts behind it
-  /// instead, zeros before it. 0: records follow each other without gaps.
-  /// Unset: the block size.
-  std::optional<std::uint32_t> recordBoundary;
-  std::string systemIdentifier = "SYSTEM";
-  std::string volumeIdentifier = "VOLUME";
 };
 
 /// 2048 bytes that are zero behind type, standard identifier and version.
@@ -110,8 +87,6 @@ class IsoBuilder {
     /// Bytes of content or, for a folder, of its whole extent.
     std::uint32_t length = 0;
     std::size_t record = 0;
-    /// Of a folder: position in the path tables, from 1.
-    std::uint16_t number = 0;
   };
   struct Folder {
     const IsoNode* node;
@@ -121,10 +96,9 @@ class IsoBuilder {
   void ListFolders();
   std::uint32_t BlocksOf(std::size_t bytes) const;
   std::uint32_t Allocate(const IsoNode& node, std::uint32_t length);
-  std::string PathTable(bool bigEndian) const;
   std::string Record(const IsoNode& node, std::string_view identifier) const;
   std::string FolderExtent(const Folder& folder, std::size_t offset);
-  std::string Primary(std::uint32_t pathTableBytes, std::uint32_t little, std::uint32_t big) const;
+  std::string Primary() const;
 
   IsoNode m_root;
   IsoOptions m_options;

@@ -2,13 +2,15 @@
 
 #include <string_view>
 
+#include "support/bytes.h"
+
 namespace testsupport {
 namespace {
 
 using namespace std::string_view_literals;
 
-constexpr std::uint32_t kModified = 1706933106;     // 2024-02-03 04:05:06 UTC
-constexpr std::uint32_t kDosModified = 0x584320A3;  // the same, local
+constexpr std::uint32_t kModified = 981173106;      // 2001-02-03 04:05:06 UTC
+constexpr std::uint32_t kDosModified = 0x2A4320A3;  // the same, local
 constexpr unsigned kHasExtra = 1;
 constexpr unsigned kHasData = 2;
 constexpr unsigned kSplitBefore = 8;
@@ -20,12 +22,6 @@ std::uint32_t Crc32(std::string_view bytes) {
     for (int bit = 0; bit < 8; ++bit) crc = crc >> 1 ^ (crc & 1 ? 0xEDB88320 : 0);
   }
   return ~crc;
-}
-
-std::string Little(std::uint64_t value, int length) {
-  std::string bytes;
-  for (int i = 0; i < length; ++i) bytes += static_cast<char>(value >> 8 * i & 0xFF);
-  return bytes;
 }
 
 /// Seven bits a byte, the lowest first.

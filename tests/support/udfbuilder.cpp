@@ -13,31 +13,18 @@ constexpr std::size_t kSequenceOffset = 49152;
 /// Stands where nothing may be read: between pieces and behind the last byte.
 constexpr char kFiller = '\xDB';
 
-std::string Bytes(std::uint64_t value, std::size_t count) {
-  std::string bytes;
-  for (std::size_t i = 0; i < count; ++i) {
-    bytes.push_back(static_cast<char>(value >> (8 * i) & 0xFF));
-  }
-  return bytes;
-}
-
-void Put(std::string& target, std::size_t offset, std::string_view bytes) {
-  if (target.size() < offset + bytes.size()) target.resize(offset + bytes.size());
-  target.replace(offset, bytes.size(), bytes);
-}
-
 /// A descriptor with its tag; the checksum is right as long as the tag's
 /// bytes stay.
 std::string Descriptor(std::uint16_t identifier, std::uint32_t location, std::size_t size) {
   std::string descriptor(size, '\0');
-  Put(descriptor, 0, Bytes(identifier, 2) + Bytes(2, 2));
-  Put(descriptor, 12, Bytes(location, 4));
+  Put(descriptor, 0, Little(identifier, 2) + Little(2, 2));
+  Put(descriptor, 12, Little(location, 4));
   FixTag(descriptor, 0);
   return descriptor;
 }
 
 std::string LongDescriptor(const UdfExtent& extent) {
-  return Bytes(extent.length, 4) + Bytes(extent.location, 4) + Bytes(extent.partition, 2) +
+  return Little(extent.length, 4) + Little(extent.location, 4) + Little(extent.partition, 2) +
          std::string(6, '\0');
 }
 
@@ -59,29 +46,15 @@ std::string MakeUdfDescriptors(const std::vector<UdfExtent>& extents, std::uint8
   std::string bytes;
   for (const UdfExtent& extent : extents) {
     bytes += type == kUdfLong ? LongDescriptor(extent)
-                              : Bytes(extent.length, 4) + Bytes(extent.location, 4);
+                              : Little(extent.length, 4) + Little(extent.location, 4);
   }
   return bytes;
 }
 
 std::string MakeUdfAllocationExtent(const std::string& descriptors) {
   std::string bytes = Descriptor(kUdfAllocationExtentTag, 0, 24);
-  Put(bytes, 20, Bytes(descriptors.size(), 4));
+  Put(bytes, 20, Little(descriptors.size(), 4));
   return bytes + descriptors;
-}
-
-UdfNode& UdfNode::AddFile(std::string nodeName, std::string bytes) {
-  auto& node = *children.emplace_back(std::make_unique<UdfNode>());
-  node.name = std::move(nodeName);
-  node.content = std::move(bytes);
-  return node;
-}
-
-UdfNode& UdfNode::AddFolder(std::string nodeName) {
-  auto& node = *children.emplace_back(std::make_unique<UdfNode>());
-  node.name = std::move(nodeName);
-  node.isFolder = true;
-  return node;
 }
 
 UdfBuilder::UdfBuilder() { AddVolume(); }
@@ -182,8 +155,8 @@ std::string UdfBuilder::Identifier(const UdfNode& target, std::string_view ident
     use = overrides->implementationUse;
   }
   std::string bytes = Descriptor(257, 0, kUdfIdentifierSize);
-  Put(bytes, 16, Bytes(1, 2) + Bytes(characteristics, 1) + Bytes(identifier.size(), 1));
-  Put(bytes, 20, LongDescriptor(icb) + Bytes(use.size(), 2));
+  Put(bytes, 16, Little(1, 2) + Little(characteristics, 1) + Little(identifier.size(), 1));
+  Put(bytes, 20, LongDescriptor(icb) + Little(use.size(), 2));
   bytes += use;
   bytes += identifier;
   bytes.resize((bytes.size() + 3) / 4 * 4);
@@ -215,33 +188,33 @@ std::string UdfBuilder::Entry(const UdfNode& node, const std::string& content) c
   for (const UdfExtent& extent : place.extents) blocks += BlocksOf(extent.length);
   std::string entry = Descriptor(node.tag, place.block, kUdfEntrySize);
   // Strategy 4, one entry at most (ECMA-167 4/14.6).
-  Put(entry, 20, Bytes(4, 2) + Bytes(0, 2) + Bytes(1, 2));
-  Put(entry, 27, Bytes(node.fileType.value_or(node.isFolder ? 4 : 5), 1));
-  Put(entry, 34, Bytes(node.allocation, 2));
-  Put(entry, 48, Bytes(1, 2));
-  Put(entry, 56, Bytes(node.informationLength.value_or(content.size()), 8));
-  Put(entry, 64, Bytes(node.blocksRecorded.value_or(blocks), 8));
+  Put(entry, 20, Little(4, 2) + Little(0, 2) + Little(1, 2));
+  Put(entry, 27, Little(node.fileType.value_or(node.isFolder ? 4 : 5), 1));
+  Put(entry, 34, Little(node.allocation, 2));
+  Put(entry, 48, Little(1, 2));
+  Put(entry, 56, Little(node.informationLength.value_or(content.size()), 8));
+  Put(entry, 64, Little(node.blocksRecorded.value_or(blocks), 8));
   Put(entry, 72, View(node.accessed));
   Put(entry, 84, View(node.modified));
   Put(entry, 96, View(node.modified));
-  Put(entry, 168, Bytes(node.extendedAttributes.size(), 4) + Bytes(data.size(), 4));
+  Put(entry, 168, Little(node.extendedAttributes.size(), 4) + Little(data.size(), 4));
   return entry + node.extendedAttributes + data;
 }
 
 std::string UdfBuilder::VolumeDescriptor(const UdfVolume& volume) const {
   std::string bytes = Descriptor(6, 0, 440);
   Put(bytes, 84, std::string_view("\x08VOLUME"));
-  Put(bytes, 212, Bytes(m_options.sectorSize, 4));
+  Put(bytes, 212, Little(m_options.sectorSize, 4));
   Put(bytes, 248, LongDescriptor({m_options.sectorSize, 0, 0}));
   const auto maps = volume.maps.value_or(std::vector<UdfMap>{{1, 6, volume.partitionNumber}});
   std::string table;
   for (const UdfMap& map : maps) {
     std::string bytesOfMap =
-        Bytes(map.type, 1) + Bytes(map.length, 1) + Bytes(1, 2) + Bytes(map.partition, 2);
+        Little(map.type, 1) + Little(map.length, 1) + Little(1, 2) + Little(map.partition, 2);
     if (map.length > bytesOfMap.size()) bytesOfMap.resize(map.length);
     table += bytesOfMap;
   }
-  Put(bytes, 264, Bytes(table.size(), 4) + Bytes(maps.size(), 4));
+  Put(bytes, 264, Little(table.size(), 4) + Little(maps.size(), 4));
   return bytes + table;
 }
 
@@ -251,17 +224,15 @@ void UdfBuilder::WriteSequence(std::string& image) const {
     Put(image, offset + 1, m_options.recognition[i] + '\1');
   }
   const auto sector = static_cast<std::uint32_t>(kSequenceOffset / m_options.sectorSize);
-  if (m_options.hasAnchor) {
-    const std::string extent =
-        Bytes(m_options.sequenceSectors * m_options.sectorSize, 4) + Bytes(sector, 4);
-    std::string anchor = Descriptor(2, 256, 512);
-    Put(anchor, 16, extent + extent);
-    Put(image, AnchorOffset(), anchor);
-  }
+  const std::string extent =
+      Little(m_options.sequenceSectors * m_options.sectorSize, 4) + Little(sector, 4);
+  std::string anchor = Descriptor(2, 256, 512);
+  Put(anchor, 16, extent + extent);
+  Put(image, AnchorOffset(), anchor);
   for (std::size_t i = 0; i < m_volumes.size(); ++i) {
     std::string partition = Descriptor(5, 0, 512);
-    Put(partition, 20, Bytes(1, 2) + Bytes(m_volumes[i]->partitionNumber, 2));
-    Put(partition, 188, Bytes(m_starts[i], 4) + Bytes(m_lengths[i], 4));
+    Put(partition, 20, Little(1, 2) + Little(m_volumes[i]->partitionNumber, 2));
+    Put(partition, 188, Little(m_starts[i], 4) + Little(m_lengths[i], 4));
     Put(image, PartitionDescriptorOffset(i), partition);
     Put(image, VolumeDescriptorOffset(i), VolumeDescriptor(*m_volumes[i]));
   }

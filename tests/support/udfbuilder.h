@@ -18,6 +18,9 @@
 #include <unordered_map>
 #include <vector>
 
+#include "support/bytes.h"
+#include "support/treenode.h"
+
 namespace testsupport {
 
 // Tag identifiers (ECMA-167 3/7.2.1 and 4/7.2.1).
@@ -75,25 +78,14 @@ std::string MakeUdfAllocationExtent(const std::string& descriptors);
 /// Puts the right checksum into the descriptor tag at `offset`.
 void FixTag(std::string& image, std::size_t offset);
 
-/// One file entry and the identifier descriptor that leads to it. An override
-/// changes what is written, never where things are laid out.
-struct UdfNode {
-  UdfNode& AddFile(std::string nodeName, std::string bytes = {});
-  UdfNode& AddFolder(std::string nodeName);
-
-  /// Recorded behind the compression identifier.
-  std::string name;
-  bool isFolder = false;
-  /// Of a file.
-  std::string content;
-  /// Of a folder, recorded in this order behind the entry of the parent.
-  std::vector<std::unique_ptr<UdfNode>> children;
-
+/// One file entry and the identifier descriptor that leads to it. The name is
+/// recorded behind the compression identifier. An override changes what is written, never where
+/// things are laid out.
+struct UdfNode : TreeNode<UdfNode> {
   // The identifier descriptor.
   std::uint8_t compression = 8;
   /// The whole identifier, in place of compression and name.
   std::optional<std::string> identifier;
-  bool hidden = false;
   bool deleted = false;
   std::string implementationUse;
   std::optional<std::uint32_t> icbLength;
@@ -138,7 +130,6 @@ struct UdfVolume {
 struct UdfOptions {
   std::uint32_t sectorSize = 2048;
   std::vector<std::string> recognition = {"BEA01", "NSR02", "TEA01"};
-  bool hasAnchor = true;
   bool hasTerminator = true;
   /// Sectors of the volume descriptor sequence, used or not.
   std::uint32_t sequenceSectors = 16;

@@ -1,0 +1,34 @@
+// What the nodes of images have in common.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace testsupport {
+
+template <class Node>
+struct TreeNode {
+  Node& AddFile(std::string nodeName, std::string bytes = {}) {
+    Node& node = *children.emplace_back(std::make_unique<Node>());
+    node.name = std::move(nodeName);
+    node.content = std::move(bytes);
+    return node;
+  }
+  Node& AddFolder(std::string nodeName) {
+    Node& node = AddFile(std::move(nodeName));
+    node.isFolder = true;
+    return node;
+  }
+
+  std::string name;
+  bool isFolder = false;
+  bool hidden = false;
+  /// Of a file.
+  std::string content;
+  /// Of a folder, recorded in this order.
+  std::vector<std::unique_ptr<Node>> children;
+};
+
+}  // namespace testsupport

@@ -11,9 +11,9 @@ EXTRACT_7ZZ = peer("7zz", "7zz x -y -bd -o{out} {archive}", "7zz")
 
 LISTERS = [LIST_7ZZ, peer("bsdtar", "bsdtar -tf {archive}"),
            peer("isoinfo", "isoinfo -l -i {archive}"),
-           peer("xorriso", "xorriso -indev {archive} -find /", "xorriso -version")]
+           peer("xorriso", "xorriso -indev stdio:{archive} -find /", "xorriso -version")]
 EXTRACTORS = [CP, EXTRACT_7ZZ, peer("bsdtar", "bsdtar -xf {archive} -C {out}"),
-              peer("xorriso", "xorriso -osirrox on -indev {archive} -extract / {out}",
+              peer("xorriso", "xorriso -osirrox on -indev stdio:{archive} -extract / {out}",
                    "xorriso -version")]
 
 

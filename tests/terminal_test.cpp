@@ -1,6 +1,7 @@
 // The terminal command as its users run it: a process, with and without a
 // terminal.
 #include <gmock/gmock.h>
+#include <signal.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -202,17 +203,6 @@ TEST_F(TerminalTest, SaysWhenFoldersOfTheImageAreMissing) {
   }
 }
 
-TEST_F(TerminalTest, RefusesUnsafeNames) {
-  testsupport::IsoBuilder builder;
-  builder.Root().AddFile("..\\UP;1", "x");
-  builder.Root().AddFile("GOOD;1", "y");
-  const Result result = RunCommand({"extract", WriteImage(builder), "-C", Out("in")});
-  EXPECT_EQ(result.exitCode, 1);
-  EXPECT_THAT(result.errors, HasSubstr("UP: refused: unsafe name\n"));
-  EXPECT_FALSE(Exists(Out("UP")));
-  EXPECT_EQ(ReadFile(Out("in/GOOD")), "y");
-}
-
 TEST_F(TerminalTest, TellsWhyAnArchiveCannotBeOpened) {
   WriteFile(folder_.Path("empty"), "");
   WriteFile(folder_.Path("text"), "no archive");
@@ -276,7 +266,7 @@ TEST_F(TerminalTest, StopsWhenTheQuestionIsCancelled) {
   }
 }
 
-TEST_F(TerminalTest, CtrlCAsksAndYesLeavesNoPartialFile) {
+TEST_F(TerminalTest, LeavesNoPartialFileWhenItIsStopped) {
   // A sparse image whose file takes long enough to write.
   constexpr std::uint32_t kLength = 0x80000000;
   testsupport::IsoBuilder builder;
@@ -284,16 +274,31 @@ TEST_F(TerminalTest, CtrlCAsksAndYesLeavesNoPartialFile) {
   builder.Root().AddFile("Z.TXT;1", "last");
   const std::string image = WriteImage(builder);
   std::filesystem::resize_file(image, std::uintmax_t{kLength} + 0x100000);
-  OnTerminal command({"extract", image, "-C", Out()});
-  ASSERT_TRUE(command.Await("BIG.BIN")) << command.Shown();
-  command.Type("\x03");
-  ASSERT_TRUE(command.Await("Interrupt the unpack?")) << command.Shown();
-  ASSERT_TRUE(command.Await(": ")) << command.Shown();
-  command.Type("y\n");
-  EXPECT_EQ(command.Finish(), 130) << command.Shown();
-  EXPECT_THAT(command.Shown(), HasSubstr("BIG.BIN: interrupted"));
-  EXPECT_THAT(command.Shown(), HasSubstr("Z.TXT: not reached"));
-  EXPECT_FALSE(Exists(Out("BIG.BIN")));
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    OnTerminal command({"extract", image, "-C", Out()});
+    ASSERT_TRUE(command.Await("BIG.BIN")) << command.Shown();
+    if (signal == SIGINT) {
+      command.Type("\x03");
+      ASSERT_TRUE(command.Await("Interrupt the unpack?")) << command.Shown();
+      ASSERT_TRUE(command.Await(": ")) << command.Shown();
+      command.Type("y\n");
+    } else {
+      command.Send(signal);
+    }
+    EXPECT_EQ(command.Finish(), 128 + signal) << command.Shown();
+    EXPECT_THAT(command.Shown(), HasSubstr("BIG.BIN: interrupted"));
+    EXPECT_THAT(command.Shown(), HasSubstr("Z.TXT: not reached"));
+    EXPECT_FALSE(Exists(Out("BIG.BIN")));
+  }
+}
+
+TEST_F(TerminalTest, EndsAtAQuestionWhenItIsToldTo) {
+  MakeExisting();
+  OnTerminal command(Extract());
+  ASSERT_TRUE(command.Await("[c] Cancel: ")) << command.Shown();
+  command.Send(SIGTERM);
+  EXPECT_EQ(command.Finish(), 128 + SIGTERM) << command.Shown();
+  EXPECT_EQ(ReadFile(Out("DOCS/A.TXT")), "old alpha");
 }
 
 }  // namespace

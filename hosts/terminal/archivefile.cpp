@@ -1,6 +1,7 @@
 #include "archivefile.h"
 
 #include "exitcode.h"
+#include "interrupt.h"
 #include "output.h"
 #include "text.h"
 
@@ -14,7 +15,7 @@ host::Archive OpenForCommand(const std::string& path, host::ArchiveSetup setup) 
   try {
     return host::OpenArchiveFile(path, setup);
   } catch (const host::OpenError& error) {
-    throw CommandError(shown(error.reason), error.wasCancelled ? kExitInterrupted : kExitUnusable);
+    throw CommandError(shown(error.reason), error.wasCancelled ? StoppedExitCode() : kExitUnusable);
   }
 }
 

@@ -11,8 +11,7 @@ inline constexpr int kExitComplete = 0;
 inline constexpr int kExitIncomplete = 1;
 /// The archive cannot be opened or the command line is wrong.
 inline constexpr int kExitUnusable = 2;
-/// The user stopped the run.
-inline constexpr int kExitInterrupted = 130;
+// A run that was stopped ends with StoppedExitCode() of interrupt.h.
 
 /// Ends the command; what() is the reason, fit for a terminal.
 class CommandError : public std::runtime_error {

@@ -154,7 +154,7 @@ int Extract(const ExtractCommand& command) {
                           [](const Item& item, const Reason& reason) {
                             PrintError(ShownPath(item.path) + ": " + ShownReason(reason));
                           });
-  if (interface.Stopped()) return kExitInterrupted;
+  if (interface.Stopped()) return StoppedExitCode();
   const bool isListWhole = CheckComplete(archive, command.archive) == kExitComplete;
   const bool isComplete = list.allFound && totals.missing == 0 && isListWhole;
   const int exitCode = isComplete ? kExitComplete : kExitIncomplete;

@@ -4,35 +4,50 @@
 
 #include <atomic>
 
-#include "exitcode.h"
-
 namespace terminal {
 namespace {
 
-std::atomic<bool> pending{false};
-static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler uses it");
+constexpr int kSignalBase = 128;
 
-void OnInterrupt(int) {
-  if (!pending.exchange(true)) return;
+std::atomic<bool> pending{false};
+/// SIGTERM or SIGHUP once it came, else 0.
+std::atomic<int> ending{0};
+static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<int>::is_always_lock_free,
+              "a signal handler uses them");
+
+void OnSignal(int signal) {
+  const bool isFirst = signal == SIGINT ? !pending.exchange(true) : ending.exchange(signal) == 0;
+  if (isFirst) {
+    pending = true;
+    return;
+  }
   // The shell's prompt should not follow the progress line.
   [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, "\n", 1);
-  _exit(kExitInterrupted);
+  _exit(StoppedExitCode());
 }
 
 }  // namespace
 
 InterruptGuard::InterruptGuard() {
   struct sigaction action {};
-  action.sa_handler = OnInterrupt;
+  action.sa_handler = OnSignal;
   sigemptyset(&action.sa_mask);
-  sigaction(SIGINT, &action, &previous_);
-  if (previous_.sa_handler == SIG_IGN) sigaction(SIGINT, &previous_, nullptr);
+  for (std::size_t i = 0; i < kSignals.size(); ++i) {
+    sigaction(kSignals[i], &action, &previous_[i]);
+    if (previous_[i].sa_handler == SIG_IGN) sigaction(kSignals[i], &previous_[i], nullptr);
+  }
 }
 
-InterruptGuard::~InterruptGuard() { sigaction(SIGINT, &previous_, nullptr); }
+InterruptGuard::~InterruptGuard() {
+  for (std::size_t i = 0; i < kSignals.size(); ++i) sigaction(kSignals[i], &previous_[i], nullptr);
+}
 
 bool InterruptPending() { return pending.load(std::memory_order_relaxed); }
 
-void ForgetInterrupt() { pending = false; }
+void ForgetInterrupt() { pending = EndRequested(); }
+
+bool EndRequested() { return ending != 0; }
+
+int StoppedExitCode() { return kSignalBase + (EndRequested() ? ending.load() : SIGINT); }
 
 }  // namespace terminal

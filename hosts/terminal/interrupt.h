@@ -1,16 +1,18 @@
-// Ctrl-C while unpacking.
+// Ctrl-C, and the signals that ask the process to end, while unpacking.
 //
-// The first one is remembered, so that the user can be asked and no half
-// written file stays behind. A second one, while the first is still
+// The first one is remembered, so that no half written file stays behind and,
+// after Ctrl-C, the user can be asked. A second one, while the first is still
 // remembered, ends the process at once.
 #pragma once
 
 #include <signal.h>
 
+#include <array>
+
 namespace terminal {
 
-/// Takes Ctrl-C over while it lives. A process that was started with Ctrl-C
-/// ignored keeps ignoring it.
+/// Takes the signals over while it lives. One that the process was started
+/// with ignored stays ignored.
 class InterruptGuard {
  public:
   InterruptGuard();
@@ -18,11 +20,19 @@ class InterruptGuard {
   InterruptGuard(const InterruptGuard&) = delete;
   InterruptGuard& operator=(const InterruptGuard&) = delete;
 
+  static constexpr std::array kSignals{SIGINT, SIGTERM, SIGHUP};
+
  private:
-  struct sigaction previous_ {};
+  std::array<struct sigaction, kSignals.size()> previous_{};
 };
 
 bool InterruptPending();
+/// Ctrl-C has been dealt with. A request to end stays.
 void ForgetInterrupt();
+
+/// The process was asked to end: there is nobody to ask whether it should.
+bool EndRequested();
+/// What a run ends with that was stopped: 128 and the signal's number.
+int StoppedExitCode();
 
 }  // namespace terminal

@@ -10,10 +10,10 @@
 namespace terminal {
 
 Keyboard::Keyboard() {
-  sigset_t interrupt;
-  sigemptyset(&interrupt);
-  sigaddset(&interrupt, SIGINT);
-  sigprocmask(SIG_BLOCK, &interrupt, &previous_);
+  sigset_t held;
+  sigemptyset(&held);
+  for (const int signal : InterruptGuard::kSignals) sigaddset(&held, signal);
+  sigprocmask(SIG_BLOCK, &held, &previous_);
 }
 
 Keyboard::~Keyboard() { sigprocmask(SIG_SETMASK, &previous_, nullptr); }
@@ -28,7 +28,7 @@ std::optional<char> Keyboard::Next() {
   return std::nullopt;
 }
 
-/// True when standard input has something to read, false after Ctrl-C.
+/// True when standard input has something to read, false when interrupted.
 bool Keyboard::WaitForInput() const {
   pollfd input{STDIN_FILENO, POLLIN, 0};
   while (!InterruptPending()) {

@@ -9,8 +9,8 @@ namespace terminal {
 
 inline constexpr char kEscapeKey = '\x1b';
 
-/// While it lives, Ctrl-C is held back except where the keyboard waits, so
-/// that it cannot slip in between the look at it and the wait.
+/// While it lives, interruptions are held back except where the keyboard
+/// waits, so that none can slip in between the look at it and the wait.
 class Keyboard {
  public:
   Keyboard();
@@ -18,7 +18,7 @@ class Keyboard {
   Keyboard(const Keyboard&) = delete;
   Keyboard& operator=(const Keyboard&) = delete;
 
-  /// The next byte of standard input; none after Ctrl-C and at the end. Reads
+  /// The next byte of standard input; none when interrupted and at the end. Reads
   /// no further: what follows belongs to the next question.
   std::optional<char> Next();
 

@@ -79,7 +79,7 @@ std::optional<std::string> ReadMasked(const std::string& prompt) {
 }  // namespace
 
 std::optional<std::string> AskMasked(const std::string& prompt) {
-  // Ctrl-C must not end the process while the terminal shows nothing.
+  // Nothing may end the process while the terminal shows nothing.
   const InterruptGuard guard;
   auto line = ReadMasked(prompt);
   ForgetInterrupt();

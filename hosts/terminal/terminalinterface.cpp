@@ -88,7 +88,7 @@ int TerminalInterface::ShowMessageBox(const std::wstring& text, const std::wstri
 void TerminalInterface::AnswerStopRequest(const std::wstring& text) {
   // From here on Ctrl-C is an answer, not another request.
   ForgetInterrupt();
-  if (canAsk_) {
+  if (canAsk_ && !EndRequested()) {
     stop_.Answer(AskYesNo(ShownText(text)).value_or(true));
   } else {
     PrintError("interrupted");

@@ -8,6 +8,7 @@
 #include "exitcode.h"
 #include "hosts/common/stoprequest.h"
 #include "hosts/common/unpackwatch.h"
+#include "interrupt.h"
 #include "password.h"
 #include "platform/userinterface.h"
 #include "progressline.h"
@@ -58,8 +59,8 @@ struct ListingInterface {
       : password(AnswerOnTerminal(std::move(givenPassword))),
         interface(watch, line, password, true) {}
 
-  /// kExitInterrupted when a question was cancelled, else `exitCode`.
-  int ExitCode(int exitCode) const { return interface.Stopped() ? kExitInterrupted : exitCode; }
+  /// StoppedExitCode() when a question was cancelled, else `exitCode`.
+  int ExitCode(int exitCode) const { return interface.Stopped() ? StoppedExitCode() : exitCode; }
 
   host::UnpackWatch watch;
   ProgressLine line{false};

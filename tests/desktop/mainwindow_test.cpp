@@ -245,6 +245,8 @@ struct ReplaceCase {
   QStringList missing;
 };
 
+void PrintTo(const ReplaceCase& tested, std::ostream* stream) { *stream << tested.name; }
+
 class ReplaceQuestion : public MainWindowTest, public testing::WithParamInterface<ReplaceCase> {};
 
 TEST_P(ReplaceQuestion, IsAnsweredByItsButtons) {

@@ -72,6 +72,8 @@ void OnTerminal::Type(const std::string& text) {
   ASSERT_EQ(write(terminal_, text.data(), text.size()), static_cast<ssize_t>(text.size()));
 }
 
+void OnTerminal::Send(int signal) { kill(process_, signal); }
+
 bool OnTerminal::Await(const std::string& text) {
   for (;;) {
     const std::size_t found = shown_.find(text, seen_);

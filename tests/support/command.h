@@ -26,6 +26,7 @@ class OnTerminal {
   OnTerminal& operator=(const OnTerminal&) = delete;
 
   void Type(const std::string& text);
+  void Send(int signal);
 
   /// Waits until `text` has appeared after what was awaited before.
   bool Await(const std::string& text);

@@ -1,5 +1,7 @@
 #include "support/tempfolder.h"
 
+#include <sys/xattr.h>
+
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
@@ -25,14 +27,20 @@ void OpenFolders(const fs::path& folder) {
   }
 }
 
+std::string MakeFolder(const fs::path& parent) {
+  std::string path = parent / "morvunp-XXXXXX";
+  if (mkdtemp(path.data()) == nullptr) {
+    throw std::system_error(errno, std::generic_category(), "mkdtemp " + path);
+  }
+  return path;
+}
+
 }  // namespace
 
-TempFolder::TempFolder() {
-  std::string pattern = (fs::temp_directory_path() / "morvunp-XXXXXX").string();
-  if (mkdtemp(pattern.data()) == nullptr) {
-    throw std::system_error(errno, std::generic_category(), "mkdtemp " + pattern);
-  }
-  m_strPath = pattern;
+TempFolder::TempFolder() : m_strPath(MakeFolder(fs::temp_directory_path())) {
+  if (setxattr(m_strPath.c_str(), "user.morvunp", "", 0, 0) == 0) return;
+  fs::remove(m_strPath);
+  m_strPath = MakeFolder("/var/tmp");
 }
 
 TempFolder::~TempFolder() {

@@ -7,7 +7,9 @@
 
 namespace testsupport {
 
-/// A fresh folder under TMPDIR (or /tmp), removed with all that is in it.
+/// A fresh folder, removed with all that is in it: under TMPDIR or /tmp, or
+/// under /var/tmp where the former keeps no extended attributes, which hold
+/// what the system has no attributes for.
 class TempFolder {
  public:
   TempFolder();

@@ -75,7 +75,7 @@ TYPED_TEST(Unpacking, PutsItemsInTheirPlaces) {
                                      "DOCS2/", "DOCS2/B.TXT", "EMPTY/",    "TOP.TXT"};
   const struct {
     INIUNPACK settings;
-    const wchar_t* folder;
+    const wchar_t* folder = nullptr;
     std::vector<std::string> names;
   } cases[] = {
       {{}, nullptr, all},

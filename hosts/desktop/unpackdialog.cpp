@@ -49,8 +49,9 @@ UnpackDialog::UnpackDialog(const QString& what, const Options& options, QWidget*
        &INIUNPACK::bUnpackFileNoPath},
   }};
   auto* const group = new QGroupBox(tr("Options"), this);
-  auto* const groupLayout = new QVBoxLayout(group);
+  auto* const groupLayout = new QVBoxLayout;
   for (const Box& box : boxes_) groupLayout->addWidget(box.box);
+  group->setLayout(groupLayout);
 
   auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Cancel, this);
   buttons->addButton(tr("U&npack"), QDialogButtonBox::AcceptRole)->setDefault(true);

@@ -237,7 +237,7 @@ TEST_P(Faults, AFullDiskFailsTheFileThatDoesNotFit) {
   signal(SIGXFSZ, SIG_IGN);
   rlimit saved{};
   getrlimit(RLIMIT_FSIZE, &saved);
-  for (const rlim_t room : {0, 1, 4096, 100'000, 262'144, 299'999}) {
+  for (const rlim_t room : {0U, 1U, 4096U, 100'000U, 262'144U, 299'999U}) {
     SCOPED_TRACE(room);
     const rlimit full{room, saved.rlim_max};
     // The limit comes with the first call, so that it holds for the unpack only.

@@ -29,8 +29,10 @@ template <class Node>
 Node& AddTo(Node& root, const Item& item) {
   Node* folder = &root;
   std::size_t start = 0;
-  for (std::size_t end; (end = item.path.find('/', start)) != item.path.npos; start = end + 1) {
+  for (std::size_t end = item.path.find('/'); end != item.path.npos;
+       end = item.path.find('/', start)) {
     folder = &FolderIn(*folder, item.path.substr(start, end - start));
+    start = end + 1;
   }
   return start == item.path.size() ? *folder : folder->AddFile(item.path.substr(start), item.data);
 }
@@ -89,7 +91,7 @@ void Write7z(const std::string& archive, const Items& items, const std::string& 
     } else {
       const std::string number = "~" + std::to_string(1000 + renames.size());
       WriteFile(files.Path(number), data);
-      renames += " '" + number + "' '" + path + "'";
+      renames.append(" '").append(number).append("' '").append(path).append("'");
     }
   }
   // The engine's command would put its own extension behind a name without one.

@@ -63,7 +63,7 @@ std::vector<std::string> IsoSeeds() {
   std::string image = odd.Build();
   ++image[odd.RecordOffsetOf(late) + 1];          // behind an extended attribute record
   image[odd.RecordOffsetOf(many) + 25] = '\x80';  // in many extents
-  Put(image, odd.RecordOffsetOf(loop) + 2, Little(odd.LocationOf(odd.Root()), 4));
+  Put(image, odd.LinkOffsetOf(loop), Little(odd.LocationOf(odd.Root()), 4));
   seeds.push_back(SeedOf(image));
   return seeds;
 }

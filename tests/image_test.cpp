@@ -11,33 +11,18 @@ namespace {
 using testing::ElementsAre;
 using testing::Pair;
 using testsupport::IsoBuilder;
-using testsupport::IsoNode;
 using testsupport::Little;
 using testsupport::Pattern;
 using testsupport::Put;
 using testsupport::TreeOf;
 using testsupport::UdfBuilder;
-using testsupport::UdfNode;
 
 struct Date {
   int year = 2001, month = 1, day = 1, hour = 0, minute = 0, second = 0;
 };
 
-std::size_t DateOffset(const IsoBuilder& builder, const IsoNode& node) {
-  return builder.RecordOffsetOf(node) + 18;
-}
-std::size_t DateOffset(const UdfBuilder& builder, const UdfNode& node) {
-  return builder.EntryOffsetOf(node) + 86;
-}
 std::string YearOf(const IsoBuilder&, int year) { return Little(unsigned(year - 1900), 1); }
 std::string YearOf(const UdfBuilder&, int year) { return Little(unsigned(year), 2); }
-
-void LeadTo(std::string& image, const IsoBuilder& builder, const IsoNode& from, const IsoNode& to) {
-  Put(image, builder.RecordOffsetOf(from) + 2, Little(to.location, 4));
-}
-void LeadTo(std::string& image, const UdfBuilder& builder, const UdfNode& from, const UdfNode& to) {
-  Put(image, builder.IdentifierOffsetOf(from) + 24, Little(to.icb.location, 4));
-}
 
 template <class Builder>
 class Image : public testsupport::ImageTest<Builder> {};
@@ -78,8 +63,11 @@ TYPED_TEST(Image, ListsAFolderThatLeadsBackButNeverEntersItAgain) {
   auto& twin = this->builder.Root().AddFolder("twin");
   sub.AddFile("x");
   std::string image = this->builder.Build();
-  LeadTo(image, this->builder, loop, this->builder.Root());
-  LeadTo(image, this->builder, twin, sub);
+  const auto lead = [&](const auto& from, const auto& to) {
+    Put(image, this->builder.LinkOffsetOf(from), Little(this->builder.LocationOf(to), 4));
+  };
+  lead(loop, this->builder.Root());
+  lead(twin, sub);
   ASSERT_TRUE(this->OpenBytes(image));
   EXPECT_THAT(this->Paths(), ElementsAre(L"sub", L"sub\\loop", L"sub\\x", L"twin"));
   EXPECT_FALSE(this->unpacker.IsListComplete());
@@ -108,7 +96,7 @@ TYPED_TEST(Image, TakesDatesForLocalTimeAndRefusesImpossibleOnes) {
   const testsupport::TimeZone zone("America/New_York");
   const auto& file = this->builder.Root().AddFile("a");
   std::string image = this->builder.Build();
-  const std::size_t offset = DateOffset(this->builder, file);
+  const std::size_t offset = this->builder.DateOffsetOf(file);
   const auto set = [&](const Date& date) {
     std::string bytes = YearOf(this->builder, date.year);
     for (const int part : {date.month, date.day, date.hour, date.minute, date.second}) {

@@ -31,35 +31,7 @@ using testsupport::WriteFile;
 constexpr std::size_t kBlock = 262144;
 constexpr std::size_t kSector = 2048;
 
-class UdfExtract : public testsupport::ImageTest<UdfBuilder> {
- protected:
-  /// A refused reference can end in an exception too.
-  bool UnpackOne(const std::wstring& path) {
-    try {
-      return Unpack(path);
-    } catch (const CInvalidArgException&) {
-      return false;
-    }
-  }
-};
-
-TEST_F(UdfExtract, PutsThePiecesTogetherInOrder) {
-  std::map<std::string, std::string> expected;
-  for (const std::uint8_t allocation : {kUdfShort, kUdfLong}) {
-    for (const std::size_t size : {1UL, kSector, kSector * 3 + 1, kBlock * 5 + 77}) {
-      const std::string name = std::to_string(expected.size());
-      expected[name] = Pattern(size);
-      UdfNode& file = builder.Root().AddFile(name, expected[name]);
-      file.allocation = allocation;
-      file.fragments = 3;
-      file.extendedAttributes = std::string(size % 133, '\xEA');
-    }
-  }
-  ASSERT_TRUE(OpenImage());
-  ASSERT_EQ(builder.Root().children.back()->pieces.size(), 3U);
-  EXPECT_TRUE(Unpack());
-  EXPECT_TRUE(Out() == expected);
-}
+class UdfExtract : public testsupport::ImageTest<UdfBuilder> {};
 
 TEST_F(UdfExtract, EndsAtTheInformationLengthOrTheLastPiece) {
   const struct {
@@ -85,7 +57,7 @@ TEST_F(UdfExtract, EndsAtTheInformationLengthOrTheLastPiece) {
 }
 
 TEST_F(UdfExtract, ReportsBytesOfTheWholeFileAcrossItsPieces) {
-  builder.Root().AddFolder("d").AddFile("big", Pattern(kBlock * 4)).fragments = 4;
+  builder.Root().AddFolder("d").AddFile("big", Pattern(kBlock * 4)).fragments = 2;
   UdfNode& embedded = builder.Root().AddFile("embedded", Pattern(1500));
   embedded.allocation = kUdfEmbedded;
   embedded.extendedAttributes = std::string(132, '\xEA');
@@ -96,7 +68,7 @@ TEST_F(UdfExtract, ReportsBytesOfTheWholeFileAcrossItsPieces) {
   EXPECT_EQ(host.progressMessages, all);
   int events = 0;
   host.onPendingEvents = [&] { ++events; };
-  EXPECT_TRUE(UnpackOne(L"embedded"));
+  EXPECT_TRUE(Unpack(L"embedded"));
   EXPECT_EQ(Out("embedded"), Pattern(1500));
   EXPECT_EQ(events, 0) << "no messages are pumped for data from the entry";
 }
@@ -104,7 +76,6 @@ TEST_F(UdfExtract, ReportsBytesOfTheWholeFileAcrossItsPieces) {
 TEST_F(UdfExtract, ReadsZerosWhereNothingIsRecorded) {
   UdfNode& file = builder.Root().AddFile("holes", Pattern(kSector * 4));
   UdfNode& tail = builder.Root().AddFile("tail", Pattern(kSector));
-  UdfNode& only = builder.Root().AddFile("only");
   builder.Build();
   const std::uint32_t first = file.pieces[0].location;
   file.extents = {{kSector, first, 0},
@@ -115,14 +86,11 @@ TEST_F(UdfExtract, ReadsZerosWhereNothingIsRecorded) {
   file.informationLength = kSector * 4 + 100;
   tail.extents = {tail.pieces[0], {kSector | kUdfNotAllocated, 0, 0}};
   tail.informationLength = kSector + 1000;
-  only.extents = {{5000U | kUdfNotAllocated, 0, 0}};
-  only.informationLength = 5000;
   ASSERT_TRUE(OpenImage());
   EXPECT_TRUE(Unpack());
   EXPECT_EQ(Out("holes"), Pattern(kSector) + std::string(kSector * 3, '\0') +
                               Pattern(kSector * 4).substr(kSector * 3, 100));
   EXPECT_EQ(Out("tail"), Pattern(kSector) + std::string(1000, '\0'));
-  EXPECT_EQ(Out("only"), std::string(5000, '\0'));
 }
 
 TEST_F(UdfExtract, WritesHolesWithoutTakingSpace) {
@@ -148,7 +116,7 @@ TEST_F(UdfExtract, WritesHolesWithoutTakingSpace) {
     if (host.messageBoxes.empty()) host.PostStop();
   };
   host.messageBoxAnswers = {IDYES};
-  EXPECT_FALSE(UnpackOne(L"sparse")) << "stopped in the middle of the hole";
+  EXPECT_FALSE(Unpack(L"sparse")) << "stopped in the middle of the hole";
   EXPECT_THAT(Out(), IsEmpty());
 }
 
@@ -175,7 +143,7 @@ TEST_F(UdfExtract, FollowsContinuedDescriptors) {
     most.content.resize(kSector, '\x11');
     const std::string image = other.Build();
     ASSERT_TRUE(OpenBytes(image));
-    EXPECT_TRUE(UnpackOne(L"file"));
+    EXPECT_TRUE(Unpack(L"file"));
     EXPECT_TRUE(Out("file") == file.content) << int{allocation};
 
     // None of these may be taken for the whole file.
@@ -193,7 +161,7 @@ TEST_F(UdfExtract, FollowsContinuedDescriptors) {
       Put(bad, offset, bytes);
       FixTag(bad, at);
       unlink(folder.Path("out/file").c_str());
-      if (!OpenBytes(bad) || !UnpackOne(L"file")) continue;
+      if (!OpenBytes(bad) || !Unpack(L"file")) continue;
       EXPECT_FALSE(Out("file") == file.content) << what;
       EXPECT_LE(Out("file").size(), file.content.size()) << what;
     }
@@ -201,7 +169,7 @@ TEST_F(UdfExtract, FollowsContinuedDescriptors) {
     // ECMA-167 4/12: a continuation ends the descriptors of its extent, so what
     // stands behind it is refused or ignored. It is never data, nor a hole.
     file.extents->push_back(pieces[2]);
-    if (OpenBytes(other.Build()) && UnpackOne(L"file")) {
+    if (OpenBytes(other.Build()) && Unpack(L"file")) {
       EXPECT_TRUE(Out("file") == file.content);
     }
   }
@@ -224,12 +192,14 @@ TEST_F(UdfExtract, FailsForDataOutsideThePartitionAndGoesOn) {
   // There is something to read behind the partition.
   const std::string image = builder.Build();
   ASSERT_TRUE(OpenBytes(image + std::string(kSector * 4, 'E')));
-  EXPECT_FALSE(UnpackOne(L"outside"));
+  EXPECT_FALSE(Unpack(L"outside"));
   EXPECT_EQ(Out("outside"), Pattern(kSector)) << "what was written before stays";
-  EXPECT_FALSE(UnpackOne(L"far"));
-  EXPECT_FALSE(UnpackOne(L"reference"));
+  EXPECT_FALSE(Unpack(L"far"));
+  EXPECT_FALSE(Unpack(L"reference"));
   EXPECT_TRUE(Unpack()) << "the last item succeeded";
   EXPECT_EQ(Out("last"), image.substr(image.size() - kSector)) << "up to the last byte";
+  unpacker.RemoveUDFAllItems();
+  EXPECT_FALSE(Unpack(L"last")) << "no partition is left";
 }
 
 TEST_F(UdfExtract, FollowsPartitionReferences) {
@@ -268,7 +238,7 @@ TEST_F(UdfExtract, FollowsPartitionReferences) {
   Put(image, icb, MakeUdfDescriptors({{kSector, there.icb.location, 1}}, kUdfLong));
   ASSERT_TRUE(OpenBytes(image));
   EXPECT_EQ(InfoOf(L"1000").nSize64, there.content.size());
-  EXPECT_TRUE(UnpackOne(L"2000"));
+  EXPECT_TRUE(Unpack(L"2000"));
   EXPECT_EQ(Out("2000"), both.content.substr(0, both.pieces[0].length) +
                              there.content.substr(there.pieces[0].length));
   ++image[icb + 8];
@@ -284,18 +254,8 @@ TEST_F(UdfExtract, ReadsAPartitionBeyondFourGigabytes) {
   WriteFile(folder.Path("x"), image.substr(0, builder.PartitionOffset()));
   std::fstream(folder.Path("x")).seekp(std::int64_t{kStart} * 2048) << partition;
   ASSERT_TRUE(Open());
-  EXPECT_TRUE(UnpackOne(L"file"));
+  EXPECT_TRUE(Unpack(L"file"));
   EXPECT_EQ(Out("file"), Pattern(5000));
-}
-
-TEST_F(UdfExtract, ReadsNothingOnceTheVolumesAreDropped) {
-  builder.Root().AddFile("file", "content");
-  ASSERT_TRUE(OpenImage());
-  unpacker.RemoveUDFAllItems();
-  EXPECT_FALSE(UnpackOne(L"file"));
-  ASSERT_TRUE(OpenImage());
-  EXPECT_TRUE(UnpackOne(L"file"));
-  EXPECT_EQ(Out("file"), "content");
 }
 
 }  // namespace

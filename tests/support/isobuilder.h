@@ -46,6 +46,9 @@ class IsoBuilder {
   // Where the last Build put things.
   std::uint32_t LocationOf(const IsoNode& node) const { return node.location; }
   std::size_t RecordOffsetOf(const IsoNode& node) const { return node.record; }
+  /// Of the location in the record, and of the year.
+  std::size_t LinkOffsetOf(const IsoNode& node) const { return node.record + 2; }
+  std::size_t DateOffsetOf(const IsoNode& node) const { return node.record + 18; }
   std::size_t ContentOffsetOf(const IsoNode& node) const {
     return std::size_t{node.location} * m_nBlockSize;
   }

@@ -35,7 +35,7 @@ std::string LongDescriptor(const UdfExtent& extent) {
 }
 
 std::string Identifier(const UdfExtent& icb, const std::string& identifier, int characteristics) {
-  std::string bytes = Descriptor(257, kUdfIdentifierSize);
+  std::string bytes = Descriptor(257, 38);
   Put(bytes, 16, "\1");
   bytes[18] = static_cast<char>(characteristics);
   Put(bytes, 19, Little(identifier.size(), 1) + LongDescriptor(icb));

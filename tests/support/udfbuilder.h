@@ -27,9 +27,8 @@ inline constexpr std::uint32_t kUdfAllocatedOnly = 1U << 30;
 inline constexpr std::uint32_t kUdfNotAllocated = 2U << 30;
 inline constexpr std::uint32_t kUdfContinuation = 3U << 30;
 
-// Sizes of an entry (ECMA-167 4/14.9) and an identifier (4/14.4) by themselves.
+/// An entry up to its extended attributes (ECMA-167 4/14.9).
 inline constexpr std::size_t kUdfEntrySize = 176;
-inline constexpr std::size_t kUdfIdentifierSize = 38;
 
 /// An allocation descriptor. A short one has no partition.
 struct UdfExtent {
@@ -103,6 +102,13 @@ class UdfBuilder {
   std::size_t IdentifierOffsetOf(const UdfNode& node) const {
     return ContentOffsetOf(*node.parent) + node.identifierOffset;
   }
+  /// Of the location of the entry that a descriptor leads to.
+  std::size_t LinkOffsetOf(const UdfNode& node) const { return IdentifierOffsetOf(node) + 24; }
+  /// Of the year of the last change in the entry.
+  std::size_t DateOffsetOf(const UdfNode& node) const { return EntryOffsetOf(node) + 86; }
+
+  // Logical blocks.
+  std::uint32_t LocationOf(const UdfNode& node) const { return node.icb.location; }
   std::uint32_t PartitionBlocks() const { return m_nBlocks; }
 
  private:

@@ -142,6 +142,11 @@ TEST_F(Iso, EndsDirectoriesAtImpossibleRecords) {
     EXPECT_THAT(Paths(), ElementsAre(L"BEFORE")) << what;
     EXPECT_FALSE(unpacker.IsListComplete()) << what;
   }
+  std::string longer = image;
+  Put(longer, kPrimary + 166, Little(2 * kSector, 4));
+  ASSERT_TRUE(OpenBytes(longer));
+  EXPECT_EQ(Paths().size(), 3U);
+  EXPECT_FALSE(unpacker.IsListComplete()) << "the image ends before the directory does";
 }
 
 TEST_F(Iso, BoundsOverlappingDirectories) {
@@ -169,39 +174,29 @@ TEST_F(Iso, BoundsTheTextOfAllPaths) {
 
 // The item list.
 
-TEST_F(Iso, WalksOneItemAndRefusesToGoPastIt) {
+TEST_F(Iso, KeepsACursorInTheList) {
   ASSERT_TRUE(OpenImage());
   EXPECT_FALSE(unpacker.FindFile() || unpacker.FindNextFile() || unpacker.LocateFile(L"A"));
   EXPECT_EQ(unpacker.GetFileOutputInfo(L"A"), L"");
-  builder.Root().AddFile("ONLY;1");
-  ASSERT_TRUE(OpenImage());
-  ISOFILESHORTINFO info;
-  EXPECT_TRUE(unpacker.FindFile());
-  info.strPath = L"old";
-  EXPECT_FALSE(unpacker.GetFileShortInfo(info)) << "the cursor is before the first item";
-  EXPECT_EQ(info.strPath, L"");
-  EXPECT_FALSE(unpacker.FindNextFile());
-  EXPECT_TRUE(unpacker.GetFileShortInfo(info));
-  EXPECT_EQ(info.strName, L"ONLY");
-  EXPECT_THROW(unpacker.FindNextFile(), CInvalidArgException);
-}
-
-// The first look-up walks and the later ones use an index; both must do the
-// same to the cursor.
-TEST_F(Iso, LocatesTheFirstMatchAndLeavesTheCursorThere) {
   builder.Root().AddFile("A;1", "1");
   builder.Root().AddFile("a;1", "22");
   builder.Root().AddFile("B;1", "333");
   ASSERT_TRUE(OpenImage());
+  ISOFILEFULLINFO info;
+  info.strPath = L"old";
+  EXPECT_TRUE(unpacker.FindFile());
+  EXPECT_FALSE(unpacker.GetFileFullInfo(info)) << "it is before the first item";
+  EXPECT_EQ(info.strPath, L"");
+  // The first look-up walks and the later ones use an index.
   for (int round = 0; round < 3; ++round) {
     EXPECT_EQ(InfoOf(L"a").nSize, 1U);
-    ISOFILEFULLINFO info;
     EXPECT_TRUE(unpacker.FindNextFile()) << "the walk goes on behind the match";
     unpacker.GetFileFullInfo(info);
     EXPECT_EQ(info.nSize, 2U);
     EXPECT_FALSE(unpacker.LocateFile(L"MISSING"));
     unpacker.GetFileFullInfo(info);
     EXPECT_EQ(info.nSize, 3U) << "the last item is current";
+    EXPECT_THROW(unpacker.FindNextFile(), CInvalidArgException);
   }
 }
 

@@ -66,11 +66,7 @@ TEST_F(UdfExtract, ReportsBytesOfTheWholeFileAcrossItsPieces) {
   const std::vector<testsupport::ProgressMessage> all = {
       {0, L"big"}, {25, L""}, {50, L""}, {75, L""}, {100, L""}, {0, L"embedded"}, {100, L""}};
   EXPECT_EQ(host.progressMessages, all);
-  int events = 0;
-  host.onPendingEvents = [&] { ++events; };
-  EXPECT_TRUE(Unpack(L"embedded"));
   EXPECT_EQ(Out("embedded"), Pattern(1500));
-  EXPECT_EQ(events, 0) << "no messages are pumped for data from the entry";
 }
 
 TEST_F(UdfExtract, ReadsZerosWhereNothingIsRecorded) {
@@ -110,6 +106,7 @@ TEST_F(UdfExtract, WritesHolesWithoutTakingSpace) {
   std::string tail;
   EXPECT_TRUE(std::getline(written, tail));
   EXPECT_EQ(tail, "tail");
+  EXPECT_EQ(host.progressMessages.back().percentage, 100U);
 
   unlink(folder.Path("out/sparse").c_str());
   host.onPendingEvents = [&] {
@@ -180,7 +177,7 @@ TEST_F(UdfExtract, FailsForDataOutsideThePartitionAndGoesOn) {
   UdfNode& far = builder.Root().AddFile("far", "x");
   UdfNode& reference = builder.Root().AddFile("reference", "x");
   UdfNode& last = builder.Root().AddFile("last");
-  const std::string plain = builder.Build();
+  builder.Build();
   const std::uint32_t blocks = builder.PartitionBlocks();
   outside.extents = {outside.pieces[0], {kSector + 1, blocks - 1, 0}};
   outside.informationLength = kSector * 2 + 1;

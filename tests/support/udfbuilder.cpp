@@ -24,10 +24,9 @@ std::string Descriptor(std::uint16_t identifier, std::size_t size) {
   return descriptor;
 }
 
-/// 1/7.3: type and zone, year, month, day, time and fractions of a second.
-std::string Timestamp(std::uint16_t year, const char* rest) {
-  return Little(0x103C, 2) + Little(year, 2) + rest + "\1\2\3";
-}
+// 1/7.3: type and zone, year, month, day, time and fractions of a second.
+constexpr const char* kModified = "\x3C\x10\xD1\7\2\3\4\5\6\1\2\3";
+constexpr const char* kAccessed = "\x3C\x10\xD2\7\3\4\5\6\7\1\2\3";
 
 std::string LongDescriptor(const UdfExtent& extent) {
   return Little(extent.length, 4) + Little(extent.location, 4) + Little(extent.partition, 2) +
@@ -148,8 +147,7 @@ std::string UdfBuilder::Entry(const UdfNode& node, const std::string& content) c
   Put(entry, 48, Little(1, 2));
   Put(entry, 56, Little(node.informationLength.value_or(content.size()), 8));
   Put(entry, 64, Little(isEmbedded ? 0 : BlocksOf(content.size()), 8));
-  const std::string modified = Timestamp(2001, "\2\3\4\5\6");
-  Put(entry, 72, Timestamp(2002, "\3\4\5\6\7") + modified + modified);
+  Put(entry, 72, std::string(kAccessed) + kModified + kModified);
   Put(entry, 168, Little(node.extendedAttributes.size(), 4) + Little(data.size(), 4));
   return entry + node.extendedAttributes + data;
 }
@@ -166,7 +164,6 @@ void UdfBuilder::WriteVolume(std::string& image, std::uint16_t partition) const 
 
   const std::string maps = MakeUdfMaps({partition});
   std::string volume = Descriptor(6, 440);
-  Put(volume, 84, "\x08VOLUME");
   Put(volume, 212, Little(m_nSectorSize, 4));
   Put(volume, 248, LongDescriptor({m_nSectorSize, 0, 0}));
   Put(volume, 264, Little(maps.size(), 4) + Little(1, 4) + std::string(168, '\0') + maps);

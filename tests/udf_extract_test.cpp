@@ -202,7 +202,7 @@ TEST_F(UdfExtract, FailsForDataOutsideThePartitionAndGoesOn) {
 TEST_F(UdfExtract, FollowsPartitionReferences) {
   // The same blocks of the two partitions hold different data.
   UdfBuilder second;
-  int start = 0;
+  std::size_t start = 0;
   for (UdfBuilder* const volume : {&builder, &second}) {
     for (const std::uint8_t allocation : {kUdfShort, kUdfLong}) {
       const std::string content = Pattern(kSector * 4).substr(start += 1000, kSector * 2 + 5);
@@ -214,7 +214,7 @@ TEST_F(UdfExtract, FollowsPartitionReferences) {
   std::string image = second.Build(builder.Build());
   ASSERT_TRUE(OpenBytes(image));
   EXPECT_TRUE(Unpack());
-  for (int i = 1000; i <= start; i += 1000) {
+  for (std::size_t i = 1000; i <= start; i += 1000) {
     EXPECT_EQ(Out(std::to_string(i)), Pattern(kSector * 4).substr(i, kSector * 2 + 5)) << i;
   }
 

@@ -228,6 +228,7 @@ TEST_F(UdfOpen, RefusesPartitionMapsThatDoNotBind) {
   } cases[] = {{MakeUdfMaps({UdfBuilder::kSecondPartition}), 1},
                {MakeUdfMaps({number, number}), 2},
                {"\2" + map.substr(1), 1},
+               {"\1\7" + map.substr(2), 1},
                {map + "\2\x40", 2},
                {map, 0xFFFFFFFF}};
   for (const auto& [maps, count] : cases) {
@@ -347,8 +348,8 @@ TEST_F(UdfOpen, BoundsOverlappingDirectories) {
 
 TEST_F(UdfOpen, BoundsNamesOfOneLargeEntry) {
   UdfBuilder small(512);
-  const UdfNode& large = small.Root().AddFile("large", std::string(16000, 'x'));
-  small.Root().children[0]->allocation = kUdfEmbedded;
+  UdfNode& large = small.Root().AddFile("large", std::string(16000, 'x'));
+  large.allocation = kUdfEmbedded;
   for (int i = 0; i < 100; ++i) small.Root().AddFile("f" + std::to_string(i));
   std::string image = small.Build();
   const std::string icb = image.substr(small.LinkOffsetOf(large) - 4, 8);

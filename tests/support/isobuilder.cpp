@@ -60,7 +60,7 @@ void IsoBuilder::Write(std::string& image, IsoNode& node, const IsoNode& parent)
 
 // Without path tables, which are for systems that have no memory for folders.
 std::string IsoBuilder::Build() {
-  std::string image(kEndOfDescriptors, '\0');
+  std::string image(kPrimaryOffset + std::size_t{8} * 2048, '\0');
   Write(image, m_root, m_root);
   Put(image, kPrimaryOffset, "\1CD001\1");
   Put(image, kPrimaryOffset + 80, Both(BlocksOf(image.size()), 4));

@@ -38,10 +38,9 @@ class IsoBuilder {
   IsoNode& Root() { return m_root; }
   std::string Build();
 
-  /// Of the primary descriptor. The terminator follows; there is room for more
-  /// up to kEndOfDescriptors.
+  /// Of the primary descriptor. The terminator follows, and six sectors are free
+  /// for more.
   static constexpr std::size_t kPrimaryOffset = 32768;
-  static constexpr std::size_t kEndOfDescriptors = kPrimaryOffset + std::size_t{8} * 2048;
 
   // Where the last Build put things.
   std::uint32_t LocationOf(const IsoNode& node) const { return node.location; }

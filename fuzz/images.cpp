@@ -4,6 +4,7 @@
 #include "fuzz/sparseimage.h"
 #include "fuzz/target.h"
 #include "fuzz/unpackall.h"
+#include "tests/support/bytes.h"
 #include "tests/support/isobuilder.h"
 #include "tests/support/udfbuilder.h"
 
@@ -12,6 +13,8 @@ namespace {
 
 using testsupport::IsoBuilder;
 using testsupport::IsoNode;
+using testsupport::Little;
+using testsupport::Put;
 using testsupport::UdfBuilder;
 using testsupport::UdfNode;
 
@@ -48,28 +51,27 @@ void RunUdf(std::string_view bytes) { Run(bytes, Sums::kPutRight); }
 std::vector<std::string> IsoSeeds() {
   std::vector<std::string> seeds;
   for (const std::uint32_t blockSize : {512U, 1024U, 2048U}) {
-    IsoBuilder builder;
-    builder.Options().blockSize = blockSize;
+    IsoBuilder builder(blockSize);
     AddTree(builder.Root());
     seeds.push_back(SeedOf(builder.Build()));
   }
   IsoBuilder odd;
   IsoNode& folder = odd.Root().AddFolder("D");
-  folder.AddFile("LATE", "late").extendedAttributeBlocks = 1;
-  folder.AddFile("MANY", "many").flags = testsupport::kIsoFlagMultiExtent;
-  IsoNode& loop = folder.AddFolder("LOOP");
-  odd.Build();
-  loop.location = odd.LocationOf(odd.Root());
-  seeds.push_back(SeedOf(odd.Build()));
+  const IsoNode& late = folder.AddFile("LATE", "late");
+  const IsoNode& many = folder.AddFile("MANY", "many");
+  const IsoNode& loop = folder.AddFolder("LOOP");
+  std::string image = odd.Build();
+  ++image[odd.RecordOffsetOf(late) + 1];          // behind an extended attribute record
+  image[odd.RecordOffsetOf(many) + 25] = '\x80';  // in many extents
+  Put(image, odd.LinkOffsetOf(loop), Little(odd.LocationOf(odd.Root()), 4));
+  seeds.push_back(SeedOf(image));
   return seeds;
 }
 
 std::vector<std::string> UdfSeeds() {
   std::vector<std::string> seeds;
   for (const std::uint32_t sectorSize : {512U, 2048U}) {
-    UdfBuilder builder;
-    builder.Options().sectorSize = sectorSize;
-    builder.Options().sequenceSectors = 5;
+    UdfBuilder builder(sectorSize);
     AddTree(builder.Root());
     builder.Root().AddFile("in", "embedded").allocation = testsupport::kUdfEmbedded;
     UdfNode& pieces = builder.Root().AddFile("pieces", std::string(3 * sectorSize, 'p'));
@@ -82,9 +84,9 @@ std::vector<std::string> UdfSeeds() {
   hole.informationLength = 5000;
   hole.extents = {{testsupport::kUdfNotAllocated | 4096, 0, 0},
                   {testsupport::kUdfContinuation | 2048, 1, 0}};
-  odd.AddVolume().partitionNumber = 1;
-  odd.Root(1).AddFile("second", "2").compression = 16;
-  seeds.push_back(SeedOf(odd.Build()));
+  UdfBuilder second;
+  second.Root().AddFile("second", "2").identifier = "\20second";
+  seeds.push_back(SeedOf(second.Build(odd.Build())));
   return seeds;
 }
 

@@ -1,5 +1,5 @@
-// Pure UDF images that mkudffs made and the kernel filled, and bridge images
-// of genisoimage: what others record must come out as it went in.
+// Pure UDF images that mkudffs made and the kernel filled, and ISO 9660 and
+// bridge images of tools: what others record must come out as it went in.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -39,42 +39,27 @@ TEST(UdfFixtures, ComeOutAsTheKernelWroteThem) {
     EXPECT_TRUE(unpacker.IsListComplete());
     EXPECT_TRUE(unpacker.UnpackArchive(folder.LibraryPath("out"))) << size;
     EXPECT_EQ(TreeOf(folder.Path("out")), ExpectedTree()) << size;
-    struct stat status {};
-    ASSERT_EQ(stat(folder.Path("out/hole.bin").c_str(), &status), 0);
-    EXPECT_LT(status.st_blocks, 40) << "the hole stays one";
   }
 }
 
-TEST(UdfBridge, ComesOutWithItsUdfNames) {
-  const TempFolder folder;
-  WriteFile(folder.Path("tree/Docs and more/a long name.txt"), "a");
-  WriteFile(folder.Path("tree/big.bin"), std::string(700000, '\3'));
-  WriteFile(folder.Path("tree/\u00fcber.txt"), "u");
-  const std::string command = "genisoimage -quiet -udf -input-charset utf-8 -o " +
-                              folder.Path("x.iso") + " " + folder.Path("tree");
-  ASSERT_EQ(system(command.c_str()), 0);
-  CIsoUnpacker unpacker;
-  ASSERT_TRUE(unpacker.OpenArchive(folder.LibraryPath("x.iso")));
-  EXPECT_TRUE(unpacker.UnpackArchive(folder.LibraryPath("out")));
-  EXPECT_EQ(TreeOf(folder.Path("out")), TreeOf(folder.Path("tree")));
-}
-
-// Unpacking it would write 4 GiB; the distance is covered by the images of
-// udf_extract_test.cpp, whose holes cost nothing.
-TEST(UdfBridge, ListsAFileOfMoreThan4GiB) {
-  const TempFolder folder;
-  mkdir(folder.Path("tree").c_str(), 0777);
-  const std::string commands = "cd " + folder.Path() +
-                               " && truncate -s 4300000000 tree/huge.bin"
-                               " && genisoimage -quiet -udf -allow-limited-size -o - tree |"
-                               " cp --sparse=always /dev/stdin x.iso";
-  ASSERT_EQ(system(commands.c_str()), 0);
-  CIsoUnpacker unpacker;
-  ASSERT_TRUE(unpacker.OpenArchive(folder.LibraryPath("x.iso")));
-  ISOFILEFULLINFO info;
-  ASSERT_TRUE(unpacker.LocateFile(L"huge.bin") && unpacker.GetFileFullInfo(info));
-  EXPECT_EQ(info.nSize64, 4300000000U);
-  EXPECT_EQ(info.nPackedSize, 4300001280U) << "whole blocks";
+TEST(ToolImages, ComeOutAsTheyWentIn) {
+  const std::pair<std::string, const char*> cases[] = {
+      {"genisoimage -quiet -iso-level 1 -J -R", "MORE.TXT"},
+      {"xorriso -report_about SORRY -as mkisofs -iso-level 3 -J -r", "MORE.TXT"},
+      {"genisoimage -quiet -udf -input-charset utf-8", "Docs and more/a long n\u00e4me.txt"}};
+  for (const auto& [tool, name] : cases) {
+    const TempFolder folder;
+    WriteFile(folder.Path("tree/DOCS/DEEP/ER/DATA.BIN"), std::string(700000, '\7'));
+    WriteFile(folder.Path("tree/EMPTY.TXT"), "");
+    WriteFile(folder.Path("tree/" + std::string(name)), "more");
+    mkdir(folder.Path("tree/NOTHING").c_str(), 0777);
+    const std::string command = tool + " -o " + folder.Path("x.iso") + " " + folder.Path("tree");
+    ASSERT_EQ(system(command.c_str()), 0) << command;
+    CIsoUnpacker unpacker;
+    ASSERT_TRUE(unpacker.OpenArchive(folder.LibraryPath("x.iso"))) << tool;
+    EXPECT_TRUE(unpacker.UnpackArchive(folder.LibraryPath("out"))) << tool;
+    EXPECT_EQ(TreeOf(folder.Path("out")), TreeOf(folder.Path("tree"))) << tool;
+  }
 }
 
 }  // namespace

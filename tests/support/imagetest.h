@@ -1,8 +1,6 @@
 // What the tests of both kinds of disc images start from.
 #pragma once
 
-#include <optional>
-
 #include "support/isobuilder.h"
 #include "support/udfbuilder.h"
 #include "support/unpacktest.h"
@@ -17,15 +15,6 @@ class ImageTest : public UnpackTest<CIsoUnpacker> {
     ISOFILEFULLINFO info;
     EXPECT_TRUE(unpacker.LocateFile(path) && unpacker.GetFileFullInfo(info));
     return info;
-  }
-  /// No item is listed when an image has a date that cannot be.
-  std::optional<HRESULT> ErrorOfOpening() {
-    try {
-      OpenImage();
-    } catch (const CAtlException& error) {
-      return error.m_hr;
-    }
-    return std::nullopt;
   }
 
   Builder builder;

@@ -3,21 +3,20 @@
 
 #include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace testsupport {
 
 template <class Node>
 struct TreeNode {
-  Node& AddFile(std::string nodeName, std::string bytes = {}) {
+  Node& AddFile(const std::string& nodeName, const std::string& bytes = {}) {
     Node& node = *children.emplace_back(std::make_unique<Node>());
-    node.name = std::move(nodeName);
-    node.content = std::move(bytes);
+    node.name = nodeName;
+    node.content = bytes;
     return node;
   }
-  Node& AddFolder(std::string nodeName) {
-    Node& node = AddFile(std::move(nodeName));
+  Node& AddFolder(const std::string& nodeName) {
+    Node& node = AddFile(nodeName);
     node.isFolder = true;
     return node;
   }

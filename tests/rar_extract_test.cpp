@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
-#include <array>
 #include <filesystem>
 #include <new>
 
@@ -48,31 +47,20 @@ TEST_F(RarExtract, KeepsTheExistingFileWhenExtractionFails) {
   host.messageBoxAnswers = {IDOK};
   EXPECT_TRUE(Unpack()) << "the last file is good";
   EXPECT_THAT(Out(), ElementsAre(Pair("A", "old"), Pair("B", "b")));
-  ASSERT_EQ(host.messageBoxes.size(), 1U);
-  EXPECT_EQ(host.messageBoxes[0].text, L"Corrupt file or wrong password.");
   EXPECT_THAT(problems, ElementsAre(Pair(L"A", RarProblem::kDamaged)));
 }
 
 TEST_F(RarExtract, AsksForThePasswordOfFiles) {
-  Set({});
-  ASSERT_TRUE(OpenFixture("encrypted-files.rar"));
-  host.dialogAnswers = {TypePassword(L"secret")};
-  EXPECT_TRUE(Unpack());
-  EXPECT_EQ(host.dialogs.size(), 1U);
-  EXPECT_EQ(Out("DOCS/A.TXT"), "alpha\n");
   ASSERT_TRUE(OpenFixture("solid-encrypted-files.rar"));
   host.dialogAnswers = {TypePassword(L"secret")};
   EXPECT_TRUE(Unpack(L"TOP.TXT")) << "others come before it";
   EXPECT_EQ(Out("TOP.TXT"), "top");
-  Set({.bConfirmReplace = 1});
   WriteFile(folder.Path("out/DOCS/SUB/NUMBERS"), "old");
-  WriteFile(folder.Path("out/TOP.TXT"), "old");
   WriteFile(folder.Path("out/DOCS/A.TXT"), "old");
   host.dialogAnswers = {DialogAnswer::Press(kNo), DialogAnswer::Press(kYes),
                         TypePassword(L"secret"), DialogAnswer::Press(kYes)};
   EXPECT_TRUE(Unpack()) << "it builds on a file that was kept";
-  EXPECT_EQ(Out("DOCS/SUB/NUMBERS"), "old");
-  EXPECT_EQ(Out("DOCS/A.TXT"), "alpha\n");
+  EXPECT_EQ(Out("DOCS/SUB/NUMBERS") + Out("DOCS/A.TXT"), "oldalpha\n");
 }
 
 TEST_F(RarExtract, TellsWrongEmptyAndCancelledPasswordsApart) {
@@ -82,12 +70,9 @@ TEST_F(RarExtract, TellsWrongEmptyAndCancelledPasswordsApart) {
   host.dialogAnswers = std::deque<DialogAnswer>(3, TypePassword(L"wrong"));
   host.messageBoxAnswers = std::deque<int>(3, IDOK);
   Unpack();
-  EXPECT_THAT(problems, ElementsAre(Pair(testing::_, RarProblem::kWrongPassword),
-                                    Pair(testing::_, RarProblem::kWrongPassword),
-                                    Pair(testing::_, RarProblem::kWrongPassword)));
-  EXPECT_EQ(host.messageBoxes[0].text, L"The specified password is incorrect.");
+  EXPECT_THAT(problems, testing::Each(Pair(testing::_, RarProblem::kWrongPassword)));
+  EXPECT_EQ(host.messageBoxes.size(), 3U);
   EXPECT_TRUE(Exists(folder.Path("out/EMPTY"))) << "the run goes on";
-
   for (const DialogAnswer& answer :
        {TypePassword(L""), DialogAnswer::Press(IDCANCEL), DialogAnswer::CannotRun()}) {
     problems.clear();
@@ -96,24 +81,20 @@ TEST_F(RarExtract, TellsWrongEmptyAndCancelledPasswordsApart) {
     EXPECT_THAT(problems, ElementsAre(Pair(testing::_, RarProblem::kNoPassword)));
     EXPECT_EQ(unpacker.GetWalkProblem(), RarProblem::kNoPassword) << "the run ended there";
   }
-  EXPECT_EQ(host.messageBoxes.size(), 3U) << "no message for these";
   EXPECT_EQ(Out("DOCS/A.TXT"), "old");
 }
 
 TEST_F(RarExtract, WritesNoPasswordBeyondTheEnginesBuffer) {
-  std::array<char, 16> buffer{};
-  buffer.fill('#');
-  const auto ask = [&](const std::wstring& password, LPARAM capacity) {
+  for (const auto& [password, expected, answer] :
+       {std::tuple(L"1234567", std::string("1234567\0#", 9), 0), {L"12345678", "#########", -1}}) {
+    std::string buffer(9, '#');
     host.dialogAnswers = {TypePassword(password)};
     CRarUnpacker& asked = unpacker;
-    return unpacker.CallbackProc(2, reinterpret_cast<LPARAM>(&asked),
-                                 reinterpret_cast<LPARAM>(buffer.data()), capacity);
-  };
-  EXPECT_EQ(ask(L"1234567", 8), 0);
-  EXPECT_STREQ(buffer.data(), "1234567");
-  buffer.fill('#');
-  EXPECT_EQ(ask(L"12345678", 8), -1);
-  EXPECT_EQ(std::string(buffer.data(), 16), std::string(16, '#'));
+    EXPECT_EQ(unpacker.CallbackProc(2, reinterpret_cast<LPARAM>(&asked),
+                                    reinterpret_cast<LPARAM>(buffer.data()), 8),
+              answer);
+    EXPECT_EQ(buffer, expected);
+  }
 }
 
 TEST_F(RarExtract, JoinsVolumesAndNamesTheMissingOne) {
@@ -123,17 +104,13 @@ TEST_F(RarExtract, JoinsVolumesAndNamesTheMissingOne) {
   const std::string big = Out("BIG.TXT");
   EXPECT_EQ(big.size(), 2692U);
 
-  // From its midst, only what begins there comes out.
-  ASSERT_TRUE(OpenFixture("set.part3.rar"));
   Set({});
-  EXPECT_TRUE(Unpack());
-  EXPECT_THAT(problems, ElementsAre(Pair(L"BIG.TXT", RarProblem::kBeginsEarlier)));
-  EXPECT_EQ(Out("BIG.TXT"), big);
-
-  problems.clear();
+  ASSERT_TRUE(OpenFixture("set.part3.rar"));
+  EXPECT_TRUE(Unpack()) << "what begins there comes out";
   ASSERT_TRUE(OpenFirstTwoVolumes());
   EXPECT_FALSE(Unpack());
-  EXPECT_THAT(problems, ElementsAre(Pair(L"BIG.TXT", RarProblem::kMissingVolume)));
+  EXPECT_THAT(problems, ElementsAre(Pair(L"BIG.TXT", RarProblem::kBeginsEarlier),
+                                    Pair(L"BIG.TXT", RarProblem::kMissingVolume)));
   EXPECT_EQ(missing, folder.LibraryPath("set.part3.rar"));
   EXPECT_EQ(Out("BIG.TXT"), big) << "what was there is back";
 }
@@ -154,56 +131,43 @@ TEST_F(RarExtract, MakesSafeLinksAndCopies) {
                                  Pair("D/SAME1", numbers), Pair("D/SAME2", numbers),
                                  Pair("D/SOFT@", "ONE"), Pair("D/UP@", "..")));
   EXPECT_EQ(StatusOf("D/HARD").st_ino, StatusOf("D/ONE").st_ino);
-
-  const testsupport::TempFolder alone;
-  EXPECT_TRUE(unpacker.UnpackFile(L"D\\HARD", alone.LibraryPath()));
-  EXPECT_THAT(TreeOf(alone.Path()), ElementsAre(Pair("D/", ""), Pair("D/HARD", "one")))
-      << "it comes out with the data of the file that it names";
+  EXPECT_TRUE(unpacker.UnpackFile(L"D\\HARD", folder.LibraryPath()));
+  EXPECT_EQ(ReadFile(folder.Path("D/HARD")), "one") << "alone it has the data that it names";
 }
 
 TEST_F(RarExtract, RefusesLinksThatLeadOut) {
   WriteFile(folder.Path("planted"), "untouched");
-  std::vector<RarItem> items;
-  for (const char* target : {"../planted", "/etc/passwd", "sub/../../planted", "..", "a/.."}) {
-    items.push_back(
-        {.path = "L" + std::to_string(items.size()), .redirection = 1, .redirectsTo = target});
-  }
-  items.push_back({.path = "deep/out", .redirection = 1, .redirectsTo = "../../planted"});
-  items.push_back({.path = "H", .redirection = 4, .redirectsTo = "../planted"});
-  items.push_back({.path = "F", .redirection = 5, .redirectsTo = "planted"});
-  items.push_back({.path = "SELF", .redirection = 4, .redirectsTo = "SELF"});
+  const std::vector<RarItem> items{
+      {.path = "L", .redirection = 1, .redirectsTo = "../planted"},
+      {.path = "deep/out", .redirection = 1, .redirectsTo = "../../planted"},
+      {.path = "H", .redirection = 4, .redirectsTo = "../planted"},
+      {.path = "F", .redirection = 5, .redirectsTo = "planted"},
+      {.path = "SELF", .redirection = 4, .redirectsTo = "SELF"}};
   ASSERT_TRUE(OpenBuilt(items));
   // Where the engine would look for the sources of links and copies.
   const std::string before = std::filesystem::current_path();
   ASSERT_EQ(chdir(folder.Path().c_str()), 0);
-  Unpack();
-  EXPECT_FALSE(Unpack(L"H"));
-  EXPECT_FALSE(Unpack(L"SELF"));
+  EXPECT_FALSE(Unpack() || Unpack(L"H") || Unpack(L"SELF"));
   ASSERT_EQ(chdir(before.c_str()), 0);
-  EXPECT_THAT(Names(), ElementsAre("deep/"));
   EXPECT_EQ(problems.size(), items.size() + 2);
 
-  ASSERT_TRUE(
-      OpenBytes(testsupport::BuildRar4({.path = "L", .data = "x/../../planted", .mode = 0120777})));
-  EXPECT_FALSE(Unpack());
-  ASSERT_TRUE(OpenBytes(testsupport::BuildRar4({.path = "S", .data = "x/y", .mode = 0120777})));
-  EXPECT_TRUE(Unpack());
-  EXPECT_THAT(Names(), ElementsAre("S@", "deep/"));
-  EXPECT_EQ(ReadFile(folder.Path("planted")), "untouched");
+  // In the older format the data of a link is its target.
+  for (const char* target : {"x/../../planted", "x/y"}) {
+    ASSERT_TRUE(OpenBytes(testsupport::BuildRar4({.path = "S", .data = target, .mode = 0120777})));
+    Unpack();
+  }
+  EXPECT_THAT(Out(), ElementsAre(Pair("S@", "x/y"), Pair("deep/", "")));
 }
 
 // The engine refuses such links too, which would hide a fault here.
 TEST(RarLinks, ClimbFirstAndNoHigherThanTheTarget) {
-  const struct {
-    const wchar_t* target;
-    std::size_t depth;
-    bool staysInside;
-  } cases[] = {{L"a\\b", 0, true},      {L".\\a", 0, true},    {L"..", 1, true},
-               {L"..\\..\\a", 2, true}, {L"", 0, false},       {L"\\etc", 3, false},
-               {L"..", 0, false},       {L"..\\..", 1, false}, {L"a\\..", 3, false},
-               {L"..\\a\\..", 3, false}};
-  for (const auto& [target, depth, staysInside] : cases) {
-    EXPECT_EQ(rar::StaysInside(target, depth), staysInside) << target << ", " << depth;
+  using Links = std::vector<std::pair<std::wstring, std::size_t>>;
+  for (const auto& [target, depth] : Links{{L"a\\b", 0}, {L".\\a", 0}, {L"..\\..\\a", 2}}) {
+    EXPECT_TRUE(rar::StaysInside(target, depth)) << target;
+  }
+  for (const auto& [target, depth] : Links{
+           {L"", 0}, {L"\\etc", 3}, {L"..", 0}, {L"..\\..", 1}, {L"a\\..", 3}, {L"..\\a\\..", 3}}) {
+    EXPECT_FALSE(rar::StaysInside(target, depth)) << target;
   }
 }
 
@@ -228,17 +192,13 @@ TEST_F(RarExtract, NeverWritesThroughLinksOfItsOwn) {
   EXPECT_THAT(Out(), ElementsAre(Pair("HARD", "mine"), Pair("OWN@", "HERE")));
 }
 
-TEST_F(RarExtract, WritesNothingForHostileNames) {
-  WriteFile(folder.Path("planted"), "untouched");
-  std::vector<RarItem> items;
-  items.push_back({.path = std::string(1024, 'x'), .data = "evil"});
-  items.push_back({.path = "../up", .mode = 0x10, .isFolder = true});
-  items.push_back({.path = "GOOD", .data = "good"});
-  ASSERT_TRUE(OpenBuilt(items));
+TEST_F(RarExtract, WritesNothingForNamesThatAreTooLongOrClimb) {
+  ASSERT_TRUE(OpenBuilt({{.path = std::string(1024, 'x'), .data = "evil"},
+                         {.path = "../up", .mode = 0x10, .isFolder = true},
+                         {.path = "GOOD", .data = "good"}}));
   EXPECT_TRUE(Unpack());
-  EXPECT_THAT(Out(), ElementsAre(Pair("GOOD", "good")));
-  EXPECT_EQ(TreeOf(folder.Path()).size(), 4U) << "x, planted, out and GOOD";
-  EXPECT_EQ(ReadFile(folder.Path("planted")), "untouched");
+  EXPECT_THAT(TreeOf(folder.Path()),
+              ElementsAre(Pair("out/", ""), Pair("out/GOOD", "good"), Pair("x", testing::_)));
 }
 
 TEST_F(RarExtract, UnpacksTheItemInHandByItsOwnWalk) {
@@ -250,9 +210,9 @@ TEST_F(RarExtract, UnpacksTheItemInHandByItsOwnWalk) {
   EXPECT_FALSE(unpacker.UnpackCurrentFile(L"AGAIN", Target())) << "it is done with";
   EXPECT_TRUE(unpacker.FindNextFile() && unpacker.GetFileFullInfo(info));
   EXPECT_EQ(info.strPath, L"DOCS\\SUB\\NUMBERS") << "the walk is in step";
-  EXPECT_FALSE(unpacker.UnpackCurrentFile(L"..\\X", Target()));
-  EXPECT_FALSE(unpacker.UnpackCurrentFile(std::wstring(3000, L'x'), Target()));
-  EXPECT_FALSE(unpacker.UnpackCurrentFile(L"X", folder.LibraryPath("nowhere")));
+  for (const std::wstring& name : {std::wstring(L"..\\X"), std::wstring(3000, L'x')}) {
+    EXPECT_FALSE(unpacker.UnpackCurrentFile(name, Target()));
+  }
 }
 
 }  // namespace

@@ -6,11 +6,18 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include "platform/text.h"
+#include "sevenzip/filestreams.h"
+#include "sevenzip/opencallback.h"
+#include "sevenzip/splithandler.h"
+#include "sevenzip/volumesequence.h"
 #include "support/command.h"
 #include "support/unpacktest.h"
 
 namespace {
 
+using sevenzip::Create;
+using sevenzip::CVolumeSequence;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testsupport::DialogAnswer;
@@ -82,8 +89,7 @@ TEST_F(SevenZip, ListsFoldersAndFilesAsTheyAre) {
   EXPECT_TRUE(unpacker.IsFolder(L"img") && !unpacker.IsFolder(L"IMG"));
 }
 
-TEST_F(SevenZip, AnswersNothingBeforeAWalkOrWithoutAnArchive) {
-  SEVENZIPFILESHORTINFO info;
+TEST_F(SevenZip, AnswersNothingWithoutAnArchive) {
   EXPECT_FALSE(unpacker.CloseArchive());
   EXPECT_EQ(unpacker.GetArchiveOutputInfo(), L"");
   // The engine is there, but no file: what was made for it is released.
@@ -92,16 +98,14 @@ TEST_F(SevenZip, AnswersNothingBeforeAWalkOrWithoutAnArchive) {
 
   Put("one", "1");
   Make("");
-  ASSERT_TRUE(Open("x.7z"));
-  EXPECT_FALSE(unpacker.GetFileShortInfo(info));
-  EXPECT_TRUE(unpacker.FindFile());
-  EXPECT_FALSE(unpacker.FindNextFile());
-  EXPECT_TRUE(unpacker.GetFileShortInfo(info));
+  ASSERT_TRUE(Open("x.7z") && unpacker.FindFile());
+  SEVENZIPFILESHORTINFO info;
+  EXPECT_FALSE(unpacker.GetFileShortInfo(info)) << "before the first and behind the last";
+  EXPECT_EQ(Records().size(), 1U);
   unpacker.FindNextFile();
   EXPECT_FALSE(unpacker.GetFileShortInfo(info));
   C7zUnpacker copy(unpacker);
   EXPECT_FALSE(copy.FindFile()) << "a copy has no archive";
-  EXPECT_TRUE(unpacker.FindFile());
 }
 
 TEST_F(SevenZip, UnpacksWhatEveryMethodPacked) {
@@ -222,6 +226,61 @@ TEST_F(SevenZip, IsTheSameAfterAThousandOpens) {
   Make("");
   for (int i = 0; i < 1000; ++i) ASSERT_TRUE(Open("x.7z")) << i;
   EXPECT_TRUE(Unpack());
+}
+
+// Volumes.
+
+TEST(SevenZipVolumes, AreCountedOnInDigitsAndLetters) {
+  const struct {
+    const wchar_t* first;
+    int steps;
+    const wchar_t* expected;
+  } cases[] = {{L"a.7z.001", 1, L"a.7z.002"}, {L"a.7z.001", 999, L"a.7z.1000"},
+               {L"a.01", 99, L"a.100"},       {L"b.aa", 26, L"b.ba"},
+               {L"b.AA", 1, L"b.AB"},         {L"b.aa", 25 * 26 - 1, L"b.yz"},
+               {L"b.aa", 25 * 26, L"b.zaaa"}, {L"b.aa", 25 * 26 + 1, L"b.zaab"},
+               {L"b.xaa", 1, L"b.xab"},       {L"aaa", 1, L"aab"}};
+  for (const auto& [first, steps, expected] : cases) {
+    auto sequence = CVolumeSequence::OfFirstVolume(first);
+    ASSERT_TRUE(sequence) << first;
+    std::wstring name;
+    for (int i = 0; i < steps; ++i) name = sequence->GetNextName();
+    EXPECT_EQ(name, expected);
+  }
+  for (const wchar_t* name : {L"data.7z", L"data.002", L"data.x01", L"data.1", L"data.a", L"."}) {
+    EXPECT_FALSE(CVolumeSequence::OfFirstVolume(name)) << name;
+  }
+}
+
+TEST(SevenZipVolumes, EndWhereTheyEndWhenJoined) {
+  const testsupport::TempFolder folder;
+  WriteFile(folder.Path("s.001"), "first");
+  WriteFile(folder.Path("s.002"), "second");
+  const auto callback = Create<sevenzip::C7zmvOpenCallback>();
+  ASSERT_TRUE(callback->Init(folder.LibraryPath("s.001")));
+  const auto first = Create<sevenzip::CInFileStream>();
+  ASSERT_TRUE(first->Open(folder.LibraryPath("s.001")));
+  auto handler = Create<NArchive::NSplit::CHandler>();
+  EXPECT_EQ(handler->Open(first.Get(), nullptr, nullptr), S_FALSE);
+  // A callback that knows no volumes.
+  EXPECT_EQ(handler->Open(first.Get(), nullptr, Create<sevenzip::C7zOpenCallback>().Get()),
+            S_FALSE);
+  ASSERT_EQ(handler->Open(first.Get(), nullptr, callback.Get()), S_OK);
+  sevenzip::ComPtr<sevenzip::ISequentialInStream> joined;
+  ASSERT_EQ(handler->GetStream(0, joined.Receive()), S_OK);
+  // The stream keeps the volumes.
+  handler.Reset();
+  const auto stream = joined.Query<sevenzip::IInStream>();
+  std::string buffer(50, '\0');
+  DWORD read = 0;
+  for (const auto& [offset, expected] :
+       {std::pair(-8, "st"), {-6, "second"}, {0, ""}, {-11, "first"}}) {
+    EXPECT_EQ(stream->Seek(offset, sevenzip::kSeekEnd, nullptr), S_OK);
+    EXPECT_EQ(stream->Read(buffer.data(), 50, &read), S_OK);
+    EXPECT_EQ(buffer.substr(0, read), expected);
+  }
+  EXPECT_EQ(stream->Seek(1, sevenzip::kSeekEnd, nullptr), S_OK);
+  EXPECT_EQ(stream->Read(buffer.data(), 1, &read), E_FAIL);
 }
 
 // The command.

@@ -78,10 +78,8 @@ std::string BytesOf(const Block& block, const CabBuilder& builder) {
   return Little(builder.hasChecksums ? sum : 0, 4) + sizes + reserve + block.packed;
 }
 
-}  // namespace
-
 /// What a cabinet has of a folder.
-struct CabBuilder::Part {
+struct Part {
   explicit Part(const CabFolder& folder) : method(static_cast<unsigned>(folder.method)) {
     if (folder.method == CabMethod::kLzx) method |= folder.lzx.windowBits << 8;
   }
@@ -90,20 +88,21 @@ struct CabBuilder::Part {
   std::vector<Block> blocks;
 };
 
-struct CabBuilder::Entry {
+struct Entry {
   const CabFile* file;
   std::size_t offset;
   std::size_t folder;
 };
 
-std::string CabBuilder::Assemble(const std::vector<Part>& parts, const std::vector<Entry>& entries,
-                                 unsigned flags, std::size_t index,
-                                 const std::string& neighbours) const {
+std::string Assemble(const CabBuilder& builder, const std::vector<Part>& parts,
+                     const std::vector<Entry>& entries, unsigned flags = 0, std::size_t index = 0,
+                     const std::string& neighbours = {}) {
   std::string before;
-  if (headerReserve + folderReserve + blockReserve != 0) {
+  const std::string folderReserve(builder.folderReserve, 'f');
+  if (builder.headerReserve + builder.folderReserve + builder.blockReserve != 0) {
     flags |= 4;
-    before = Little(headerReserve, 2) + Little(folderReserve, 1) + Little(blockReserve, 1) +
-             std::string(headerReserve, 'R');
+    before = Little(builder.headerReserve, 2) + Little(builder.folderReserve, 1) +
+             Little(builder.blockReserve, 1) + std::string(builder.headerReserve, 'R');
   }
   before += neighbours;
   std::string table;
@@ -112,19 +111,21 @@ std::string CabBuilder::Assemble(const std::vector<Part>& parts, const std::vect
              Little(file->date, 2) + Little(file->time, 2) + Little(file->attribs, 2) + file->name +
              '\0';
   }
-  const std::size_t filesAt = 36 + before.size() + parts.size() * (8U + folderReserve);
+  const std::size_t filesAt = 36 + before.size() + parts.size() * (8 + folderReserve.size());
   const std::size_t dataAt = filesAt + table.size();
   std::string data;
   for (const Part& part : parts) {
     before += Little(dataAt + data.size(), 4) + Little(part.blocks.size(), 2) +
-              Little(part.method, 2) + std::string(folderReserve, 'f');
-    for (const Block& block : part.blocks) data += BytesOf(block, *this);
+              Little(part.method, 2) + folderReserve;
+    for (const Block& block : part.blocks) data += BytesOf(block, builder);
   }
   return "MSCF" + Little(0, 4) + Little(dataAt + data.size(), 4) + Little(0, 4) +
          Little(filesAt, 4) + Little(0, 4) + "\x03\x01" + Little(parts.size(), 2) +
          Little(entries.size(), 2) + Little(flags, 2) + Little(kSetId, 2) + Little(index, 2) +
          before + table + data;
 }
+
+}  // namespace
 
 std::string CabBuilder::Build() const {
   std::vector<Part> parts;
@@ -137,7 +138,7 @@ std::string CabBuilder::Build() const {
     }
     parts.emplace_back(folder).blocks = Pack(folder);
   }
-  return Assemble(parts, entries);
+  return Assemble(*this, parts, entries);
 }
 
 std::vector<std::string> CabBuilder::BuildSet(std::size_t packedBytes,
@@ -174,7 +175,7 @@ std::vector<std::string> CabBuilder::BuildSet(std::size_t packedBytes,
     if (k > 0) neighbours += names.at(k - 1) + '\0' + "disk" + '\0';
     if (k + 1 < count) neighbours += names.at(k + 1) + '\0' + "disk" + '\0';
     const unsigned flags = (k > 0 ? 1U : 0U) | (k + 1 < count ? 2U : 0U);
-    cabinets.push_back(Assemble({part}, entries, flags, k, neighbours));
+    cabinets.push_back(Assemble(*this, {part}, entries, flags, k, neighbours));
   }
   return cabinets;
 }

@@ -47,14 +47,6 @@ class CabBuilder {
   /// each, blocks cut where they do not fit. Cabinet k is named `names[k]`.
   std::vector<std::string> BuildSet(std::size_t packedBytes,
                                     const std::vector<std::string>& names) const;
-
- private:
-  struct Part;
-  struct Entry;
-
-  std::string Assemble(const std::vector<Part>& parts, const std::vector<Entry>& entries,
-                       unsigned flags = 0, std::size_t index = 0,
-                       const std::string& neighbours = {}) const;
 };
 
 }  // namespace testsupport

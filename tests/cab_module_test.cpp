@@ -314,19 +314,4 @@ TEST_F(CabModule, UnpacksFilesInAnyOrder) {
   EXPECT_TRUE(caller.output["B"] + caller.output["A"] == text);
 }
 
-TEST_F(CabModule, TellsWhatACabinetSaysOfItself) {
-  std::string& cabinet = caller.disk["x"];
-  cabinet = CabBuilder().Add(CabMethod::kStored, {{"A", "1"}, {"B", "2"}}).Build();
-  const INT_PTR file = OpenFile("x");
-  FDICABINETINFO info;
-  EXPECT_TRUE(Entry<PFNFDIISCABINET>("FDIIsCabinet")(hfdi, file, &info));
-  EXPECT_EQ(info.cbCabinet, static_cast<LONG>(cabinet.size()));
-  EXPECT_EQ(info.cFiles * 100 + info.cFolders * 10 + info.iCabinet, 210);
-  EXPECT_FALSE(info.fReserve || info.hasprev || info.hasnext);
-  cabinet.resize(35);
-  caller.open[file].position = 0;
-  EXPECT_FALSE(Entry<PFNFDIISCABINET>("FDIIsCabinet")(hfdi, file, &info));
-  Close(file);
-}
-
 }  // namespace

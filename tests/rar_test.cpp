@@ -161,18 +161,6 @@ TEST_F(RarTest, TellsWhyAListIsCutShort) {
   EXPECT_EQ(unpacker.GetWalkProblem(), RarProblem::kDamaged);
 }
 
-TEST_F(RarTest, CopiesOpenTheArchiveForThemselves) {
-  host.dialogAnswers = {TypePassword(L"secret")};
-  ASSERT_TRUE(OpenFixture("encrypted-headers.rar"));
-  CRarUnpacker copy = unpacker;
-  RARFILESHORTINFO info;
-  EXPECT_FALSE(copy.GetFileShortInfo(info)) << "not open yet";
-  EXPECT_TRUE(copy.FindFile() && copy.FindNextFile() && copy.GetFileShortInfo(info));
-  copy = unpacker;
-  EXPECT_FALSE(copy.CloseArchive());
-  EXPECT_TRUE(unpacker.CloseArchive());
-}
-
 TEST_F(RarTest, ForgetsAnswersWhateverTheOpenGives) {
   INIYESTOALL answers{1, 1, 1, 1};
   unpacker.SetIniYesToAll(answers);

@@ -6,22 +6,16 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "platform/text.h"
-#include "sevenzip/filestreams.h"
-#include "sevenzip/opencallback.h"
-#include "sevenzip/splithandler.h"
 #include "sevenzip/volumesequence.h"
 #include "support/command.h"
 #include "support/unpacktest.h"
 
 namespace {
 
-using sevenzip::Create;
 using sevenzip::CVolumeSequence;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testsupport::DialogAnswer;
-using testsupport::Exists;
 using testsupport::ReadFile;
 using testsupport::RunCommand;
 using testsupport::TreeOf;
@@ -228,8 +222,6 @@ TEST_F(SevenZip, IsTheSameAfterAThousandOpens) {
   EXPECT_TRUE(Unpack());
 }
 
-// Volumes.
-
 TEST(SevenZipVolumes, AreCountedOnInDigitsAndLetters) {
   const struct {
     const wchar_t* first;
@@ -250,37 +242,6 @@ TEST(SevenZipVolumes, AreCountedOnInDigitsAndLetters) {
   for (const wchar_t* name : {L"data.7z", L"data.002", L"data.x01", L"data.1", L"data.a", L"."}) {
     EXPECT_FALSE(CVolumeSequence::OfFirstVolume(name)) << name;
   }
-}
-
-TEST(SevenZipVolumes, EndWhereTheyEndWhenJoined) {
-  const testsupport::TempFolder folder;
-  WriteFile(folder.Path("s.001"), "first");
-  WriteFile(folder.Path("s.002"), "second");
-  const auto callback = Create<sevenzip::C7zmvOpenCallback>();
-  ASSERT_TRUE(callback->Init(folder.LibraryPath("s.001")));
-  const auto first = Create<sevenzip::CInFileStream>();
-  ASSERT_TRUE(first->Open(folder.LibraryPath("s.001")));
-  auto handler = Create<NArchive::NSplit::CHandler>();
-  EXPECT_EQ(handler->Open(first.Get(), nullptr, nullptr), S_FALSE);
-  // A callback that knows no volumes.
-  EXPECT_EQ(handler->Open(first.Get(), nullptr, Create<sevenzip::C7zOpenCallback>().Get()),
-            S_FALSE);
-  ASSERT_EQ(handler->Open(first.Get(), nullptr, callback.Get()), S_OK);
-  sevenzip::ComPtr<sevenzip::ISequentialInStream> joined;
-  ASSERT_EQ(handler->GetStream(0, joined.Receive()), S_OK);
-  // The stream keeps the volumes.
-  handler.Reset();
-  const auto stream = joined.Query<sevenzip::IInStream>();
-  std::string buffer(50, '\0');
-  DWORD read = 0;
-  for (const auto& [offset, expected] :
-       {std::pair(-8, "st"), {-6, "second"}, {0, ""}, {-11, "first"}}) {
-    EXPECT_EQ(stream->Seek(offset, sevenzip::kSeekEnd, nullptr), S_OK);
-    EXPECT_EQ(stream->Read(buffer.data(), 50, &read), S_OK);
-    EXPECT_EQ(buffer.substr(0, read), expected);
-  }
-  EXPECT_EQ(stream->Seek(1, sevenzip::kSeekEnd, nullptr), S_OK);
-  EXPECT_EQ(stream->Read(buffer.data(), 1, &read), E_FAIL);
 }
 
 // The command.

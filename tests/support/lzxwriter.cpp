@@ -91,19 +91,27 @@ struct Token {
   std::size_t end = 0;
 };
 
+/// Distances from a base on that its extra bits reach.
+struct Slot {
+  std::size_t index = 0;
+  std::uint32_t base = 0;
+  unsigned extraBits = 0;
+};
+
+Slot SlotOf(std::uint32_t distance) {
+  Slot slot;
+  while (distance - slot.base >= 1U << slot.extraBits) {
+    slot.base += 1U << slot.extraBits;
+    const auto index = static_cast<unsigned>(++slot.index);
+    slot.extraBits = index < 4 ? 0 : std::min(index / 2 - 1, 17U);
+  }
+  return slot;
+}
+
 class Writer {
  public:
   Writer(std::string data, const LzxSettings& settings)
-      : m_data(std::move(data)), m_settings(settings), m_nWindow(1U << settings.windowBits) {
-    std::uint32_t base = 0;
-    for (unsigned i = 0; base < m_nWindow; ++i) {
-      m_extraBits.push_back(i < 4 ? 0 : std::min(i / 2 - 1, 17U));
-      m_bases.push_back(base);
-      base += 1U << m_extraBits.back();
-    }
-    m_literalLengths.assign(kLiterals, 0);
-    m_matchLengths.assign(8 * m_bases.size(), 0);
-  }
+      : m_data(std::move(data)), m_settings(settings), m_nWindow(1U << settings.windowBits) {}
 
   std::vector<std::string> Write() {
     const auto size = static_cast<std::uint32_t>(m_settings.translationSize);
@@ -200,16 +208,23 @@ class Writer {
     before = lengths;
   }
 
-  /// A match with the last place that begins alike, where there is one.
+  /// The longest match from where the last ones came, or with the last place
+  /// that begins alike.
   Token NextToken(std::size_t at, std::size_t end) {
-    const std::size_t from = m_places[Hash(at)];
     const std::size_t most = std::min(end - at, kLongestMatch);
-    std::size_t length = 0;
-    if (from < at && at - from <= m_nWindow - 3) {
-      while (length < most && m_data[from + length] == m_data[at + length]) ++length;
+    std::size_t length = 1;
+    std::uint32_t distance = 0;
+    const auto found = static_cast<std::uint32_t>(at - m_places[Hash(at)]);
+    for (const std::uint32_t candidate : {m_recent[0], m_recent[1], m_recent[2], found}) {
+      if (candidate > at || candidate > m_nWindow - 3) continue;
+      std::size_t alike = 0;
+      while (alike < most && m_data[at - candidate + alike] == m_data[at + alike]) ++alike;
+      if (alike <= length) continue;
+      length = alike;
+      distance = candidate;
     }
     Token token{.symbol = static_cast<std::uint8_t>(m_data[at]), .end = at + 1};
-    if (length >= 3) token = MatchToken(at, length, static_cast<std::uint32_t>(at - from));
+    if (length > 1) token = MatchToken(at, length, distance);
     for (; at < token.end; ++at) m_places[Hash(at)] = at;
     return token;
   }
@@ -222,10 +237,10 @@ class Writer {
       std::swap(m_recent[0], m_recent[slot]);
     } else {
       m_recent = {distance, m_recent[0], m_recent[1]};
-      const auto above = std::upper_bound(m_bases.begin(), m_bases.end(), distance + 2);
-      slot = static_cast<std::size_t>(above - m_bases.begin() - 1);
-      token.extra = distance + 2 - m_bases[slot];
-      token.extraBits = m_extraBits[slot];
+      const Slot found = SlotOf(distance + 2);
+      slot = found.index;
+      token.extra = distance + 2 - found.base;
+      token.extraBits = found.extraBits;
     }
     const std::size_t header = std::min<std::size_t>(length - 2, 7);
     token.symbol = kLiterals + slot * 8 + header;
@@ -242,13 +257,10 @@ class Writer {
 
   std::string m_data;
   LzxSettings m_settings;
-  std::size_t m_nWindow;
-  /// Of each slot of distances.
-  std::vector<std::uint32_t> m_bases;
-  std::vector<unsigned> m_extraBits;
+  std::uint32_t m_nWindow;
   /// As the block before had them.
-  Lengths m_literalLengths;
-  Lengths m_matchLengths;
+  Lengths m_literalLengths = Lengths(kLiterals);
+  Lengths m_matchLengths = Lengths(8 * SlotOf(m_nWindow).index);
   Lengths m_lengthLengths = Lengths(249);
   std::array<std::uint32_t, 3> m_recent{1, 1, 1};
   /// By the hash of the bytes there; none is past all.

@@ -135,25 +135,16 @@ TEST_F(SevenZip, GivesFilesTheirModesButNoSetUidAndNoLinks) {
 }
 
 TEST_F(SevenZip, DeletesOnlyTheFileThatWasBeingWritten) {
-  Put("1", Numbers(100000));
-  Put("2", Numbers(400000));
-  Put("3", "three");
+  Put("1", Numbers(400000));
+  Put("2", "two");
   Make("-mx1 -m0=lzma -ms=on");
   ASSERT_TRUE(Open("x.7z"));
-  StopIn(L"2", {IDYES});
-  EXPECT_FALSE(Unpack());
-  EXPECT_THAT(Names(), ElementsAre("1"));
-
-  StopIn(L"2", {IDNO});
-  Set({});
-  EXPECT_TRUE(Unpack());
-  EXPECT_THAT(Names(), ElementsAre("1", "2", "3"));
-
   // The engine decodes what comes before: a stop there has no file to delete.
-  WriteFile(folder.Path("out/3"), "mine");
-  StopIn(L"3", {IDYES});
-  EXPECT_FALSE(Unpack(L"3"));
-  EXPECT_EQ(Out("3"), "mine");
+  WriteFile(folder.Path("out/2"), "mine");
+  Set({});
+  StopIn(L"2", {IDYES});
+  EXPECT_FALSE(Unpack(L"2"));
+  EXPECT_EQ(Out("2"), "mine");
 }
 
 TEST_F(SevenZip, AsksForPasswordsOncePerOperation) {

@@ -259,18 +259,17 @@ TEST_F(SevenZip, CommandTellsAWrongPassword) {
   Put("b", Numbers(3001));
   Make("-pright -mx0 -ms=off");
   Make("-pright -mhe", "h.7z");
-  WriteFile(folder.Path("wrong"), "wrong\n");
-  const auto errorsOf = [&](testsupport::Arguments arguments, int exitCode) {
-    arguments.insert(arguments.end(), {"--password-file", folder.Path("wrong")});
-    const auto result = RunCommand(arguments);
-    EXPECT_EQ(result.exitCode, exitCode);
-    return result.errors;
-  };
-  EXPECT_THAT(
-      errorsOf({"extract", folder.Path("x.7z"), "-C", folder.Path("out")}, 1),
-      AllOf(HasSubstr("a: wrong content: the password is wrong, or the archive is damaged\n"),
-            HasSubstr("b: wrong content:")));
-  EXPECT_THAT(errorsOf({"list", folder.Path("h.7z")}, 2), HasSubstr("wrong password or damaged"));
+  const std::string password = folder.Path("wrong");
+  WriteFile(password, "wrong\n");
+  const auto extracted = RunCommand(
+      {"extract", folder.Path("x.7z"), "-C", folder.Path("out"), "--password-file", password});
+  EXPECT_EQ(extracted.exitCode, 1);
+  EXPECT_THAT(extracted.errors,
+              HasSubstr("a: wrong content: the password is wrong, or the archive is damaged\n"));
+  EXPECT_THAT(extracted.errors, HasSubstr("b: wrong content:"));
+  const auto listed = RunCommand({"list", folder.Path("h.7z"), "--password-file", password});
+  EXPECT_EQ(listed.exitCode, 2);
+  EXPECT_THAT(listed.errors, HasSubstr("wrong password or damaged"));
   EXPECT_THAT(RunCommand({"list", folder.Path("h.7z")}).errors, HasSubstr("no password was given"));
 }
 

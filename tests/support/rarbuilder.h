@@ -22,7 +22,7 @@ struct RarItem {
 
 class RarBuilder {
  public:
-  RarBuilder& Add(RarItem item) {
+  RarBuilder& Add(const RarItem& item) {
     items_ += Rar5Header(item) + item.data;
     return *this;
   }

@@ -87,7 +87,7 @@ INT_PTR Notify(FDINOTIFICATIONTYPE type, FDINOTIFICATION* about) {
   caller.log += " ";
   // Where there is no cabinet, this caller names another folder.
   const bool isNoCabinet = type == fdintNEXT_CABINET && about->fdie == FDIERROR_NOT_A_CABINET;
-  if (isNoCabinet) std::strcpy(about->psz3, "e:\\");
+  if (isNoCabinet) std::memcpy(about->psz3, "e:\\", 4);
   if (type == fdintCLOSE_FILE_INFO) {
     caller.closed = *about;
     return Close(about->hf) == 0 ? TRUE : FALSE;

@@ -46,7 +46,7 @@ class RarTest : public testsupport::UnpackTest<TestedUnpacker> {
   RarTest() {
     unpacker.SetProblemReport(
         [this](const std::wstring& path, RarProblem problem, const std::wstring& volume) {
-          problems.push_back({path, problem});
+          problems.emplace_back(path, problem);
           missing = volume;
         });
   }

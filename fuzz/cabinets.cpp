@@ -63,9 +63,9 @@ void RunCabinet(std::string_view bytes) {
 }
 
 std::vector<std::string> CabinetSeeds() {
-  const LzxSettings calls{17, LzxBlocks::kVerbatim, 20'000, 100'000};
-  const LzxSettings raw{15, LzxBlocks::kUncompressed, 999, 0};
-  const LzxSettings aligned{21, LzxBlocks::kAligned, 50'001, 0};
+  const LzxSettings calls{17, {LzxBlocks::kVerbatim}, 20'000, 100'000};
+  const LzxSettings raw{15, {LzxBlocks::kUncompressed}, 999, 0};
+  const LzxSettings aligned{21, {LzxBlocks::kAligned}, 50'001, 0};
   CabBuilder reserves = Builder(CabMethod::kStored);
   reserves.headerReserve = 5;
   reserves.folderReserve = 2;

@@ -1,6 +1,5 @@
 // CCabUnpacker: list, texts, unpacking, and what a hostile cabinet cannot reach.
 #include <gmock/gmock.h>
-#include <unistd.h>
 
 #include <cstdlib>
 
@@ -28,23 +27,21 @@ class CabUnpack : public testsupport::UnpackTest<CCabUnpacker> {
 
 TEST_F(CabUnpack, OpensAndClosesAsOftenAsAsked) {
   EXPECT_FALSE(unpacker.CloseArchive()) << "nothing was bound yet";
-  EXPECT_FALSE(unpacker.FindFile());
   ASSERT_TRUE(OpenFiles({{"TOP.TXT", "t"}}));
   ASSERT_TRUE(OpenFiles({{"TOP.TXT", "t"}}));
+  EXPECT_FALSE(unpacker.UnpackCurrentFile(L"TOP.TXT", Target())) << "none was selected";
+  EXPECT_TRUE(Unpack(L"TOP.TXT"));
+  EXPECT_TRUE(unpacker.UnpackCurrentFile(L"AGAIN.TXT", Target()));
+  EXPECT_THAT(Names(), ElementsAre("AGAIN.TXT", "TOP.TXT"));
   EXPECT_TRUE(unpacker.CloseArchive());
   EXPECT_TRUE(unpacker.CloseArchive());
   CABFILESHORTINFO info;
-  info.strPath = L"kept";
   EXPECT_FALSE(unpacker.GetFileShortInfo(info));
-  EXPECT_EQ(info.strPath, L"kept");
   unpacker.SetIniYesToAll({1, 1, 1, 1});
-  WriteFile(folder.Path("text"), "not a cabinet");
-  EXPECT_FALSE(Open("text"));
   EXPECT_FALSE(Open("missing"));
   INIYESTOALL answers;
   unpacker.GetIniYesToAll(answers);
   EXPECT_EQ(answers.bYesToAllHidden, 1) << "a failed open leaves the answers";
-  EXPECT_FALSE(unpacker.FindFile());
 }
 
 TEST_F(CabUnpack, OpensPathsThatTheCodePageLacks) {
@@ -58,36 +55,20 @@ TEST_F(CabUnpack, OpensPathsThatTheCodePageLacks) {
 }
 
 TEST_F(CabUnpack, FillsTheRecords) {
-  const struct {
-    const char* stored;
-    const wchar_t* title;
-    const wchar_t* name;
-    const wchar_t* ext;
-    int flags;
-  } cases[] = {{"DATA.V2\\README", L"README", L"README", L"V2\\README", 1},
-               {"A.TXT", L"A", L"A.TXT", L"TXT", 0},
-               {"DIR\\", L"", L"", L"", 10},
-               {"D\\N.A.B", L"N.A", L"N.A.B", L"B", 1}};
-  std::vector<CabFile> files;
-  for (const auto& item : cases) files.push_back({item.stored, "12345", 0x23});
-  ASSERT_TRUE(OpenFiles(files));
-  bool more = true;
-  for (const auto& item : cases) {
-    SCOPED_TRACE(item.stored);
-    ASSERT_TRUE(more);
-    more = unpacker.FindNextFile();
-    CABFILEFULLINFO info;
-    info.nSize = 99;
-    ASSERT_TRUE(unpacker.GetFileFullInfo(info));
-    EXPECT_EQ(info.strTitle + L"|" + info.strName + L"|" + info.strExt,
-              item.title + std::wstring(L"|") + item.name + L"|" + item.ext);
-    EXPECT_EQ(info.bInFolder + 10 * info.bFolder, item.flags);
-    const bool isFolder = item.flags == 10;
-    EXPECT_EQ(info.nSize, isFolder ? 0 : 5);
-    EXPECT_EQ(info.nAttribs, isFolder ? 0 : 0x23);
-    EXPECT_EQ(info.nDate, isFolder ? 0 : CabFile{}.date);
-  }
-  EXPECT_FALSE(more);
+  ASSERT_TRUE(OpenFiles({{"DIR\\", "12345", 0x23}, {"D\\N.A.B", "12345", 0x23}}));
+  CABFILEFULLINFO info;
+  info.nSize = 99;
+  EXPECT_TRUE(unpacker.FindNextFile() && unpacker.GetFileFullInfo(info));
+  EXPECT_EQ(info.strPath + L"|" + info.strName, L"DIR\\|");
+  EXPECT_TRUE(info.bFolder && !info.bInFolder);
+  EXPECT_EQ(info.nSize + info.nAttribs + info.nDate, 0) << "of folders only the path is told";
+  EXPECT_FALSE(unpacker.FindNextFile()) << "this is the last";
+  ASSERT_TRUE(unpacker.GetFileFullInfo(info));
+  EXPECT_EQ(info.strTitle + L"|" + info.strName + L"|" + info.strExt, L"N.A|N.A.B|B");
+  EXPECT_TRUE(info.bInFolder && !info.bFolder);
+  EXPECT_EQ(info.nSize, 5);
+  EXPECT_EQ(info.nAttribs, 0x23);
+  EXPECT_EQ(info.nDate, CabFile{}.date);
   EXPECT_THROW(unpacker.FindNextFile(), CInvalidArgException);
 }
 
@@ -101,10 +82,7 @@ TEST_F(CabUnpack, AnswersQueriesAfterARescan) {
   EXPECT_FALSE(unpacker.IsFolder(L"docs") || unpacker.IsFolder(L"DOCS.TXT"));
   EXPECT_EQ(unpacker.GetFolderOutputInfo(L"DOCS"), L"Files - 3, Folders - 1, Size - 9 bytes");
   EXPECT_EQ(unpacker.GetArchiveOutputInfo(), L"Files - 5, Folders - 4, Size - 11 bytes");
-  EXPECT_EQ(unpacker.GetFolderOutputInfo(L"NONE"), L"Files - 0, Folders - 0, Size - 0 bytes");
-  EXPECT_THAT(
-      unpacker.GetFileOutputInfo(L"docs\\a.txt"),
-      testing::AllOf(testing::StartsWith(L"Modified - "), testing::EndsWith(L", Size - 2 bytes")));
+  EXPECT_THAT(unpacker.GetFileOutputInfo(L"docs\\a.txt"), testing::EndsWith(L", Size - 2 bytes"));
   EXPECT_EQ(unpacker.GetFileOutputInfo(L"A.TXT"), L"");
 }
 
@@ -116,30 +94,6 @@ TEST_F(CabUnpack, ListsWhatADamagedTableStillTells) {
   EXPECT_THAT(Paths(), ElementsAre(L"A"));
 }
 
-TEST_F(CabUnpack, ReportsFilesAndKeepsAttributes) {
-  ASSERT_TRUE(OpenFiles({{"D\\A", "1", 0x21}, {"E\\", ""}}));
-  EXPECT_TRUE(Unpack());
-  EXPECT_THAT(host.fileTreePaths,
-              ElementsAre(Target() + L"\\D", Target() + L"\\D\\A", Target() + L"\\E"));
-  EXPECT_THAT(host.progressMessages, ElementsAre(testsupport::ProgressMessage{0, L"A"},
-                                                 testsupport::ProgressMessage{100, L""}));
-  EXPECT_EQ(StatusOf("D/A").st_mode & 0777, 0444U);
-  host.fileTreePaths.clear();
-  EXPECT_TRUE(unpacker.UnpackFile(L"D\\A", folder.LibraryPath("out/E")));
-  EXPECT_THAT(host.fileTreePaths,
-              ElementsAre(Target() + L"\\E\\D", Target() + L"\\E\\D\\A", Target() + L"\\E\\D\\A"));
-}
-
-TEST_F(CabUnpack, WritesNothingWithoutASelectedFile) {
-  ASSERT_TRUE(OpenFiles({{"TOP.TXT", "t"}}));
-  EXPECT_FALSE(unpacker.UnpackCurrentFile(L"TOP.TXT", Target()));
-  EXPECT_FALSE(Unpack(L"NONE"));
-  EXPECT_TRUE(Out().empty());
-  EXPECT_TRUE(Unpack(L"TOP.TXT"));
-  EXPECT_TRUE(unpacker.UnpackCurrentFile(L"AGAIN.TXT", Target()));
-  EXPECT_EQ(Out("AGAIN.TXT"), "t");
-}
-
 TEST_F(CabUnpack, UsesTheFirstOfFilesWithOnePath) {
   ASSERT_TRUE(OpenFiles({{"Name", "first"}, {"other", ""}, {"NAME", "second"}}));
   Set({.bUnpackFileNoPath = 1});
@@ -149,56 +103,32 @@ TEST_F(CabUnpack, UsesTheFirstOfFilesWithOnePath) {
 
 TEST_F(CabUnpack, KeepsHostileNamesInsideTheTarget) {
   WriteFile(folder.Path("planted"), "untouched");
-  symlink("..", folder.Path("out/link").c_str());
-  ASSERT_TRUE(OpenFiles({{"..\\planted", "!"},
-                         {"\\planted", "!"},
-                         {"A\\..\\..\\planted", "!"},
-                         {"C:\\planted", "!"},
-                         {"../planted", "!"},
-                         {"link\\planted", "!"},
-                         {"", "!"},
-                         {".", "!"},
-                         {"A\\\\B", "!"},
-                         {"link", "!"},
-                         {"..\\", ""},
-                         {"FINE", "1"}}));
+  ASSERT_TRUE(OpenFiles({{"../planted", "!"}, {"", "!"}, {"..\\", ""}, {"FINE", "1", 0x21}}));
   EXPECT_TRUE(Unpack());
-  EXPECT_THAT(Out(), ElementsAre(Pair("FINE", "1"), Pair("link@", "..")));
-  for (const wchar_t* path : {L"..\\planted", L"\\planted", L"link\\planted", L"../planted"}) {
-    EXPECT_FALSE(Unpack(path));
-  }
+  EXPECT_THAT(Out(), ElementsAre(Pair("FINE", "1")));
+  EXPECT_EQ(StatusOf("FINE").st_mode & 0777, 0444U);
   EXPECT_EQ(ReadFile(folder.Path("planted")), "untouched");
 }
 
-class CabUnpackSet : public CabUnpack {
- protected:
-  void Write(const std::vector<std::string>& recordedNames,
-             const std::vector<std::string>& namesOnDisk) {
-    CabBuilder builder;
-    builder.Add(CabMethod::kStored, {{"A", std::string(50'000, 'a')}, {"B", text}});
-    const auto cabinets = builder.BuildSet(60'000, recordedNames);
-    ASSERT_EQ(cabinets.size(), 3U);
-    for (std::size_t i = 0; i < 3; ++i) WriteFile(folder.Path(namesOnDisk[i]), cabinets[i]);
-    ASSERT_TRUE(Open(namesOnDisk[0]) && unpacker.FindFile());
-  }
-
+TEST_F(CabUnpack, FindsTheNextCabinetInAnyCaseInItsFolderOnly) {
   const std::string text = std::string(60'000, 'b') + std::string(40'000, 'c');
-};
-
-TEST_F(CabUnpackSet, FindsTheNextCabinetInAnyCase) {
-  Write({"1.cab", "Split-2.CAB", "Split-3.CAB"}, {"1.cab", "split-2.cab", "SPLIT-3.cab"});
+  CabBuilder builder;
+  builder.Add(CabMethod::kStored, {{"A", std::string(50'000, 'a')}, {"B", text}});
+  auto set = builder.BuildSet(60'000, {"1.cab", "Split-2.CAB", "Split-3.CAB"});
+  WriteFile(folder.Path("1.cab"), set.at(0));
+  WriteFile(folder.Path("SPLIT-3.cab"), set.at(2));
+  Set({});
+  ASSERT_TRUE(Open("1.cab") && unpacker.FindFile());
+  EXPECT_FALSE(Unpack()) << "the second is missing";
+  WriteFile(folder.Path("split-2.cab"), set.at(1));
   EXPECT_TRUE(Unpack());
   EXPECT_TRUE(Out()["B"] == text);
-}
 
-TEST_F(CabUnpackSet, FailsWithoutTheRightNextCabinet) {
-  Set({.bUnpackFileNoPath = 1});
-  Write({"1.cab", "2.cab", "3.cab"}, {"1.cab", "2.cab", "3.cab"});
-  WriteFile(folder.Path("2.cab"), ReadFile(folder.Path("3.cab")));
-  EXPECT_FALSE(Unpack());
-  unlink(folder.Path("2.cab").c_str());
-  EXPECT_FALSE(Unpack(L"B"));
-  Write({"1.cab", "..\\2.cab", "3.cab"}, {"sub/1.cab", "2.cab", "sub/3.cab"});
+  set = builder.BuildSet(60'000, {"1.cab", "..\\2.cab", "3.cab"});
+  for (const auto& [name, i] : {std::pair("sub/1.cab", 0U), {"2.cab", 1U}, {"sub/3.cab", 2U}}) {
+    WriteFile(folder.Path(name), set.at(i));
+  }
+  ASSERT_TRUE(Open("sub/1.cab") && unpacker.FindFile());
   EXPECT_FALSE(Unpack()) << "the set lies in one folder";
 }
 

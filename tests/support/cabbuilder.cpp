@@ -3,7 +3,8 @@
 #include <zlib.h>
 
 #include <algorithm>
-#include <stdexcept>
+#include <string_view>
+#include <utility>
 
 #include "support/bytes.h"
 
@@ -11,6 +12,7 @@ namespace testsupport {
 namespace {
 
 constexpr std::size_t kBlockSize = 32768;
+constexpr unsigned kSetId = 77;
 
 /// Deflates with the 32 KiB in front of a block as its history.
 std::string Deflate(std::string_view history, std::string_view data) {
@@ -31,16 +33,30 @@ std::string Deflate(std::string_view history, std::string_view data) {
   return packed;
 }
 
-std::string DataOf(const CabFolder& folder) {
+/// A packed block and the bytes it unpacks to.
+struct Block {
+  std::string packed;
+  std::size_t size;
+};
+
+std::vector<Block> Pack(const CabFolder& folder) {
   std::string data;
   for (const CabFile& file : folder.files) data += file.data;
-  return data;
-}
-
-std::uint16_t MethodOf(const CabFolder& folder) {
-  const auto method = static_cast<unsigned>(folder.method);
-  const bool isLzx = folder.method == CabMethod::kLzx;
-  return static_cast<std::uint16_t>(isLzx ? method | folder.lzx.windowBits << 8 : method);
+  std::vector<std::string> frames;
+  if (folder.method == CabMethod::kLzx) frames = WriteLzx(data, folder.lzx);
+  std::vector<Block> blocks;
+  for (std::size_t at = 0; at < data.size(); at += kBlockSize) {
+    std::string block = data.substr(at, kBlockSize);
+    const std::size_t size = block.size();
+    const std::size_t before = std::min(at, kBlockSize);
+    if (folder.method == CabMethod::kMszip) {
+      block = "CK" + Deflate(std::string_view(data).substr(at - before, before), block);
+    } else if (folder.method == CabMethod::kLzx) {
+      block = frames.at(at / kBlockSize);
+    }
+    blocks.push_back({std::move(block), size});
+  }
+  return blocks;
 }
 
 /// [MS-CAB] 3.1, byte by byte.
@@ -55,61 +71,61 @@ std::uint32_t Sum(std::string_view bytes, std::uint32_t sum) {
   return sum ^ rest;
 }
 
-}  // namespace
-
-std::vector<CabBlock> CabBuilder::Pack(const CabFolder& folder) {
-  const std::string data = DataOf(folder);
-  const auto frames =
-      folder.method == CabMethod::kLzx ? WriteLzx(data, folder.lzx) : std::vector<std::string>();
-  std::vector<CabBlock> blocks;
-  for (std::size_t at = 0; at < data.size(); at += kBlockSize) {
-    const std::string_view block = std::string_view(data).substr(at, kBlockSize);
-    const std::size_t before = std::min(at, kBlockSize);
-    const std::string_view history = std::string_view(data).substr(at - before, before);
-    std::string packed(block);
-    if (folder.method == CabMethod::kMszip) packed = "CK" + Deflate(history, block);
-    if (folder.method == CabMethod::kLzx) packed = frames.at(at / kBlockSize);
-    blocks.push_back({packed, block.size()});
-  }
-  return blocks;
-}
-
-std::string CabBuilder::BlockBytes(const CabBlock& block) const {
+std::string BytesOf(const Block& block, const CabBuilder& builder) {
   const std::string sizes = Little(block.packed.size(), 2) + Little(block.size, 2);
-  const std::string reserve(blockReserve, 'r');
-  const std::uint32_t sum = Sum(sizes + (sumsReserve ? reserve : ""), Sum(block.packed, 0));
-  return Little(hasChecksums ? sum : 0, 4) + sizes + reserve + block.packed;
+  const std::string reserve(builder.blockReserve, 'r');
+  const std::uint32_t sum = Sum(sizes + (builder.sumsReserve ? reserve : ""), Sum(block.packed, 0));
+  return Little(builder.hasChecksums ? sum : 0, 4) + sizes + reserve + block.packed;
 }
 
-std::string CabBuilder::Assemble(const std::vector<Part>& parts, const std::vector<Entry>& entries,
-                                 std::uint16_t flags, std::uint16_t index,
-                                 const std::string& neighbours) const {
-  std::string reserves;
-  if (headerReserve + folderReserve + blockReserve != 0) {
-    flags |= 4;
-    reserves = Little(headerReserve, 2) + Little(folderReserve, 1) + Little(blockReserve, 1) +
-               std::string(headerReserve, 'R');
+/// What a cabinet has of a folder.
+struct Part {
+  explicit Part(const CabFolder& folder) : method(static_cast<unsigned>(folder.method)) {
+    if (folder.method == CabMethod::kLzx) method |= folder.lzx.windowBits << 8;
   }
+
+  unsigned method;
+  std::vector<Block> blocks;
+};
+
+struct Entry {
+  const CabFile* file;
+  std::size_t offset;
+  std::size_t folder;
+};
+
+std::string Assemble(const CabBuilder& builder, const std::vector<Part>& parts,
+                     const std::vector<Entry>& entries, unsigned flags = 0, std::size_t index = 0,
+                     const std::string& neighbours = {}) {
+  std::string before;
+  const std::string folderReserve(builder.folderReserve, 'f');
+  if (builder.headerReserve + builder.folderReserve + builder.blockReserve != 0) {
+    flags |= 4;
+    before = Little(builder.headerReserve, 2) + Little(builder.folderReserve, 1) +
+             Little(builder.blockReserve, 1) + std::string(builder.headerReserve, 'R');
+  }
+  before += neighbours;
   std::string table;
   for (const auto& [file, offset, folder] : entries) {
     table += Little(file->data.size(), 4) + Little(offset, 4) + Little(folder, 2) +
              Little(file->date, 2) + Little(file->time, 2) + Little(file->attribs, 2) + file->name +
              '\0';
   }
-  const std::size_t filesAt =
-      36 + reserves.size() + neighbours.size() + parts.size() * (8U + folderReserve);
-  std::string folderBytes;
+  const std::size_t filesAt = 36 + before.size() + parts.size() * (8 + folderReserve.size());
+  const std::size_t dataAt = filesAt + table.size();
   std::string data;
   for (const Part& part : parts) {
-    folderBytes += Little(filesAt + table.size() + data.size(), 4) + Little(part.blocks.size(), 2) +
-                   Little(part.method, 2) + std::string(folderReserve, 'f');
-    for (const CabBlock& block : part.blocks) data += BlockBytes(block);
+    before += Little(dataAt + data.size(), 4) + Little(part.blocks.size(), 2) +
+              Little(part.method, 2) + folderReserve;
+    for (const Block& block : part.blocks) data += BytesOf(block, builder);
   }
-  return "MSCF" + Little(0, 4) + Little(filesAt + table.size() + data.size(), 4) + Little(0, 4) +
+  return "MSCF" + Little(0, 4) + Little(dataAt + data.size(), 4) + Little(0, 4) +
          Little(filesAt, 4) + Little(0, 4) + "\x03\x01" + Little(parts.size(), 2) +
-         Little(entries.size(), 2) + Little(flags, 2) + Little(setId, 2) + Little(index, 2) +
-         reserves + neighbours + folderBytes + table + data;
+         Little(entries.size(), 2) + Little(flags, 2) + Little(kSetId, 2) + Little(index, 2) +
+         before + table + data;
 }
+
+}  // namespace
 
 std::string CabBuilder::Build() const {
   std::vector<Part> parts;
@@ -117,53 +133,49 @@ std::string CabBuilder::Build() const {
   for (const CabFolder& folder : folders) {
     std::size_t offset = 0;
     for (const CabFile& file : folder.files) {
-      entries.push_back({&file, offset, static_cast<std::uint16_t>(parts.size())});
+      entries.push_back({&file, offset, parts.size()});
       offset += file.data.size();
     }
-    parts.push_back({MethodOf(folder), Pack(folder)});
+    parts.emplace_back(folder).blocks = Pack(folder);
   }
-  return Assemble(parts, entries, 0, 0, {});
+  return Assemble(*this, parts, entries);
 }
 
 std::vector<std::string> CabBuilder::BuildSet(std::size_t packedBytes,
                                               const std::vector<std::string>& names) const {
   const CabFolder& folder = folders.at(0);
-  std::vector<Part> parts(1, {MethodOf(folder), {}});
-  // The cabinets in which each block begins and ends.
-  std::vector<std::pair<std::size_t, std::size_t>> places;
-  std::size_t room = packedBytes;
-  for (CabBlock block : Pack(folder)) {
-    const std::size_t first = parts.size() - 1;
-    while (block.packed.size() > room) {
-      parts.back().blocks.push_back({block.packed.substr(0, room), 0});
-      block.packed.erase(0, room);
-      parts.push_back({MethodOf(folder), {}});
-      room = packedBytes;
-    }
-    room -= block.packed.size();
-    parts.back().blocks.push_back(block);
-    places.emplace_back(first, parts.size() - 1);
-  }
-  if (parts.size() > names.size()) throw std::logic_error("more cabinets than names");
+  const std::vector<Block> blocks = Pack(folder);
+  // Where each block begins among all packed bytes, and where the last one ends.
+  std::vector<std::size_t> starts{0};
+  for (const Block& block : blocks) starts.push_back(starts.back() + block.packed.size());
+  const std::size_t count = (starts.back() - 1) / packedBytes + 1;
 
   std::vector<std::string> cabinets;
-  for (std::size_t k = 0; k < parts.size(); ++k) {
+  for (std::size_t k = 0; k < count; ++k) {
+    Part part(folder);
+    for (std::size_t i = 0; i < blocks.size(); ++i) {
+      const std::size_t from = std::max(starts[i], k * packedBytes);
+      const std::size_t end = std::min(starts[i + 1], (k + 1) * packedBytes);
+      if (from >= end) continue;
+      const bool isCut = end != starts[i + 1];
+      const std::string piece = blocks[i].packed.substr(from - starts[i], end - from);
+      part.blocks.push_back({piece, isCut ? 0 : blocks[i].size});
+    }
     std::vector<Entry> entries;
     std::size_t offset = 0;
     for (const CabFile& file : folder.files) {
-      const std::size_t first = places.at(offset / kBlockSize).first;
-      const std::size_t last = places.at((offset + file.data.size() - 1) / kBlockSize).second;
-      const unsigned here = (first < k ? 1U : 0U) | (last > k ? 2U : 0U);
-      const std::uint16_t index = here == 0 ? 0 : static_cast<std::uint16_t>(0xFFFC + here);
-      if (first <= k && last >= k) entries.push_back({&file, offset, index});
+      const std::size_t first = starts.at(offset / kBlockSize) / packedBytes;
       offset += file.data.size();
+      const std::size_t last = (starts.at((offset - 1) / kBlockSize + 1) - 1) / packedBytes;
+      const unsigned beyond = (first < k ? 1U : 0U) | (last > k ? 2U : 0U);
+      if (first > k || last < k) continue;
+      entries.push_back({&file, offset - file.data.size(), beyond == 0 ? 0 : 0xFFFC + beyond});
     }
     std::string neighbours;
-    if (k > 0) neighbours += names[k - 1] + '\0' + "disk" + '\0';
-    if (k + 1 < parts.size()) neighbours += names[k + 1] + '\0' + "disk" + '\0';
-    const unsigned flags = (k > 0 ? 1U : 0U) | (k + 1 < parts.size() ? 2U : 0U);
-    cabinets.push_back(Assemble({parts[k]}, entries, static_cast<std::uint16_t>(flags),
-                                static_cast<std::uint16_t>(k), neighbours));
+    if (k > 0) neighbours += names.at(k - 1) + '\0' + "disk" + '\0';
+    if (k + 1 < count) neighbours += names.at(k + 1) + '\0' + "disk" + '\0';
+    const unsigned flags = (k > 0 ? 1U : 0U) | (k + 1 < count ? 2U : 0U);
+    cabinets.push_back(Assemble(*this, {part}, entries, flags, k, neighbours));
   }
   return cabinets;
 }

@@ -26,16 +26,9 @@ struct CabFolder {
   LzxSettings lzx{};
 };
 
-/// A packed block and the bytes it unpacks to.
-struct CabBlock {
-  std::string packed;
-  std::size_t size;
-};
-
 class CabBuilder {
  public:
   std::vector<CabFolder> folders;
-  std::uint16_t setId = 77;
   std::uint16_t headerReserve = 0;
   std::uint8_t folderReserve = 0;
   std::uint8_t blockReserve = 0;
@@ -54,24 +47,6 @@ class CabBuilder {
   /// each, blocks cut where they do not fit. Cabinet k is named `names[k]`.
   std::vector<std::string> BuildSet(std::size_t packedBytes,
                                     const std::vector<std::string>& names) const;
-
-  static std::vector<CabBlock> Pack(const CabFolder& folder);
-
- private:
-  struct Entry {
-    const CabFile* file;
-    std::size_t offset;
-    std::uint16_t folder;
-  };
-  struct Part {
-    std::uint16_t method;
-    std::vector<CabBlock> blocks;
-  };
-
-  std::string Assemble(const std::vector<Part>& parts, const std::vector<Entry>& entries,
-                       std::uint16_t flags, std::uint16_t index,
-                       const std::string& neighbours) const;
-  std::string BlockBytes(const CabBlock& block) const;
 };
 
 }  // namespace testsupport

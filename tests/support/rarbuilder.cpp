@@ -1,5 +1,7 @@
 #include "support/rarbuilder.h"
 
+#include <zlib.h>
+
 #include <string_view>
 
 #include "support/bytes.h"
@@ -13,15 +15,10 @@ constexpr std::uint32_t kModified = 981173106;      // 2001-02-03 04:05:06 UTC
 constexpr std::uint32_t kDosModified = 0x2A4320A3;  // the same, local
 constexpr unsigned kHasExtra = 1;
 constexpr unsigned kHasData = 2;
-constexpr unsigned kSplitBefore = 8;
 
-std::uint32_t Crc32(std::string_view bytes) {
-  std::uint32_t crc = 0xFFFFFFFF;
-  for (const char c : bytes) {
-    crc ^= static_cast<unsigned char>(c);
-    for (int bit = 0; bit < 8; ++bit) crc = crc >> 1 ^ (crc & 1 ? 0xEDB88320 : 0);
-  }
-  return ~crc;
+std::uint32_t Crc32(const std::string& bytes) {
+  return static_cast<std::uint32_t>(
+      crc32(0, reinterpret_cast<const Bytef*>(bytes.data()), static_cast<uInt>(bytes.size())));
 }
 
 /// Seven bits a byte, the lowest first.
@@ -42,8 +39,6 @@ std::string Rar4Block(const std::string& header) {
   return Little(Crc32(header) & 0xFFFF, 2) + header;
 }
 
-std::uint32_t SumOf(const RarItem& item) { return Crc32(item.data) ^ (item.hasWrongSum ? 1 : 0); }
-
 }  // namespace
 
 std::string RarBuilder::Rar5Header(const RarItem& item) {
@@ -51,14 +46,13 @@ std::string RarBuilder::Rar5Header(const RarItem& item) {
   if (item.redirection != 0) {
     extra = Sized(Number(5) + Number(item.redirection) + Number(0) + Sized(item.redirectsTo));
   }
-  const unsigned flags = (extra.empty() ? 0 : kHasExtra) | (item.data.empty() ? 0 : kHasData) |
-                         (item.splitBefore ? kSplitBefore : 0);
+  const unsigned flags = (extra.empty() ? 0 : kHasExtra) | (item.data.empty() ? 0 : kHasData);
   std::string header = Number(2) + Number(flags);
   if (!extra.empty()) header += Number(extra.size());
   if (!item.data.empty()) header += Number(item.data.size());
   header += Number(item.isFolder ? 1 | 2 : 2 | 4) + Number(item.data.size()) + Number(item.mode) +
             Little(kModified, 4);
-  if (!item.isFolder) header += Little(SumOf(item), 4);
+  if (!item.isFolder) header += Little(Crc32(item.data), 4);
   return Block(header + Number(0) + Number(item.fromWindows ? 0 : 1) + Sized(item.path) + extra);
 }
 
@@ -71,9 +65,9 @@ std::string BuildRar4(const RarItem& item) {
   const auto size = static_cast<std::uint32_t>(item.data.size());
   const auto nameLength = static_cast<std::uint32_t>(item.path.size());
   const std::string header = "\x74" + Little(0x8000, 2) + Little(32 + nameLength, 2) +
-                             Little(size, 4) + Little(size, 4) + "\x03" + Little(SumOf(item), 4) +
-                             Little(kDosModified, 4) + "\x14" + "\x30" + Little(nameLength, 2) +
-                             Little(item.mode, 4) + item.path;
+                             Little(size, 4) + Little(size, 4) + "\x03" +
+                             Little(Crc32(item.data), 4) + Little(kDosModified, 4) + "\x14" +
+                             "\x30" + Little(nameLength, 2) + Little(item.mode, 4) + item.path;
   return std::string("Rar!\x1a\x07\x00"sv) +
          Rar4Block("\x73" + Little(0, 2) + Little(13, 2) + Little(0, 6)) + Rar4Block(header) +
          item.data + Rar4Block("\x7b" + Little(0x4000, 2) + Little(7, 2));

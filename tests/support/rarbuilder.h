@@ -1,5 +1,5 @@
 // RAR archives written byte by byte, for what no tool would pack: hostile
-// names, links that lead out, wrong sums, broken headers. Data is stored.
+// names, links that lead out. Data is stored.
 #pragma once
 
 #include <cstdint>
@@ -15,9 +15,6 @@ struct RarItem {
   std::uint32_t mode = 0100644;
   bool isFolder = false;
   bool fromWindows = false;
-  bool hasWrongSum = false;
-  /// The file began in an earlier volume.
-  bool splitBefore = false;
   /// RAR5: 1 to 3 symbolic link, 4 hard link, 5 copy.
   unsigned redirection = 0;
   std::string redirectsTo{};
@@ -25,7 +22,7 @@ struct RarItem {
 
 class RarBuilder {
  public:
-  RarBuilder& Add(RarItem item) {
+  RarBuilder& Add(const RarItem& item) {
     items_ += Rar5Header(item) + item.data;
     return *this;
   }

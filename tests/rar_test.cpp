@@ -1,0 +1,445 @@
+// RAR archives: records, places, questions, passwords, volumes, damage, what a
+// hostile archive cannot reach, and what the command says of them.
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <new>
+#include <nlohmann/json.hpp>
+
+#include "platform/text.h"
+#include "rar/linktarget.h"
+#include "support/command.h"
+#include "support/rarbuilder.h"
+#include "support/unpacktest.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Pair;
+using testsupport::DialogAnswer;
+using testsupport::Exists;
+using testsupport::kNo;
+using testsupport::kYes;
+using testsupport::OnTerminal;
+using testsupport::RarItem;
+using testsupport::ReadFile;
+using testsupport::RunCommand;
+using testsupport::TreeOf;
+using testsupport::TypePassword;
+using testsupport::WriteFile;
+
+std::string RarFixture(const std::string& name) { return MORVUNP_FIXTURES "/rar/" + name; }
+
+/// Lets a test set and see what only the class itself can.
+class TestedUnpacker : public CRarUnpacker {
+ public:
+  using CRarUnpacker::CallbackProc;
+  using CRarUnpacker::LocateFile;
+  using CRarUnpacker::m_bReusePassword;
+};
+
+class RarTest : public testsupport::UnpackTest<TestedUnpacker> {
+ protected:
+  RarTest() {
+    unpacker.SetProblemReport(
+        [this](const std::wstring& path, RarProblem problem, const std::wstring& volume) {
+          problems.emplace_back(path, problem);
+          missing = volume;
+        });
+  }
+
+  bool OpenFixture(const std::string& name) {
+    return unpacker.OpenArchive(platform::ToLibraryPath(RarFixture(name)));
+  }
+  /// Of a set of four volumes.
+  bool OpenFirstTwoVolumes() {
+    for (const char* part : {"set.part1.rar", "set.part2.rar"}) {
+      WriteFile(folder.Path(part), ReadFile(RarFixture(part)));
+    }
+    return Open("set.part1.rar");
+  }
+  static std::string Built(const std::vector<RarItem>& items) {
+    testsupport::RarBuilder builder;
+    for (const RarItem& item : items) builder.Add(item);
+    return builder.Build();
+  }
+  bool OpenBuilt(const std::vector<RarItem>& items) { return OpenBytes(Built(items)); }
+
+  std::vector<std::pair<std::wstring, RarProblem>> problems;
+  std::wstring missing;
+};
+
+// Opening, walking and telling.
+
+TEST_F(RarTest, FillsBothRecords) {
+  ASSERT_TRUE(OpenFixture("tree.rar"));
+  RARFILEFULLINFO file;
+  EXPECT_FALSE(unpacker.LocateFile(L"DOCS\\A", file));
+  ASSERT_TRUE(unpacker.LocateFile(L"docs\\a.txt", file));
+  EXPECT_EQ(file.strPath + L"|" + file.strName + L"|" + file.strTitle + L"|" + file.strExt,
+            L"DOCS\\A.TXT|A.TXT|A|TXT");
+  EXPECT_EQ(file.nUnpSize * 10 + file.nPackSize, 66U);
+  EXPECT_EQ(file.nFileAttr, 0100644U);
+  EXPECT_EQ(file.bInFolder + file.bFolder + file.bSplitAfter, 0);
+  ASSERT_TRUE(unpacker.LocateFile(L"DOCS\\SUB", file));
+  EXPECT_TRUE(file.bInFolder && !file.bFolder);
+  EXPECT_EQ(file.strName + file.strTitle + file.strExt, L"");
+  EXPECT_EQ(file.nFileAttr, 0U) << "of folders only the path is told";
+  RARFILESHORTINFO next;
+  ASSERT_TRUE(unpacker.GetFileShortInfo(next)) << "a second record is of the following header";
+  EXPECT_EQ(next.strPath, L"DOCS");
+  EXPECT_TRUE(next.bFolder && !next.bInFolder);
+}
+
+TEST_F(RarTest, AnswersSummaries) {
+  ASSERT_TRUE(OpenFixture("tree.rar"));
+  EXPECT_TRUE(unpacker.IsFolder(L"OCS\\S")) << "anywhere in the path of a folder";
+  EXPECT_FALSE(unpacker.IsFolder(L"TOP"));
+  EXPECT_THAT(
+      unpacker.GetFileOutputInfo(L"top.txt"),
+      testing::HasSubstr(L"Size - 3 bytes, Packed - 3 bytes, Ratio - 100%, CRC - 1ed91fca"));
+  EXPECT_EQ(unpacker.GetFolderOutputInfo(L"DOCS"),
+            L"Files - 2, Folders - 1, Size - 1 498 bytes, Packed - 325 bytes, Ratio - 21%");
+  EXPECT_EQ(unpacker.GetArchiveOutputInfo(),
+            L"Files - 3, Folders - 3, Size - 1 501 bytes, Packed - 328 bytes, Ratio - 21%");
+  EXPECT_EQ(unpacker.GetWalkProblem(), RarProblem::kNone);
+}
+
+TEST_F(RarTest, TurnsNamesIntoPathsThatCannotGrowFolders) {
+  // A byte that is no UTF-8, written as packers do (U+FFFE, U+E0FF), a
+  // backslash in a name, a character beyond the basic plane.
+  WriteFile(folder.Path("odd \xff\xc3\xa9.rar"),
+            Built({{.path = "d/x\xef\xbf\xbe\xee\x83\xbf\\y\xf0\x90\x80\x80", .data = "odd"}}));
+  ASSERT_TRUE(Open("odd \xff\xc3\xa9.rar"));
+  const std::wstring path = std::wstring(L"d\\x\xdcff\xdc5cy") + wchar_t{0x10000};
+  EXPECT_THAT(Paths(), ElementsAre(path));
+  EXPECT_TRUE(Unpack());
+  EXPECT_EQ(Out("d/x\xff\\y\xf0\x90\x80\x80"), "odd");
+}
+
+TEST_F(RarTest, AsksOnceForThePasswordOfHeaders) {
+  host.dialogAnswers = {TypePassword(L"secret")};
+  ASSERT_TRUE(OpenFixture("encrypted-headers.rar"));
+  EXPECT_EQ(Paths().size(), 6U);
+  EXPECT_TRUE(Unpack()) << "the files have the same password";
+  unpacker.m_bReusePassword = 1;
+  ASSERT_TRUE(OpenFixture("encrypted-headers.rar"));
+  EXPECT_EQ(Paths().size(), 6U);
+  EXPECT_EQ(host.dialogs.size(), 1U);
+  unpacker.m_bReusePassword = 0;
+  host.dialogAnswers = {DialogAnswer::Press(IDCANCEL)};
+  EXPECT_FALSE(OpenFixture("encrypted-headers.rar")) << "asks again, and is cancelled";
+  EXPECT_EQ(unpacker.GetWalkProblem(), RarProblem::kNoPassword);
+  ASSERT_TRUE(OpenFixture("solid-encrypted-files.rar"));
+  EXPECT_EQ(Paths().size(), 6U) << "a list needs no password of files";
+}
+
+TEST_F(RarTest, TellsOfAWrongPasswordWithTheFirstShortRecord) {
+  host.dialogAnswers = {TypePassword(L"wrong")};
+  ASSERT_TRUE(OpenFixture("encrypted-headers.rar"));
+  EXPECT_THAT(Paths(), IsEmpty()) << "full records tell nothing";
+  host.messageBoxAnswers = {IDOK};
+  EXPECT_FALSE(unpacker.IsFolder(L"DOCS"));
+  EXPECT_EQ(host.messageBoxes.at(0).text, L"The specified password is incorrect.");
+  EXPECT_EQ(unpacker.GetWalkProblem(), RarProblem::kWrongPassword);
+}
+
+TEST_F(RarTest, TellsWhyAListIsCutShort) {
+  ASSERT_TRUE(OpenFirstTwoVolumes());
+  EXPECT_EQ(Paths().size(), 2U);
+  EXPECT_EQ(unpacker.GetWalkProblem(), RarProblem::kMissingVolume);
+
+  std::string damaged = Built({{.path = "NAME", .data = "a"}});
+  damaged[damaged.find("NAME")] ^= 1;
+  host.messageBoxAnswers = {IDOK};
+  ASSERT_TRUE(OpenBytes(damaged));
+  EXPECT_FALSE(unpacker.IsFolder(L"NAME"));
+  EXPECT_EQ(host.messageBoxes.at(0).text, L"Corrupt file or wrong password.");
+  EXPECT_EQ(unpacker.GetWalkProblem(), RarProblem::kDamaged);
+}
+
+TEST_F(RarTest, ForgetsAnswersWhateverTheOpenGives) {
+  INIYESTOALL answers{1, 1, 1, 1};
+  unpacker.SetIniYesToAll(answers);
+  EXPECT_FALSE(unpacker.OpenArchive(folder.LibraryPath("none.rar")));
+  unpacker.GetIniYesToAll(answers);
+  EXPECT_EQ(answers.bYesToAllNormal + answers.bYesToAllHidden, 0);
+}
+
+// Unpacking.
+
+TEST_F(RarTest, TakesSetUidOffAndHeedsTheUmask) {
+  const mode_t before = umask(027);
+  EXPECT_TRUE(OpenBuilt({{.path = "U", .data = "u", .mode = 0106777},
+                         {.path = "R", .data = "r", .mode = 0100444},
+                         {.path = "W", .data = "w", .mode = 0x20, .fromWindows = true}}));
+  EXPECT_TRUE(Unpack());
+  umask(before);
+  for (const auto& [name, mode] : {std::pair("U", 0750U), {"R", 0440U}, {"W", 0640U}}) {
+    EXPECT_EQ(StatusOf(name).st_mode & 07777, mode) << name;
+  }
+}
+
+TEST_F(RarTest, KeepsTheExistingFileWhenExtractionFails) {
+  Set({});
+  WriteFile(folder.Path("out/A"), "old");
+  std::string archive = Built({{.path = "A", .data = "bad"}, {.path = "B", .data = "b"}});
+  archive[archive.find("bad")] ^= 1;
+  ASSERT_TRUE(OpenBytes(archive));
+  host.messageBoxAnswers = {IDOK};
+  EXPECT_TRUE(Unpack()) << "the last file is good";
+  EXPECT_THAT(Out(), ElementsAre(Pair("A", "old"), Pair("B", "b")));
+  EXPECT_THAT(problems, ElementsAre(Pair(L"A", RarProblem::kDamaged)));
+}
+
+TEST_F(RarTest, AsksForThePasswordOfFiles) {
+  ASSERT_TRUE(OpenFixture("solid-encrypted-files.rar"));
+  host.dialogAnswers = {TypePassword(L"secret")};
+  EXPECT_TRUE(Unpack(L"TOP.TXT")) << "others come before it";
+  EXPECT_EQ(Out("TOP.TXT"), "top");
+  WriteFile(folder.Path("out/DOCS/SUB/NUMBERS"), "old");
+  WriteFile(folder.Path("out/DOCS/A.TXT"), "old");
+  host.dialogAnswers = {DialogAnswer::Press(kNo), DialogAnswer::Press(kYes),
+                        TypePassword(L"secret"), DialogAnswer::Press(kYes)};
+  EXPECT_TRUE(Unpack()) << "it builds on a file that was kept";
+  EXPECT_EQ(Out("DOCS/SUB/NUMBERS") + Out("DOCS/A.TXT"), "oldalpha\n");
+}
+
+TEST_F(RarTest, TellsWrongEmptyAndCancelledPasswordsApart) {
+  ASSERT_TRUE(OpenFixture("encrypted-files.rar"));
+  WriteFile(folder.Path("out/DOCS/A.TXT"), "old");
+  Set({});
+  host.dialogAnswers = std::deque<DialogAnswer>(3, TypePassword(L"wrong"));
+  host.messageBoxAnswers = std::deque<int>(3, IDOK);
+  Unpack();
+  EXPECT_THAT(problems, testing::Each(Pair(testing::_, RarProblem::kWrongPassword)));
+  EXPECT_EQ(host.messageBoxes.size(), 3U);
+  EXPECT_TRUE(Exists(folder.Path("out/EMPTY"))) << "the run goes on";
+  for (const DialogAnswer& answer :
+       {TypePassword(L""), DialogAnswer::Press(IDCANCEL), DialogAnswer::CannotRun()}) {
+    problems.clear();
+    host.dialogAnswers = {answer};
+    EXPECT_FALSE(Unpack());
+    EXPECT_THAT(problems, ElementsAre(Pair(testing::_, RarProblem::kNoPassword)));
+    EXPECT_EQ(unpacker.GetWalkProblem(), RarProblem::kNoPassword) << "the run ended there";
+  }
+  EXPECT_EQ(Out("DOCS/A.TXT"), "old");
+}
+
+TEST_F(RarTest, WritesNoPasswordBeyondTheEnginesBuffer) {
+  for (const auto& [password, expected, answer] :
+       {std::tuple(L"1234567", std::string("1234567\0#", 9), 0), {L"12345678", "#########", -1}}) {
+    std::string buffer(9, '#');
+    host.dialogAnswers = {TypePassword(password)};
+    CRarUnpacker& asked = unpacker;
+    EXPECT_EQ(unpacker.CallbackProc(2, reinterpret_cast<LPARAM>(&asked),
+                                    reinterpret_cast<LPARAM>(buffer.data()), 8),
+              answer);
+    EXPECT_EQ(buffer, expected);
+  }
+}
+
+TEST_F(RarTest, JoinsVolumesAndNamesTheMissingOne) {
+  ASSERT_TRUE(OpenFixture("set.part1.rar"));
+  EXPECT_TRUE(Unpack());
+  EXPECT_THAT(Names(), ElementsAre("BIG.TXT", "TOP.TXT"));
+  const std::string big = Out("BIG.TXT");
+  EXPECT_EQ(big.size(), 2692U);
+
+  Set({});
+  ASSERT_TRUE(OpenFixture("set.part3.rar"));
+  EXPECT_TRUE(Unpack()) << "what begins there comes out";
+  ASSERT_TRUE(OpenFirstTwoVolumes());
+  EXPECT_FALSE(Unpack());
+  EXPECT_THAT(problems, ElementsAre(Pair(L"BIG.TXT", RarProblem::kBeginsEarlier),
+                                    Pair(L"BIG.TXT", RarProblem::kMissingVolume)));
+  EXPECT_EQ(missing, folder.LibraryPath("set.part3.rar"));
+  EXPECT_EQ(Out("BIG.TXT"), big) << "what was there is back";
+}
+
+TEST_F(RarTest, PassesOnWhatTheHostThrows) {
+  ASSERT_TRUE(OpenBuilt({{.path = "A", .data = "a"}}));
+  host.onPendingEvents = [] { throw std::bad_alloc(); };
+  EXPECT_THROW(Unpack(), std::bad_alloc);
+  host.onPendingEvents = nullptr;
+  EXPECT_TRUE(Unpack());
+}
+
+TEST_F(RarTest, MakesSafeLinksAndCopies) {
+  ASSERT_TRUE(OpenFixture("links.rar"));
+  EXPECT_TRUE(Unpack());
+  const std::string numbers = Out("D/SAME2");
+  EXPECT_THAT(Out(), ElementsAre(Pair("D/", ""), Pair("D/HARD", "one"), Pair("D/ONE", "one"),
+                                 Pair("D/SAME1", numbers), Pair("D/SAME2", numbers),
+                                 Pair("D/SOFT@", "ONE"), Pair("D/UP@", "..")));
+  EXPECT_EQ(StatusOf("D/HARD").st_ino, StatusOf("D/ONE").st_ino);
+  EXPECT_TRUE(unpacker.UnpackFile(L"D\\HARD", folder.LibraryPath()));
+  EXPECT_EQ(ReadFile(folder.Path("D/HARD")), "one") << "alone it has the data that it names";
+}
+
+TEST_F(RarTest, RefusesLinksThatLeadOut) {
+  WriteFile(folder.Path("planted"), "untouched");
+  const std::vector<RarItem> items{
+      {.path = "L", .redirection = 1, .redirectsTo = "../planted"},
+      {.path = "deep/out", .redirection = 1, .redirectsTo = "../../planted"},
+      {.path = "H", .redirection = 4, .redirectsTo = "../planted"},
+      {.path = "F", .redirection = 5, .redirectsTo = "planted"},
+      {.path = "SELF", .redirection = 4, .redirectsTo = "SELF"}};
+  ASSERT_TRUE(OpenBuilt(items));
+  // Where the engine would look for the sources of links and copies.
+  const std::string before = std::filesystem::current_path();
+  ASSERT_EQ(chdir(folder.Path().c_str()), 0);
+  EXPECT_FALSE(Unpack() || Unpack(L"H") || Unpack(L"SELF"));
+  ASSERT_EQ(chdir(before.c_str()), 0);
+  EXPECT_EQ(problems.size(), items.size() + 2);
+
+  // In the older format the data of a link is its target.
+  for (const char* target : {"x/../../planted", "x/y"}) {
+    ASSERT_TRUE(OpenBytes(testsupport::BuildRar4({.path = "S", .data = target, .mode = 0120777})));
+    Unpack();
+  }
+  EXPECT_THAT(Out(), ElementsAre(Pair("S@", "x/y"), Pair("deep/", "")));
+}
+
+// The engine refuses such links too, which would hide a fault here.
+TEST(RarLinks, ClimbFirstAndNoHigherThanTheTarget) {
+  using Links = std::vector<std::pair<std::wstring, std::size_t>>;
+  for (const auto& [target, depth] : Links{{L"a\\b", 0}, {L".\\a", 0}, {L"..\\..\\a", 2}}) {
+    EXPECT_TRUE(rar::StaysInside(target, depth)) << target;
+  }
+  for (const auto& [target, depth] : Links{
+           {L"", 0}, {L"\\etc", 3}, {L"..", 0}, {L"..\\..", 1}, {L"a\\..", 3}, {L"..\\a\\..", 3}}) {
+    EXPECT_FALSE(rar::StaysInside(target, depth)) << target;
+  }
+}
+
+TEST_F(RarTest, CopiesNothingThatTheRunDidNotWrite) {
+  WriteFile(folder.Path("out/MINE"), "private");
+  ASSERT_TRUE(OpenBuilt({{.path = "COPY", .redirection = 5, .redirectsTo = "MINE"}}));
+  EXPECT_FALSE(Unpack());
+  EXPECT_THAT(problems, ElementsAre(Pair(L"COPY", RarProblem::kNoSource)));
+  EXPECT_THAT(Names(), ElementsAre("MINE"));
+}
+
+TEST_F(RarTest, NeverWritesThroughLinksOfItsOwn) {
+  WriteFile(folder.Path("outside/planted"), "untouched");
+  ASSERT_EQ(link(folder.Path("outside/planted").c_str(), folder.Path("out/HARD").c_str()), 0);
+  Set({});
+  ASSERT_TRUE(OpenBuilt({{.path = "OWN", .redirection = 1, .redirectsTo = "HERE"},
+                         {.path = "OWN", .data = "evil"},
+                         {.path = "OWN/X", .data = "evil"},
+                         {.path = "HARD", .data = "mine"}}));
+  EXPECT_TRUE(Unpack());
+  EXPECT_THAT(TreeOf(folder.Path("outside")), ElementsAre(Pair("planted", "untouched")));
+  EXPECT_THAT(Out(), ElementsAre(Pair("HARD", "mine"), Pair("OWN@", "HERE")));
+}
+
+TEST_F(RarTest, WritesNothingForNamesThatAreTooLongOrClimb) {
+  ASSERT_TRUE(OpenBuilt({{.path = std::string(1024, 'x'), .data = "evil"},
+                         {.path = "../up", .mode = 0x10, .isFolder = true},
+                         {.path = "GOOD", .data = "good"}}));
+  EXPECT_TRUE(Unpack());
+  EXPECT_THAT(TreeOf(folder.Path()),
+              ElementsAre(Pair("out/", ""), Pair("out/GOOD", "good"), Pair("x", testing::_)));
+}
+
+TEST_F(RarTest, UnpacksTheItemInHandByItsOwnWalk) {
+  ASSERT_TRUE(OpenFixture("tree.rar"));
+  RARFILEFULLINFO info;
+  ASSERT_TRUE(unpacker.LocateFile(L"DOCS\\A.TXT", info));
+  EXPECT_TRUE(unpacker.UnpackCurrentFile(L"in\\NEW", Target()));
+  EXPECT_EQ(Out("in/NEW"), "alpha\n");
+  EXPECT_FALSE(unpacker.UnpackCurrentFile(L"AGAIN", Target())) << "it is done with";
+  EXPECT_TRUE(unpacker.FindNextFile() && unpacker.GetFileFullInfo(info));
+  EXPECT_EQ(info.strPath, L"DOCS\\SUB\\NUMBERS") << "the walk is in step";
+  for (const std::wstring& name : {std::wstring(L"..\\X"), std::wstring(3000, L'x')}) {
+    EXPECT_FALSE(unpacker.UnpackCurrentFile(name, Target()));
+  }
+}
+
+// The command.
+
+TEST_F(RarTest, CommandListsASplitFileOnceAndUnpacksIt) {
+  const auto listed = RunCommand({"list", RarFixture("set.part1.rar"), "--json"});
+  const auto items = nlohmann::json::parse(listed.output).at("items");
+  ASSERT_EQ(items.size(), 2U);
+  EXPECT_EQ(items[0].at("path"), "BIG.TXT");
+  EXPECT_EQ(items[0].at("packed"), 2692) << "of all parts together";
+  EXPECT_EQ(items[0].at("modified"), "2024-02-03T04:05:06Z");
+  const auto unpacked =
+      RunCommand({"extract", RarFixture("set.part1.rar"), "-C", folder.Path("out")});
+  EXPECT_EQ(unpacked.output,
+            "2 files, 0 folders, 2 695 bytes unpacked to " + folder.Path("out") + "\n");
+}
+
+TEST_F(RarTest, CommandTakesPasswordsFromAFile) {
+  WriteFile(folder.Path("password"), "secret\r\nmore\n");
+  for (const auto& [file, exitCode] : {std::pair("password", 0), {"nowhere", 2}}) {
+    const auto listed = RunCommand(
+        {"list", RarFixture("encrypted-headers.rar"), "--password-file", folder.Path(file)});
+    EXPECT_EQ(listed.exitCode, exitCode) << listed.errors;
+  }
+}
+
+TEST_F(RarTest, CommandSaysWhatWentWrong) {
+  OpenFirstTwoVolumes();
+  const std::string set = folder.Path("set.part1.rar");
+  const std::string next = folder.Path("set.part3.rar");
+  const std::string headers = RarFixture("encrypted-headers.rar");
+  const std::string files = RarFixture("encrypted-files.rar");
+  const std::string link = folder.Path("link");
+  WriteFile(link, Built({{.path = "L", .redirection = 1, .redirectsTo = "../up"}}));
+  const std::string damaged = folder.Path("damaged");
+  std::string bytes = testsupport::BuildRar4({.path = "BAD", .data = "data"});
+  bytes[bytes.find("data")] ^= 1;
+  WriteFile(damaged, bytes);
+  const struct {
+    std::string archive;
+    std::string password;
+    int exitCode;
+    std::string errors;
+  } cases[] = {{headers, "wrong", 2, ".rar: wrong password\n"},
+               {files, "wrong", 1, "TOP.TXT: wrong password\n"},
+               {files, "", 1, "DOCS/A.TXT: it is encrypted and no password was given\n"},
+               {files, "", 1, "TOP.TXT: not reached\n"},
+               {damaged, "", 1, "BAD: damaged\n"},
+               {link, "", 1, "L: refused: a link that leads out of the folder\n"},
+               {set, "", 1, "BIG.TXT: the volume " + next + " is missing\n"},
+               {set, "", 1, "the list is cut short: a volume of the set is missing\n"}};
+  for (const auto& [archive, password, exitCode, errors] : cases) {
+    testsupport::Arguments arguments{"extract", archive, "-C", folder.Path("out")};
+    if (!password.empty()) arguments.insert(arguments.end(), {"--password-file", "-"});
+    const auto result = RunCommand(arguments, password);
+    EXPECT_EQ(result.exitCode, exitCode) << archive;
+    EXPECT_THAT(result.errors, HasSubstr(errors));
+  }
+}
+
+TEST_F(RarTest, CommandAsksForThePasswordUnseenAndAgainWhenItIsWrong) {
+  OnTerminal command({"extract", RarFixture("encrypted-headers.rar"), "-C", folder.Path("out")});
+  ASSERT_TRUE(command.Await("Password: "));
+  command.Type("wrong\n");
+  ASSERT_TRUE(command.Await("wrong password")) << command.Shown();
+  ASSERT_TRUE(command.Await("Password: ")) << command.Shown();
+  command.Type("oops\x15secrex\x7ft\n");
+  EXPECT_EQ(command.Finish(), 0) << command.Shown();
+  EXPECT_THAT(command.Shown(), HasSubstr("*****"));
+  EXPECT_THAT(command.Shown(), Not(HasSubstr("secre")));
+  EXPECT_EQ(Out("DOCS/A.TXT"), "alpha\n");
+}
+
+TEST_F(RarTest, CommandEndsWhenThePromptIsCancelled) {
+  for (const char* key : {"\x1b", "\x03", "\x04"}) {
+    OnTerminal command({"extract", RarFixture("encrypted-files.rar"), "-C", folder.Path("out")});
+    ASSERT_TRUE(command.Await("Password: "));
+    command.Type(key);
+    EXPECT_EQ(command.Finish(), 130) << command.Shown();
+    EXPECT_THAT(command.Shown(), HasSubstr("no password was given"));
+  }
+  EXPECT_THAT(Names(), ElementsAre("DOCS/"));
+}
+
+}  // namespace

@@ -14,10 +14,8 @@ using testsupport::CabMethod;
 using testsupport::LzxBlocks;
 using testsupport::LzxSettings;
 
-const std::string kManner("\x08\x00", 2);
-
 std::string SeedOf(const std::vector<std::string>& cabinets) {
-  std::string seed = kManner;
+  std::string seed = Manner::OfSeeds();
   for (const std::string& cabinet : cabinets) seed += CountedBytes(cabinet);
   return seed;
 }

@@ -18,9 +18,6 @@ using testsupport::Put;
 using testsupport::UdfBuilder;
 using testsupport::UdfNode;
 
-/// Unpack as is, and ask before anything is replaced.
-const std::string kManner("\x08\x00", 2);
-
 void Run(std::string_view bytes, Sums sums) {
   Input input(bytes);
   const Manner manner(input);
@@ -29,7 +26,7 @@ void Run(std::string_view bytes, Sums sums) {
   UnpackAllCleanly<CIsoUnpacker>(manner, sandbox.Put("x", ExpandImage(input.Rest(), sums)));
 }
 
-std::string SeedOf(const std::string& image) { return kManner + CompactImage(image); }
+std::string SeedOf(const std::string& image) { return Manner::OfSeeds() + CompactImage(image); }
 
 template <class Node>
 void AddTree(Node& root) {

@@ -13,6 +13,8 @@ namespace fuzz {
 struct Manner {
   /// Takes two bytes.
   explicit Manner(Input& input);
+  /// What seeds begin with: unpack as is, and ask before anything is replaced.
+  static std::string OfSeeds() { return {"\x08\x00", 2}; }
 
   INIUNPACK settings;
   /// Which button of the replace dialog is pressed first; the others follow.

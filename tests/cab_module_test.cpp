@@ -312,4 +312,25 @@ TEST_F(CabModule, UnpacksFilesInAnyOrder) {
   EXPECT_TRUE(caller.output["B"] + caller.output["A"] == text);
 }
 
+TEST_F(CabModule, TellsWhatACabinetSaysOfItself) {
+  CabBuilder builder;
+  builder.Add(CabMethod::kStored, {{"A", "1"}, {"B", "2"}}).headerReserve = 4;
+  const std::string cabinet = builder.Build();
+  FDICABINETINFO info;
+  const auto isCabinet = [&](const std::string& bytes) {
+    caller.disk["x"] = bytes;
+    caller.open = {{1, {"x"}}};
+    const BOOL result = Entry<PFNFDIISCABINET>("FDIIsCabinet")(hfdi, 1, &info);
+    caller.open.clear();
+    return result;
+  };
+  ASSERT_TRUE(isCabinet(cabinet));
+  EXPECT_EQ(info.cbCabinet, static_cast<LONG>(cabinet.size()));
+  EXPECT_EQ(info.cFiles * 100 + info.cFolders * 10 + info.iCabinet, 210);
+  EXPECT_EQ(info.setID, 77);
+  EXPECT_TRUE(info.fReserve && !info.hasprev && !info.hasnext);
+  EXPECT_FALSE(isCabinet("MZ" + cabinet));
+  EXPECT_FALSE(isCabinet(cabinet.substr(0, 35)));
+}
+
 }  // namespace

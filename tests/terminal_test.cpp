@@ -254,12 +254,13 @@ TEST_F(TerminalTest, AsksOnceAfterYesToAll) {
 }
 
 TEST_F(TerminalTest, StopsWhenTheQuestionIsCancelled) {
-  for (const std::string answer : {"c\n", "\x1b\n", "\x04", "\x03"}) {
+  for (const std::string answer : {"c\n", "\x1b\n", "\x04", "\x03", "SIGTERM"}) {
+    const bool isTold = answer == "SIGTERM";
     MakeExisting();
     OnTerminal command(Extract());
     ASSERT_TRUE(command.Await("[c] Cancel: ")) << command.Shown();
-    command.Type(answer);
-    EXPECT_EQ(command.Finish(), 130) << command.Shown();
+    isTold ? command.Send(SIGTERM) : command.Type(answer);
+    EXPECT_EQ(command.Finish(), isTold ? 143 : 130) << command.Shown();
     EXPECT_THAT(command.Shown(), HasSubstr("DOCS/A.TXT: kept"));
     EXPECT_THAT(command.Shown(), HasSubstr("README.TXT: not reached"));
     EXPECT_EQ(ReadFile(Out("DOCS/A.TXT")), "old alpha");
@@ -290,15 +291,6 @@ TEST_F(TerminalTest, LeavesNoPartialFileWhenItIsStopped) {
     EXPECT_THAT(command.Shown(), HasSubstr("Z.TXT: not reached"));
     EXPECT_FALSE(Exists(Out("BIG.BIN")));
   }
-}
-
-TEST_F(TerminalTest, EndsAtAQuestionWhenItIsToldTo) {
-  MakeExisting();
-  OnTerminal command(Extract());
-  ASSERT_TRUE(command.Await("[c] Cancel: ")) << command.Shown();
-  command.Send(SIGTERM);
-  EXPECT_EQ(command.Finish(), 128 + SIGTERM) << command.Shown();
-  EXPECT_EQ(ReadFile(Out("DOCS/A.TXT")), "old alpha");
 }
 
 }  // namespace

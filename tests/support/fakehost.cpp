@@ -14,11 +14,9 @@ std::wstring TextOf(LPARAM lParam) {
 }
 
 ShownDialog RecordOf(const CDialog& dialog) {
-  ShownDialog shown{dialog.Template().id, {}, {}};
+  ShownDialog shown{dialog.Template().id, {}};
   for (const platform::ControlTemplate& control : dialog.Template().controls) {
-    if (control.id == 0) continue;
-    shown.texts[control.id] = dialog.ControlText(control.id);
-    if (HICON icon = dialog.ControlIcon(control.id)) shown.icons[control.id] = icon;
+    if (control.id != 0) shown.texts[control.id] = dialog.ControlText(control.id);
   }
   return shown;
 }
@@ -39,7 +37,6 @@ FakeHost::FakeHost() {
       platform::MakeWindow(mainWindow.m_hWnd, [this](UINT message, WPARAM, LPARAM lParam) {
         if (message != WM_UNPACK_FILETREE) return LRESULT{0};
         fileTreePaths.push_back(TextOf(lParam));
-        if (onFileTree) onFileTree();
         return LRESULT{0};
       });
   platform::SetMainWindow(&mainWindow);
@@ -102,8 +99,7 @@ void FakeHost::RunPendingEvents() {
 
 HICON FakeHost::FindIcon(const std::wstring& path, bool byTypeOnly) {
   iconRequests.push_back({path, byTypeOnly});
-  if (!hasIcons) return nullptr;
-  return reinterpret_cast<HICON>(iconRequests.size());
+  return nullptr;
 }
 
 }  // namespace testsupport

@@ -30,8 +30,6 @@ struct DialogAnswer {
 struct ShownDialog {
   UINT templateId;
   std::map<UINT, std::wstring> texts;
-  /// Controls that have an icon.
-  std::map<UINT, HICON> icons;
 };
 
 struct ShownMessageBox {
@@ -86,11 +84,8 @@ class FakeHost : public platform::UserInterface {
   /// Ids of the buttons that are chosen.
   std::deque<int> messageBoxAnswers;
   std::function<void()> onPendingEvents;
-  /// Called for each message of the two windows, after it was recorded.
+  /// Called for each message of the progress window, after it was recorded.
   std::function<void()> onProgress;
-  std::function<void()> onFileTree;
-  /// Off: no file has an icon. On: each request gets another one.
-  bool hasIcons = true;
 
   // The record.
   std::vector<ShownDialog> dialogs;

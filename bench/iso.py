@@ -39,7 +39,7 @@ LIBUDFREAD = peer("libudfread, names only", "{tool} {archive}",
 def benchmarks(quick):
     many = 5_000 if quick else 100_000
     files = 1_000 if quick else 20_000
-    size = 8 if quick else 256
+    size = 8 if quick else 64
     iso = image_maker()
     # A bridge image: everybody here who knows UDF prefers it to ISO 9660.
     udf = image_maker("-udf")

@@ -57,7 +57,7 @@ TEST_F(SevenZip, ListsFoldersAndFilesAsTheyAre) {
   Put("docs/a.txt", "hello\n");
   Put("docs/img/n.png", Numbers(20000));
   Put("old.x/readme", "");
-  Run("touch -d 2001-02-03T04:05:07Z " + folder.Path("in/docs/a.txt"));
+  Run("touch -d 2001-02-03T04:05:07Z '" + folder.Path("in/docs/a.txt") + "'");
   Make("-mx1 -ms=off");
   ASSERT_TRUE(Open("x.7z"));
   std::map<std::wstring, SEVENZIPFILEFULLINFO> records;

@@ -31,8 +31,8 @@ std::map<std::string, std::string> ExpectedTree() {
 TEST(UdfFixtures, ComeOutAsTheKernelWroteThem) {
   for (const std::string size : {"512", "1024", "2048"}) {
     const TempFolder folder;
-    const std::string command =
-        "xz -dc " MORVUNP_FIXTURES "/udf/udf-" + size + ".img.xz > " + folder.Path("x.img");
+    const std::string command = "xz -dc '" MORVUNP_FIXTURES "/udf/udf-" + size + ".img.xz' > '" +
+                                folder.Path("x.img") + "'";
     ASSERT_EQ(system(command.c_str()), 0) << command;
     CIsoUnpacker unpacker;
     ASSERT_TRUE(unpacker.OpenArchive(folder.LibraryPath("x.img"))) << size;
@@ -53,7 +53,8 @@ TEST(ToolImages, ComeOutAsTheyWentIn) {
     WriteFile(folder.Path("tree/EMPTY.TXT"), "");
     WriteFile(folder.Path("tree/" + std::string(name)), "more");
     mkdir(folder.Path("tree/NOTHING").c_str(), 0777);
-    const std::string command = tool + " -o " + folder.Path("x.iso") + " " + folder.Path("tree");
+    const std::string command =
+        tool + " -o '" + folder.Path("x.iso") + "' '" + folder.Path("tree") + "'";
     ASSERT_EQ(system(command.c_str()), 0) << command;
     CIsoUnpacker unpacker;
     ASSERT_TRUE(unpacker.OpenArchive(folder.LibraryPath("x.iso"))) << tool;

@@ -31,9 +31,11 @@ check_unpacker "$scratch/outside/build/unpack"
 
 PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name morvunp.pc)")
 export PKG_CONFIG_PATH
-"$compiler" -std=c++20 -o "$scratch/unpack" "$scratch/outside/unpack.cpp" \
-  $(pkg-config --cflags --libs morvunp) || fail "pkg-config: the program cannot be built"
-LD_LIBRARY_PATH=$(pkg-config --variable=libdir morvunp)
+# What pkg-config answers is quoted for a shell.
+eval "flags=($(pkg-config --cflags --libs morvunp))"
+"$compiler" -std=c++20 -o "$scratch/unpack" "$scratch/outside/unpack.cpp" "${flags[@]}" ||
+  fail "pkg-config: the program cannot be built"
+LD_LIBRARY_PATH=$(dirname "$(find "$prefix" -name libmorvunp.so)")
 export LD_LIBRARY_PATH
 check_unpacker "$scratch/unpack"
 
@@ -41,7 +43,7 @@ check_unpacker "$scratch/unpack"
 for folder in morvunp morvunp/platform; do
   (cd "$prefix/include" && ls "$folder"/*.h) | xargs -P 2 -I '{}' sh -c \
     'echo "#include \"{}\"" | "$0" -std=c++20 -Wall -Wextra -Werror -fsyntax-only -x c++ "$@" -' \
-    "$compiler" $(pkg-config --cflags morvunp) || fail "a header does not stand on its own"
+    "$compiler" "${flags[@]}" || fail "a header does not stand on its own"
 done
 
 # The window finds its library and its translations.

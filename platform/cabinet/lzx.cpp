@@ -138,13 +138,10 @@ void LzxDecoder::ReadBlockHeader(LzxInput& input) {
   m_nBlockLeft = high << 8 | bits.Read(8);
   if (m_nBlockLeft == 0) Fail(FDIERROR_MDI_FAIL);
   switch (m_kind) {
-    case BlockKind::kAligned: {
-      std::array<BYTE, kAlignedSymbols> lengths{};
-      for (BYTE& length : lengths) length = static_cast<BYTE>(bits.Read(3));
-      if (!m_aligned.Build(lengths)) Fail(FDIERROR_MDI_FAIL);
+    case BlockKind::kAligned:
+      if (!m_aligned.Build(ReadAlignedLengths(bits))) Fail(FDIERROR_MDI_FAIL);
       ReadCodes(bits);
       break;
-    }
     case BlockKind::kVerbatim:
       ReadCodes(bits);
       break;
@@ -154,6 +151,17 @@ void LzxDecoder::ReadBlockHeader(LzxInput& input) {
     default:
       Fail(FDIERROR_MDI_FAIL);
   }
+}
+
+/// Three bits for each symbol.
+auto LzxDecoder::ReadAlignedLengths(BitReader& bits) -> std::array<BYTE, kAlignedSymbols> {
+  std::array<BYTE, kAlignedSymbols> lengths{};
+  DWORD packed = bits.Read(12) << 12;
+  packed |= bits.Read(12);
+  for (auto length = lengths.rbegin(); length != lengths.rend(); ++length, packed >>= 3) {
+    *length = packed & 7;
+  }
+  return lengths;
 }
 
 void LzxDecoder::ReadCodes(BitReader& bits) {

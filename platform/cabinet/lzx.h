@@ -37,6 +37,7 @@ class LzxDecoder final : public Decoder {
   void ReadStreamHeader(BitReader& bits);
   void ReadBlockHeader(LzxInput& input);
   void ReadCodes(BitReader& bits);
+  static std::array<BYTE, kAlignedSymbols> ReadAlignedLengths(BitReader& bits);
   void ReadLengths(BitReader& bits, std::span<BYTE> lengths);
   void ReadRawStart(LzxInput& input);
   template <bool kIsAligned>

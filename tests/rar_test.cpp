@@ -424,7 +424,7 @@ TEST_F(RarTest, CommandAsksForThePasswordUnseenAndAgainWhenItIsWrong) {
   command.Type("wrong\n");
   ASSERT_TRUE(command.Await("wrong password")) << command.Shown();
   ASSERT_TRUE(command.Await("Password: ")) << command.Shown();
-  command.Type("oops\x15secrex\x7ft\n");
+  command.Type("oops\x15sec\x1a\x1crex\x7ft\n");
   EXPECT_EQ(command.Finish(), 0) << command.Shown();
   EXPECT_THAT(command.Shown(), HasSubstr("*****"));
   EXPECT_THAT(command.Shown(), Not(HasSubstr("secre")));

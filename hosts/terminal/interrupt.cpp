@@ -16,11 +16,8 @@ static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<int>::is_alw
               "a signal handler uses them");
 
 void OnSignal(int signal) {
-  const bool isFirst = signal == SIGINT ? !pending.exchange(true) : ending.exchange(signal) == 0;
-  if (isFirst) {
-    pending = true;
-    return;
-  }
+  if (signal != SIGINT) ending = signal;
+  if (signal != SIGINT || !pending.exchange(true)) return;
   // The shell's prompt should not follow the progress line.
   [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, "\n", 1);
   _exit(StoppedExitCode());
@@ -42,11 +39,11 @@ InterruptGuard::~InterruptGuard() {
   for (std::size_t i = 0; i < kSignals.size(); ++i) sigaction(kSignals[i], &previous_[i], nullptr);
 }
 
-bool InterruptPending() { return pending.load(std::memory_order_relaxed); }
+bool InterruptPending() { return pending.load(std::memory_order_relaxed) || EndRequested(); }
 
-void ForgetInterrupt() { pending = EndRequested(); }
+void ForgetInterrupt() { pending = false; }
 
-bool EndRequested() { return ending != 0; }
+bool EndRequested() { return ending.load(std::memory_order_relaxed) != 0; }
 
 int StoppedExitCode() { return kSignalBase + (EndRequested() ? ending.load() : SIGINT); }
 

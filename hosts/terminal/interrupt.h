@@ -1,8 +1,9 @@
 // Ctrl-C, and the signals that ask the process to end, while unpacking.
 //
 // The first one is remembered, so that no half written file stays behind and,
-// after Ctrl-C, the user can be asked. A second one, while the first is still
-// remembered, ends the process at once.
+// after Ctrl-C, the user can be asked. A second Ctrl-C, while the first is still
+// remembered, ends the process at once. A repeated request to end changes
+// nothing: a terminal that is closed sends two, from the shell and the system.
 #pragma once
 
 #include <signal.h>

@@ -26,8 +26,10 @@ void OccupyStandardStreams() {
 
 int main(int argc, char** argv) {
   OccupyStandardStreams();
-  // A reader that goes away must not end an unpack in the middle of a file.
+  // A reader that goes away must not end an unpack in the middle of a file, nor
+  // a limit of the files' size: both show in what is written.
   signal(SIGPIPE, SIG_IGN);
+  signal(SIGXFSZ, SIG_IGN);
   // Unless the zone is named, each conversion of a time looks at its file anew.
   setenv("TZ", ":/etc/localtime", 0);
   try {

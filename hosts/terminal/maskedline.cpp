@@ -22,6 +22,8 @@ class UnseenInput {
     tcgetattr(STDIN_FILENO, &previous_);
     termios unseen = previous_;
     unseen.c_lflag &= ~static_cast<tcflag_t>(ECHO | ICANON);
+    // A shell that takes over meanwhile would show what is typed afterwards.
+    unseen.c_cc[VSUSP] = unseen.c_cc[VQUIT] = _POSIX_VDISABLE;
     tcsetattr(STDIN_FILENO, TCSAFLUSH, &unseen);
   }
   ~UnseenInput() { tcsetattr(STDIN_FILENO, TCSADRAIN, &previous_); }
@@ -31,6 +33,8 @@ class UnseenInput {
  private:
   termios previous_{};
 };
+
+bool IsControl(char c) { return static_cast<unsigned char>(c) < ' '; }
 
 /// The bytes of UTF-8 that begin a character.
 bool BeginsCharacter(char c) { return (c & 0xC0) != 0x80; }
@@ -69,7 +73,7 @@ std::optional<std::string> ReadMasked(const std::string& prompt) {
       line.RemoveLast();
     } else if (*key == kEraseLine) {
       line.Clear();
-    } else {
+    } else if (!IsControl(*key)) {
       line.Add(*key);
     }
   }

@@ -14,6 +14,9 @@
 namespace terminal {
 namespace {
 
+/// Bytes of a password; a file that was named by mistake is not read whole.
+constexpr std::size_t kLongest = 65536;
+
 /// What is typed or kept in a file is in the locale's codeset, whatever code
 /// page the names of an archive have.
 std::wstring WideOf(const std::string& line) {
@@ -28,7 +31,12 @@ std::wstring WideOf(const std::string& line) {
 
 std::wstring FirstLine(std::istream& input, const std::string& name) {
   std::string line;
-  if (!std::getline(input, line)) throw CommandError(name + ": holds no password");
+  char c = 0;
+  while (input.get(c) && c != '\n') {
+    line += c;
+    if (line.size() > kLongest) throw CommandError(name + ": too long for a password");
+  }
+  if (line.empty() && !input) throw CommandError(name + ": holds no password");
   if (line.ends_with('\r')) line.pop_back();
   return WideOf(line);
 }

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <signal.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <nlohmann/json.hpp>
@@ -36,7 +37,7 @@ class TerminalTest : public testing::Test {
     WriteFile(folder_.Path("in/DOCS/A.TXT"), "alpha");
     WriteFile(folder_.Path("in/DOCS/DEEP/B.TXT"), "beta");
     const std::string command =
-        "genisoimage -quiet -o " + Image() + " " + folder_.Path("in") + " 2>&1";
+        "genisoimage -quiet -o '" + Image() + "' '" + folder_.Path("in") + "' 2>&1";
     ASSERT_EQ(std::system(command.c_str()), 0);
   }
 
@@ -72,13 +73,17 @@ TEST_F(TerminalTest, ListsATable) {
 
 TEST_F(TerminalTest, ListsJsonForProgramsWhateverTheNames) {
   testsupport::IsoBuilder builder;
-  builder.Root().AddFolder("SUB").AddFile("Q\"\x01\x1b[2J.X;1", "12345");
+  builder.Root().AddFolder("SUB").AddFile("Q\"\x01\x1b[2J\xc2\x9b\xf3\xa0\x80\xae.X;1", "12345");
   const Result result = RunCommand({"list", WriteImage(builder), "--json"});
   ASSERT_EQ(result.exitCode, 0) << result.errors;
   const auto items = nlohmann::json::parse(result.output).at("items");
   ASSERT_EQ(items.size(), 2U);
   EXPECT_EQ(items[0].at("folder"), true);
-  EXPECT_EQ(items[1].at("path"), "SUB\\Q\"\x01\x1b[2J.X");
+  EXPECT_EQ(items[1].at("path"), "SUB\\Q\"\x01\x1b[2J\xc2\x9b\xf3\xa0\x80\xae.X");
+  EXPECT_EQ(std::count_if(result.output.begin(), result.output.end(),
+                          [](char c) { return c != '\n' && (c < ' ' || c > '~'); }),
+            0)
+      << "nothing that a terminal would obey";
   EXPECT_EQ(items[1].at("size"), 5);
   EXPECT_EQ(items[1].at("modified"), "2001-02-03T04:05:06Z");
   EXPECT_FALSE(items[1].contains("accessed"));
@@ -220,7 +225,9 @@ TEST_F(TerminalTest, TellsWhyAnArchiveCannotBeOpened) {
 
 TEST_F(TerminalTest, RefusesAWrongCommandLine) {
   EXPECT_EQ(RunCommand({}).exitCode, 2);
-  EXPECT_EQ(RunCommand({"list", Image(), "--unknown"}).exitCode, 2);
+  const Result unknown = RunCommand({"list", Image(), "--unknown\x1b[2J"});
+  EXPECT_EQ(unknown.exitCode, 2);
+  EXPECT_THAT(unknown.errors, HasSubstr("--unknown\\x1b[2J\n"));
   EXPECT_EQ(RunCommand(Extract({"--overwrite=some"})).exitCode, 2);
   const Result result = RunCommand({"list", Image(), "--codepage", "NO-SUCH"});
   EXPECT_EQ(result.exitCode, 2);
@@ -284,6 +291,7 @@ TEST_F(TerminalTest, LeavesNoPartialFileWhenItIsStopped) {
       ASSERT_TRUE(command.Await(": ")) << command.Shown();
       command.Type("y\n");
     } else {
+      command.Send(signal);
       command.Send(signal);
     }
     EXPECT_EQ(command.Finish(), 128 + signal) << command.Shown();

@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <map>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -9,6 +10,7 @@
 #include "extract.h"
 #include "info.h"
 #include "list.h"
+#include "output.h"
 #include "password.h"
 #include "platform/text.h"
 #include "text.h"
@@ -21,7 +23,8 @@ constexpr const char* kFooter =
     "  0    everything came out\n"
     "  1    something was skipped, refused or failed; each is named\n"
     "  2    the archive cannot be opened, or the command line is wrong\n"
-    "  130  stopped by Ctrl-C or by a cancelled question";
+    "  130  stopped by Ctrl-C or by a cancelled question\n"
+    "  143, 129  stopped by SIGTERM or SIGHUP";
 
 constexpr const char* kListFooter =
     "In the table, \"/\" separates the components of a path, and characters that could\n"
@@ -129,6 +132,17 @@ void ApplyCodePage(const std::string& name) {
   throw CommandError(ShownNativePath(name) + ": not a code page that can be used");
 }
 
+/// Help, the version, or what is wrong with the arguments, which it may repeat.
+int AnswerOf(const CLI::App& app, const CLI::ParseError& error) {
+  std::ostringstream help;
+  std::stringstream problem;
+  const int exitCode = app.exit(error, help, problem) == 0 ? kExitComplete : kExitUnusable;
+  for (std::string line; std::getline(problem, line);) PrintToStderr(ShownNativePath(line) + "\n");
+  StandardOutput output;
+  output.Text() = help.str();
+  return output.Finish(exitCode);
+}
+
 }  // namespace
 
 int RunCommandLine(int argc, char** argv) {
@@ -143,7 +157,7 @@ int RunCommandLine(int argc, char** argv) {
   try {
     app.parse(ArgumentsOf(argc, argv));
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? kExitComplete : kExitUnusable;
+    return AnswerOf(app, error);
   }
   ApplyCodePage(options.codePage);
   std::optional<std::wstring>& password = options.extract.password;

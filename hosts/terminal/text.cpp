@@ -94,9 +94,14 @@ void AppendJsonEscape(std::string& out, wchar_t c) {
     out += static_cast<char>(c);
     return;
   }
-  char escape[8];
-  std::snprintf(escape, sizeof escape, "\\u%04x", static_cast<unsigned>(c) & 0xff);
-  out += escape;
+  const auto append = [&](wchar_t unit) {
+    char escape[8];
+    std::snprintf(escape, sizeof escape, "\\u%04x", static_cast<unsigned>(unit) & 0xffff);
+    out += escape;
+  };
+  if (c < platform::kFirstOfTwoUnits) return append(c);
+  append(platform::HighSurrogateOf(c));
+  append(platform::LowSurrogateOf(c));
 }
 
 }  // namespace
@@ -137,7 +142,7 @@ std::string ShownText(std::wstring_view text) {
 void AppendJsonString(std::string& out, std::wstring_view text) {
   out += '"';
   for (const wchar_t c : text) {
-    if (c == L'"' || c == L'\\' || (c >= 0 && c < 0x20)) {
+    if (c == L'"' || c == L'\\' || (NeedsEscape(c) && IsEncodable(c))) {
       AppendJsonEscape(out, c);
     } else {
       platform::AppendUtf8(out, IsEncodable(c) ? c : L'\ufffd');

@@ -27,8 +27,8 @@ std::string ShownPath(std::wstring_view path);
 std::string ShownNativePath(std::string_view path);
 std::string ShownText(std::wstring_view text);
 
-/// Appends a JSON string in UTF-8, with its quotes. What UTF-8 cannot express
-/// becomes U+FFFD.
+/// Appends a JSON string in UTF-8, with its quotes, safe for a terminal too.
+/// What UTF-8 cannot express becomes U+FFFD.
 void AppendJsonString(std::string& out, std::wstring_view text);
 
 void AppendNumber(std::string& out, std::uint64_t number);

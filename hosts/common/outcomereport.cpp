@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <string>
+#include <vector>
 
 #include "platform/text.h"
 
@@ -62,6 +63,9 @@ class Reporter {
       if (!item.isEncrypted) return Reason::Of("wrong content: damaged in the archive");
       return Reason::Of("wrong content: the password is wrong, or the archive is damaged");
     }
+    if (planned.outcome == Outcome::kNotChecked) {
+      return Reason::Of("not checked: what was written cannot be read again");
+    }
     if (planned.outcome == Outcome::kKept) return settings_.kept;
     const ItemProblems* const problems = settings_.problems;
     if (problems != nullptr) {
@@ -83,9 +87,9 @@ class Reporter {
   std::size_t index_ = 0;
 };
 
-Totals TotalsOfComplete(const Plan& plan) {
+Totals TotalsOfComplete(const std::vector<PlannedItem>& items) {
   Totals totals;
-  for (const PlannedItem& item : plan) Count(totals, item);
+  for (const PlannedItem& item : items) Count(totals, item);
   return totals;
 }
 

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -37,8 +38,17 @@ struct Request {
 };
 
 /// kCutShort: written, but not with all of its bytes. kWrongContent: written,
-/// but not what the archive's CRC says.
-enum class Outcome : std::uint8_t { kNone, kWritten, kCutShort, kWrongContent, kKept, kRefused };
+/// but not what the archive's CRC says. kNotChecked: written, but nobody could
+/// compare it with its CRC.
+enum class Outcome : std::uint8_t {
+  kNone,
+  kWritten,
+  kCutShort,
+  kWrongContent,
+  kNotChecked,
+  kKept,
+  kRefused
+};
 
 struct PlannedItem {
   /// Hash of the full output path.
@@ -51,7 +61,12 @@ struct PlannedItem {
   std::optional<std::uint32_t> crc{};
 };
 
-using Plan = std::vector<PlannedItem>;
+struct Plan {
+  std::vector<PlannedItem> items;
+  /// What the unpacker's engine says of the file that it has just finished; null
+  /// where it says nothing. Valid while the archive is open.
+  std::function<SevenZipVerdict()> lastVerdict;
+};
 
 std::uint64_t HashOfPath(std::wstring_view path);
 std::uint32_t HashOfName(std::wstring_view name);

@@ -266,11 +266,16 @@ BOOL CreateDirectoryW(LPCWSTR path, SECURITY_ATTRIBUTES*) {
 }
 
 HANDLE FindFirstFileW(LPCWSTR path, WIN32_FIND_DATAW* data) {
+  const std::string native = platform::ToNativePath(path);
   struct stat status {};
-  if (lstat(platform::ToNativePath(path).c_str(), &status) != 0) {
+  if (lstat(native.c_str(), &status) != 0) {
     FailWithErrno(errno);
     return INVALID_HANDLE_VALUE;
   }
+  struct stat behind {};
+  const bool isLinkToFile =
+      S_ISLNK(status.st_mode) && stat(native.c_str(), &behind) == 0 && S_ISREG(behind.st_mode);
+  if (isLinkToFile) status = behind;
   const auto size = static_cast<std::uint64_t>(status.st_size);
   data->dwFileAttributes = GetFileAttributesW(path);
   data->ftCreationTime = FileTimeOf(status.st_ctim);

@@ -106,6 +106,8 @@ MORVUNP_API BOOL CreateHardLinkW(LPCWSTR path, LPCWSTR existing, SECURITY_ATTRIB
 MORVUNP_API BOOL CreateDirectoryW(LPCWSTR path, SECURITY_ATTRIBUTES*);
 
 /// Looks one exact path up; patterns are not supported. Close with FindClose.
+/// The attributes are those of GetFileAttributesW; for a link to a file, size
+/// and times are the file's, which is what an open gives.
 MORVUNP_API HANDLE FindFirstFileW(LPCWSTR path, WIN32_FIND_DATAW* data);
 MORVUNP_API BOOL FindClose(HANDLE search);
 

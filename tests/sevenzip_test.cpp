@@ -263,6 +263,22 @@ TEST_F(SevenZip, CommandTellsDamageFromSuccess) {
   EXPECT_EQ(RunCommand({"list", folder.Path("x.7z")}).exitCode, 2);
 }
 
+TEST_F(SevenZip, CommandNamesWhatARunThatEndedEarlyDidNotReach) {
+  for (const char* name : {"D/a", "D/b", "D/c", "D/d", "E/a"}) Put(name, name);
+  Make("-mx0");
+  mkdir(folder.Path("out/D").c_str(), 0777);
+  mkdir(folder.Path("out/D/a").c_str(), 0777);
+  ASSERT_EQ(mkfifo(folder.Path("out/D/c").c_str(), 0666), 0);
+  const auto result = RunCommand(
+      {"extract", folder.Path("x.7z"), "D", "E", "-C", folder.Path("out"), "--overwrite=all"});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_EQ(result.errors,
+            "morvunp: D/a: failed: a folder stands in its place\n"
+            "morvunp: D/c: failed: damaged in the archive, or could not be written\n"
+            "morvunp: D/d: not reached\n");
+  EXPECT_EQ(Out("E/a"), "E/a");
+}
+
 TEST_F(SevenZip, CommandTellsAWrongPassword) {
   Put("a", Numbers(3000));
   Put("b", Numbers(3001));

@@ -74,9 +74,12 @@ Plan MakePlan(Archive& archive, const Request& request) {
   Plan plan;
   plan.lastVerdict = VerdictOf(archive);
   RefusalWatch refusals;
-  ForEachPlanned(archive, request, [&](const Item& item, const OutputPlace& place) {
-    plan.items.push_back(PlannedOf(item, place, refusals.IsRefused(item)));
-  });
+  for (const Run& run : request.runs) {
+    ForEachInRun(archive, request, run, [&](const Item& item, const OutputPlace& place) {
+      plan.items.push_back(PlannedOf(item, place, refusals.IsRefused(item)));
+    });
+    plan.runEnds.push_back(plan.items.size());
+  }
   return plan;
 }
 

@@ -57,12 +57,16 @@ struct PlannedItem {
   /// Hash of the output name; 0 for a folder.
   std::uint32_t nameHash = 0;
   bool isFolder = false;
+  /// The library has begun to write it.
+  bool hasBegun = false;
   Outcome outcome = Outcome::kNone;
   std::optional<std::uint32_t> crc{};
 };
 
 struct Plan {
   std::vector<PlannedItem> items;
+  /// For each run of the request the index behind its last item.
+  std::vector<std::size_t> runEnds;
   /// What the unpacker's engine says of the file that it has just finished; null
   /// where it says nothing. Valid while the archive is open.
   std::function<SevenZipVerdict()> lastVerdict;
@@ -74,18 +78,22 @@ std::uint32_t HashOfName(std::wstring_view name);
 /// Where an item goes in a run; none when it does not belong to the run.
 std::optional<OutputPlace> PlaceInRun(const Request& request, const Run& run, const Item& item);
 
-/// Walks the items of all runs in the order in which the library writes them
-/// and calls `visit(const Item&, const OutputPlace&)`.
+/// Walks the items of a run in the order in which the library writes them and
+/// calls `visit(const Item&, const OutputPlace&)`.
+template <class Visit>
+void ForEachInRun(Archive& archive, const Request& request, const Run& run, Visit visit) {
+  ForEachItem(archive, [&](const Item& item) {
+    const auto place = PlaceInRun(request, run, item);
+    if (place) visit(item, *place);
+    // A file selection is one item, however many share its path.
+    return !place || run.kind != RunKind::kFile;
+  });
+}
+
+/// The same for all runs, one after the other.
 template <class Visit>
 void ForEachPlanned(Archive& archive, const Request& request, Visit visit) {
-  for (const Run& run : request.runs) {
-    ForEachItem(archive, [&](const Item& item) {
-      const auto place = PlaceInRun(request, run, item);
-      if (place) visit(item, *place);
-      // A file selection is one item, however many share its path.
-      return !place || run.kind != RunKind::kFile;
-    });
-  }
+  for (const Run& run : request.runs) ForEachInRun(archive, request, run, visit);
 }
 
 Plan MakePlan(Archive& archive, const Request& request);

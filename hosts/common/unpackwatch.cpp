@@ -5,6 +5,14 @@
 #include <utility>
 
 namespace host {
+namespace {
+
+bool WasReached(const PlannedItem& item) {
+  // Refusals are known beforehand.
+  return item.hasBegun || (item.outcome != Outcome::kNone && item.outcome != Outcome::kRefused);
+}
+
+}  // namespace
 
 void UnpackWatch::Start(Plan plan) {
   plan_ = std::move(plan);
@@ -12,7 +20,7 @@ void UnpackWatch::Start(Plan plan) {
 }
 
 void UnpackWatch::FileStarts(std::wstring_view name) {
-  AdvanceTo(name);
+  if (AdvanceTo(name)) plan_.items[next_].hasBegun = true;
   currentName_ = name;
   inFile_ = true;
   percentage_ = 0;
@@ -57,6 +65,13 @@ void UnpackWatch::Kept(std::wstring_view name) {
   if (!AdvanceTo(name)) return;
   plan_.items[next_].outcome = Outcome::kKept;
   Pass(next_ + 1);
+}
+
+std::size_t UnpackWatch::ReachedIn(std::size_t run) const {
+  const std::size_t begin = run > 0 ? plan_.runEnds[run - 1] : 0;
+  std::size_t end = plan_.runEnds[run];
+  while (end > begin && !WasReached(plan_.items[end - 1])) --end;
+  return end;
 }
 
 std::uint64_t UnpackWatch::BytesDone() const {

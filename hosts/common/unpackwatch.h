@@ -32,6 +32,9 @@ class UnpackWatch {
   void Kept(std::wstring_view name);
 
   const std::vector<PlannedItem>& Items() const { return plan_.items; }
+  const std::vector<std::size_t>& RunEnds() const { return plan_.runEnds; }
+  /// Index behind the last item of a run that the library got to, if any.
+  std::size_t ReachedIn(std::size_t run) const;
   /// Index of the first file that the library has not passed yet.
   std::size_t Next() const { return next_; }
   /// The file in hand has begun and is not finished.

@@ -61,9 +61,8 @@ bool TakeLateLock(int descriptor) {
   return !LockedByOthers(descriptor, Share::kNothing, true);
 }
 
-/// Checks what an existing path turned out to be.
-int ErrorOfExisting(int descriptor, bool writing) {
-  struct stat status {};
+/// Checks what an existing path turned out to be; `status` becomes that.
+int ErrorOfExisting(int descriptor, bool writing, struct stat& status) {
   if (fstat(descriptor, &status) != 0) return errno;
   if (!S_ISREG(status.st_mode) && !S_ISBLK(status.st_mode)) return EACCES;
   // Root may write what its owner may not; a read-only file stays protected.
@@ -71,25 +70,70 @@ int ErrorOfExisting(int descriptor, bool writing) {
   return 0;
 }
 
+/// As open(2), but without cutting a file.
+int OpenUncut(const std::string& path, int flags, mode_t mode) {
+  return MoveUp(open(path.c_str(), (flags & ~O_TRUNC) | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, mode));
+}
+
+int CreateNew(const std::string& path, int flags, mode_t mode, Share share) {
+  const int descriptor = OpenUncut(path, flags | O_EXCL, mode);
+  if (descriptor < 0) return -1;
+  lateLock = share != Share::kAnything ? LateLock{descriptor, false} : LateLock{};
+  return descriptor;
+}
+
+/// New content would show under names outside the caller's folder, or be run
+/// with the rights of the file's owner.
+bool MustNotBeRewritten(const struct stat& status) {
+  return S_ISREG(status.st_mode) &&
+         (status.st_nlink > 1 || (status.st_mode & (S_ISUID | S_ISGID)) != 0);
+}
+
+/// Takes the name away from the file that was opened by it, not from what may
+/// have come there since. 0, or an errno value.
+int TakeNameFrom(const struct stat& opened, const std::string& path) {
+  struct stat named {};
+  if (lstat(path.c_str(), &named) != 0) return errno;
+  if (named.st_dev != opened.st_dev || named.st_ino != opened.st_ino) return EACCES;
+  return unlink(path.c_str()) == 0 ? 0 : errno;
+}
+
+/// Makes a new file in place of an open one, with its permissions only.
+int CreateInPlaceOf(const struct stat& existing, const std::string& path, int flags, Share share) {
+  errno = TakeNameFrom(existing, path);
+  if (errno != 0) return -1;
+  const mode_t mode = existing.st_mode & 0777;
+  const int descriptor = CreateNew(path, flags, mode, share);
+  // The umask may have held some back. A refusal leaves the file less open.
+  if (descriptor >= 0) fchmod(descriptor, mode);
+  return descriptor;
+}
+
+/// The descriptor of an empty file at `path`, where `descriptor` is open.
+int Cut(int descriptor, const struct stat& existing, const std::string& path, int flags,
+        Share share) {
+  if (!MustNotBeRewritten(existing)) {
+    return ftruncate(descriptor, 0) == 0 ? descriptor : CloseWithErrno(descriptor, errno);
+  }
+  const int replacement = CreateInPlaceOf(existing, path, flags, share);
+  CloseWithErrno(descriptor, errno);
+  return replacement;
+}
+
 }  // namespace
 
 int OpenDescriptor(const std::string& path, int flags, Share share) {
-  const int openFlags = (flags & ~O_TRUNC) | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
-  const int descriptor = MoveUp(open(path.c_str(), openFlags, 0666));
+  constexpr mode_t kMode = 0666;
+  if ((flags & O_EXCL) != 0) return CreateNew(path, flags, kMode, share);
+  const int descriptor = OpenUncut(path, flags, kMode);
   if (descriptor < 0) return -1;
   const bool writing = (flags & O_ACCMODE) != O_RDONLY;
-  if ((flags & O_EXCL) == 0) {
-    const int error = ErrorOfExisting(descriptor, writing);
-    if (error != 0) return CloseWithErrno(descriptor, error);
-  }
-  const bool isFresh = (flags & O_EXCL) != 0;
-  lateLock = isFresh && share != Share::kAnything ? LateLock{descriptor, false} : LateLock{};
-  if (!isFresh && LockedByOthers(descriptor, share, writing))
-    return CloseWithErrno(descriptor, EWOULDBLOCK);
-  if ((flags & O_TRUNC) != 0 && ftruncate(descriptor, 0) != 0) {
-    return CloseWithErrno(descriptor, errno);
-  }
-  return descriptor;
+  struct stat existing {};
+  const int error = ErrorOfExisting(descriptor, writing, existing);
+  if (error != 0) return CloseWithErrno(descriptor, error);
+  lateLock = {};
+  if (LockedByOthers(descriptor, share, writing)) return CloseWithErrno(descriptor, EWOULDBLOCK);
+  return (flags & O_TRUNC) != 0 ? Cut(descriptor, existing, path, flags, share) : descriptor;
 }
 
 }  // namespace platform
@@ -222,11 +266,16 @@ BOOL CreateDirectoryW(LPCWSTR path, SECURITY_ATTRIBUTES*) {
 }
 
 HANDLE FindFirstFileW(LPCWSTR path, WIN32_FIND_DATAW* data) {
+  const std::string native = platform::ToNativePath(path);
   struct stat status {};
-  if (lstat(platform::ToNativePath(path).c_str(), &status) != 0) {
+  if (lstat(native.c_str(), &status) != 0) {
     FailWithErrno(errno);
     return INVALID_HANDLE_VALUE;
   }
+  struct stat behind {};
+  const bool isLinkToFile =
+      S_ISLNK(status.st_mode) && stat(native.c_str(), &behind) == 0 && S_ISREG(behind.st_mode);
+  if (isLinkToFile) status = behind;
   const auto size = static_cast<std::uint64_t>(status.st_size);
   data->dwFileAttributes = GetFileAttributesW(path);
   data->ftCreationTime = FileTimeOf(status.st_ctim);

@@ -68,7 +68,9 @@ struct WIN32_FIND_DATAW {
 
 /// Opens a regular file or a block device; anything else is refused, and no
 /// open ever waits. CREATE_NEW never follows a link; CREATE_ALWAYS truncates
-/// only after the share is granted and refuses a read-only file.
+/// only after the share is granted and refuses a read-only file. A file with
+/// further names, or with set-uid or set-gid bits, is not written into: a new
+/// one takes the name, with its permission bits.
 MORVUNP_API HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES*,
                                DWORD disposition, DWORD flags, HANDLE templateFile);
 
@@ -104,6 +106,8 @@ MORVUNP_API BOOL CreateHardLinkW(LPCWSTR path, LPCWSTR existing, SECURITY_ATTRIB
 MORVUNP_API BOOL CreateDirectoryW(LPCWSTR path, SECURITY_ATTRIBUTES*);
 
 /// Looks one exact path up; patterns are not supported. Close with FindClose.
+/// The attributes are those of GetFileAttributesW; for a link to a file, size
+/// and times are the file's, which is what an open gives.
 MORVUNP_API HANDLE FindFirstFileW(LPCWSTR path, WIN32_FIND_DATAW* data);
 MORVUNP_API BOOL FindClose(HANDLE search);
 

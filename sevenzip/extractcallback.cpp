@@ -65,6 +65,7 @@ HRESULT C7zExtractCallback::GetStream(DWORD index, ISequentialOutStream** stream
   *stream = nullptr;
   return Guarded([&]() -> HRESULT {
     m_pOutStream.Reset();
+    m_pUnpacker->m_verdict = SevenZipVerdict::kNone;
     m_bReportProgress = true;
     if (m_pUnpacker->m_nMode != C7zUnpacker::kSingleItem && !Process(index)) {
       return m_pUnpacker->m_bReplaceCancelled != 0 ? E_ABORT : S_OK;
@@ -119,12 +120,13 @@ HRESULT C7zExtractCallback::PrepareOperation(LONG askMode) {
   return S_OK;
 }
 
-HRESULT C7zExtractCallback::SetOperationResult(LONG) {
+HRESULT C7zExtractCallback::SetOperationResult(LONG result) {
   return Guarded([&] {
+    m_pUnpacker->m_verdict = result == kResultOk ? SevenZipVerdict::kGood : SevenZipVerdict::kBad;
     m_nCompletedBase += m_nItemTotal;
-    const HRESULT result = m_pOutStream ? FinishFile() : S_OK;
+    const HRESULT finished = m_pOutStream ? FinishFile() : S_OK;
     m_pOutStream.Reset();
-    return result;
+    return finished;
   });
 }
 

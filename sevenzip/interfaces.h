@@ -22,6 +22,9 @@ inline constexpr LONG kAskExtract = 0;
 inline constexpr LONG kAskTest = 1;
 inline constexpr LONG kAskSkip = 2;
 
+/// What it says of an item's content; every other number is a complaint.
+inline constexpr LONG kResultOk = 0;
+
 inline constexpr DWORD kSeekStart = 0;
 inline constexpr DWORD kSeekCurrent = 1;
 inline constexpr DWORD kSeekEnd = 2;

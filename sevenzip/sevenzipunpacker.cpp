@@ -33,6 +33,7 @@ C7zUnpacker& C7zUnpacker::operator=(const C7zUnpacker& other) {
   m_bReusePassword = other.m_bReusePassword;
   m_nItemCount = m_nPosition = m_nCurrent = 0;
   m_bHasCurrent = false;
+  m_verdict = SevenZipVerdict::kNone;
   return *this;
 }
 

@@ -2,9 +2,12 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
+
+#include <filesystem>
 
 #include "platform/platform.h"
 #include "platform/userinterface.h"
@@ -108,6 +111,33 @@ TEST(Files, AreTheWritersOwnFromTheSecondWriteOn) {
   const HANDLE again = open(CREATE_ALWAYS);
   EXPECT_NE(again, INVALID_HANDLE_VALUE);
   CloseHandle(again);
+}
+
+TEST(Files, AreNotRewrittenUnderOtherNamesOrWithTheirOwnersRights) {
+  const TempFolder folder;
+  const auto modeOf = [&] { return std::filesystem::status(folder.Path("f")).permissions(); };
+  const auto write = [&] {
+    const HANDLE file = CreateFileW(folder.LibraryPath("f").c_str(), GENERIC_WRITE, FILE_SHARE_READ,
+                                    nullptr, CREATE_ALWAYS, FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
+    DWORD written = 0;
+    const BOOL done = WriteFile(file, "new", 3, &written, nullptr);
+    return file != INVALID_HANDLE_VALUE && CloseHandle(file) && done;
+  };
+  testsupport::WriteFile(folder.Path("f"), "old");
+  chmod(folder.Path("f").c_str(), 0666);
+  ASSERT_EQ(link(folder.Path("f").c_str(), folder.Path("other").c_str()), 0);
+  const int reader = open(folder.Path("other").c_str(), O_RDONLY);
+  flock(reader, LOCK_SH);
+  EXPECT_FALSE(write()) << "it is in use";
+  EXPECT_EQ(testsupport::ReadFile(folder.Path("f")), "old");
+  close(reader);
+  EXPECT_TRUE(write());
+  EXPECT_EQ(testsupport::ReadFile(folder.Path("other")), "old");
+  EXPECT_EQ(modeOf(), std::filesystem::perms{0666}) << "in spite of the umask";
+  chmod(folder.Path("f").c_str(), 06750);
+  EXPECT_TRUE(write());
+  EXPECT_EQ(testsupport::ReadFile(folder.Path("f")), "new");
+  EXPECT_EQ(modeOf(), std::filesystem::perms{0750});
 }
 
 TEST(Files, NeverWaitForAPipe) {

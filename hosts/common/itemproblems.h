@@ -1,8 +1,10 @@
 // What unpackers tell of items that did not come out.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "hosts/common/reason.h"
 #include "morvunp/morvunp.h"
@@ -24,13 +26,13 @@ class ItemProblems {
 
   /// Null when nothing was told of this item.
   const Reason* Find(const std::wstring& path) const;
-  /// A run has ended early, so that items behind were not reached.
-  void EndRun() { runEnded_ = true; }
-  bool RunEnded() const { return runEnded_; }
+  /// A run of the request has ended early: the items behind were not reached.
+  void EndRun(std::size_t run) { endedRuns_.insert(run); }
+  bool HasEnded(std::size_t run) const { return endedRuns_.contains(run); }
 
  private:
   std::unordered_map<std::wstring, Reason> reasons_;
-  bool runEnded_ = false;
+  std::unordered_set<std::size_t> endedRuns_;
 };
 
 }  // namespace host

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <string>
+#include <vector>
 
 #include "platform/text.h"
 
@@ -35,10 +36,17 @@ void Count(Totals& totals, const PlannedItem& item) {
 class Reporter {
  public:
   Reporter(const UnpackWatch& watch, const ReportSettings& settings, const TellMissing& tell)
-      : watch_(watch), settings_(settings), tell_(tell) {}
+      : watch_(watch), settings_(settings), tell_(tell) {
+    const auto& runEnds = watch.RunEnds();
+    for (std::size_t run = 0; run < runEnds.size(); ++run) {
+      const bool hasEnded = settings.problems != nullptr && settings.problems->HasEnded(run);
+      reached_.push_back(hasEnded ? watch.ReachedIn(run) : runEnds[run]);
+    }
+  }
 
   void Visit(const Item& item, const OutputPlace& place) {
     const std::size_t index = index_++;
+    while (index >= watch_.RunEnds()[run_]) ++run_;
     const PlannedItem& planned = watch_.Items()[index];
     if (planned.outcome == Outcome::kWritten ||
         (planned.isFolder && planned.outcome == Outcome::kNone && IsFolderOnDisk(place.folder))) {
@@ -62,6 +70,9 @@ class Reporter {
       if (!item.isEncrypted) return Reason::Of("wrong content: damaged in the archive");
       return Reason::Of("wrong content: the password is wrong, or the archive is damaged");
     }
+    if (planned.outcome == Outcome::kNotChecked) {
+      return Reason::Of("not checked: what was written cannot be read again");
+    }
     if (planned.outcome == Outcome::kKept) return settings_.kept;
     const ItemProblems* const problems = settings_.problems;
     if (problems != nullptr) {
@@ -71,7 +82,7 @@ class Reporter {
       const bool isInHand = index == watch_.Next() && watch_.InFile();
       return isInHand ? Reason::Of("interrupted") : Reason::Of("not reached");
     }
-    if (problems != nullptr && problems->RunEnded()) return Reason::Of("not reached");
+    if (index >= reached_[run_]) return Reason::Of("not reached");
     if (planned.isFolder) return Reason::Of("failed: the folder could not be created");
     return ReasonOfFailure(item, place);
   }
@@ -81,11 +92,15 @@ class Reporter {
   const TellMissing& tell_;
   Totals totals_;
   std::size_t index_ = 0;
+  /// The run that the item belongs to.
+  std::size_t run_ = 0;
+  /// For each run the index behind the last item that was reached.
+  std::vector<std::size_t> reached_;
 };
 
-Totals TotalsOfComplete(const Plan& plan) {
+Totals TotalsOfComplete(const std::vector<PlannedItem>& items) {
   Totals totals;
-  for (const PlannedItem& item : plan) Count(totals, item);
+  for (const PlannedItem& item : items) Count(totals, item);
   return totals;
 }
 

@@ -30,6 +30,15 @@ PlannedItem PlannedOf(const Item& item, const OutputPlace& place, bool isRefused
           .crc = item.crc};
 }
 
+std::function<SevenZipVerdict()> VerdictOf(Archive& archive) {
+  return WithUnpacker(archive, [](auto& unpacker) -> std::function<SevenZipVerdict()> {
+    if constexpr (requires { unpacker.GetLastVerdict(); }) {
+      return [&unpacker] { return unpacker.GetLastVerdict(); };
+    }
+    return {};
+  });
+}
+
 }  // namespace
 
 std::uint64_t HashOfPath(std::wstring_view path) { return std::hash<std::wstring_view>{}(path); }
@@ -63,10 +72,14 @@ std::optional<OutputPlace> PlaceInRun(const Request& request, const Run& run, co
 
 Plan MakePlan(Archive& archive, const Request& request) {
   Plan plan;
+  plan.lastVerdict = VerdictOf(archive);
   RefusalWatch refusals;
-  ForEachPlanned(archive, request, [&](const Item& item, const OutputPlace& place) {
-    plan.push_back(PlannedOf(item, place, refusals.IsRefused(item)));
-  });
+  for (const Run& run : request.runs) {
+    ForEachInRun(archive, request, run, [&](const Item& item, const OutputPlace& place) {
+      plan.items.push_back(PlannedOf(item, place, refusals.IsRefused(item)));
+    });
+    plan.runEnds.push_back(plan.items.size());
+  }
   return plan;
 }
 

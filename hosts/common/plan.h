@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -37,8 +38,17 @@ struct Request {
 };
 
 /// kCutShort: written, but not with all of its bytes. kWrongContent: written,
-/// but not what the archive's CRC says.
-enum class Outcome : std::uint8_t { kNone, kWritten, kCutShort, kWrongContent, kKept, kRefused };
+/// but not what the archive's CRC says. kNotChecked: written, but nobody could
+/// compare it with its CRC.
+enum class Outcome : std::uint8_t {
+  kNone,
+  kWritten,
+  kCutShort,
+  kWrongContent,
+  kNotChecked,
+  kKept,
+  kRefused
+};
 
 struct PlannedItem {
   /// Hash of the full output path.
@@ -47,11 +57,20 @@ struct PlannedItem {
   /// Hash of the output name; 0 for a folder.
   std::uint32_t nameHash = 0;
   bool isFolder = false;
+  /// The library has begun to write it.
+  bool hasBegun = false;
   Outcome outcome = Outcome::kNone;
   std::optional<std::uint32_t> crc{};
 };
 
-using Plan = std::vector<PlannedItem>;
+struct Plan {
+  std::vector<PlannedItem> items;
+  /// For each run of the request the index behind its last item.
+  std::vector<std::size_t> runEnds;
+  /// What the unpacker's engine says of the file that it has just finished; null
+  /// where it says nothing. Valid while the archive is open.
+  std::function<SevenZipVerdict()> lastVerdict;
+};
 
 std::uint64_t HashOfPath(std::wstring_view path);
 std::uint32_t HashOfName(std::wstring_view name);
@@ -59,18 +78,22 @@ std::uint32_t HashOfName(std::wstring_view name);
 /// Where an item goes in a run; none when it does not belong to the run.
 std::optional<OutputPlace> PlaceInRun(const Request& request, const Run& run, const Item& item);
 
-/// Walks the items of all runs in the order in which the library writes them
-/// and calls `visit(const Item&, const OutputPlace&)`.
+/// Walks the items of a run in the order in which the library writes them and
+/// calls `visit(const Item&, const OutputPlace&)`.
+template <class Visit>
+void ForEachInRun(Archive& archive, const Request& request, const Run& run, Visit visit) {
+  ForEachItem(archive, [&](const Item& item) {
+    const auto place = PlaceInRun(request, run, item);
+    if (place) visit(item, *place);
+    // A file selection is one item, however many share its path.
+    return !place || run.kind != RunKind::kFile;
+  });
+}
+
+/// The same for all runs, one after the other.
 template <class Visit>
 void ForEachPlanned(Archive& archive, const Request& request, Visit visit) {
-  for (const Run& run : request.runs) {
-    ForEachItem(archive, [&](const Item& item) {
-      const auto place = PlaceInRun(request, run, item);
-      if (place) visit(item, *place);
-      // A file selection is one item, however many share its path.
-      return !place || run.kind != RunKind::kFile;
-    });
-  }
+  for (const Run& run : request.runs) ForEachInRun(archive, request, run, visit);
 }
 
 Plan MakePlan(Archive& archive, const Request& request);

@@ -59,34 +59,45 @@ void UnpackOneFile(U& unpacker, const Request& request, const Run& run) {
   if (place && isFirst) unpacker.UnpackFile(run.path, request.target);
 }
 
+/// False when the library failed a run as a whole.
 template <class U>
-void UnpackRun(U& unpacker, const Request& request, const Run& run, const StopRequest& stop) {
+bool UnpackRun(U& unpacker, const Request& request, const Run& run, const StopRequest& stop) {
   switch (run.kind) {
     case RunKind::kArchive:
-      unpacker.UnpackArchive(request.target);
-      return;
+      return unpacker.UnpackArchive(request.target);
     case RunKind::kFolder:
-      unpacker.UnpackFolder(run.path, request.target);
-      return;
+      return unpacker.UnpackFolder(run.path, request.target);
     case RunKind::kFolderFlat:
     case RunKind::kFiles:
       UnpackEachFile(unpacker, request, run, stop);
-      return;
+      return true;
     case RunKind::kFile:
       UnpackOneFile(unpacker, request, run);
-      return;
+      return true;
   }
+  return true;
 }
+
+/// The library left items of a run aside. Most classes answer a run with the
+/// result of its last item, which tells nothing of that.
+template <class U>
+bool EndedEarly(const U& unpacker, bool) {
+  return ReasonOfGap(unpacker).has_value();
+}
+
+/// The 7z engine goes on after an item that is damaged, so that what fails a
+/// run is what ended it.
+bool EndedEarly(const C7zUnpacker&, bool result) { return !result; }
 
 }  // namespace
 
 void UnpackRequest(Archive& archive, const Request& request, const StopRequest& stop,
                    ItemProblems& problems) {
-  for (const Run& run : request.runs) {
+  for (std::size_t i = 0; i < request.runs.size(); ++i) {
     if (stop.Stopped()) return;
     WithUnpacker(archive, [&](auto& unpacker) {
-      UnpackRun(unpacker, request, run, stop);
-      if (ReasonOfGap(unpacker)) problems.EndRun();
+      const bool result = UnpackRun(unpacker, request, request.runs[i], stop);
+      if (EndedEarly(unpacker, result)) problems.EndRun(i);
     });
   }
 }

@@ -24,12 +24,17 @@ class UnpackWatch {
   /// A folder was created, or a file written. The library takes a file for
   /// written even where the archive ended early or the password was wrong, so
   /// the file on disk is looked at: its content where its CRC is known, and its
-  /// size when the progress did not reach the end.
+  /// size when the progress did not reach the end. Where its content cannot be
+  /// read, which the archive may bring about by its mode, the engine's word
+  /// decides.
   void Created(const WrittenFile& file);
   /// A file is not to replace the existing one.
   void Kept(std::wstring_view name);
 
-  const Plan& Items() const { return plan_; }
+  const std::vector<PlannedItem>& Items() const { return plan_.items; }
+  const std::vector<std::size_t>& RunEnds() const { return plan_.runEnds; }
+  /// Index behind the last item of a run that the library got to, if any.
+  std::size_t ReachedIn(std::size_t run) const;
   /// Index of the first file that the library has not passed yet.
   std::size_t Next() const { return next_; }
   /// The file in hand has begun and is not finished.
@@ -47,9 +52,11 @@ class UnpackWatch {
   std::size_t Find(std::uint64_t pathHash);
   void Pass(std::size_t end);
   Outcome OutcomeOf(const PlannedItem& item, const WrittenFile& file) const;
+  /// Of a file whose content was not compared with a CRC.
+  Outcome OutcomeOfUnread(const PlannedItem& item, const WrittenFile& file) const;
 
   Plan plan_;
-  /// Indexes of the plan, by path; made when first needed.
+  /// Indexes of the plan's items, by path; made when first needed.
   std::vector<std::uint32_t> byPath_;
   std::size_t next_ = 0;
   std::uint64_t total_ = 0;

@@ -60,11 +60,22 @@ struct SEVENZIPFILEFULLINFO {
   BYTE bFolder = 0;
 };
 
+/// What the engine itself found of an item's content.
+enum class SevenZipVerdict : BYTE {
+  /// It has not finished the item.
+  kNone,
+  /// As the archive promises, as far as it promises anything.
+  kGood,
+  /// Damaged, decoded with a wrong password, or of a method that it lacks.
+  kBad,
+};
+
 /// Opens 7z archives. See morvunp/unpacker.h for the common contract.
 ///
 /// The engine is loaded for every open; without it OpenArchive gives false. A
 /// wrong password or damaged data shows nowhere in the results: compare what
-/// was written with the CRC of its record. A copy has no archive open.
+/// was written with the CRC of its record, or ask GetLastVerdict. A copy has no
+/// archive open.
 class MORVUNP_API C7zUnpacker {
  public:
   using ShortInfo = SEVENZIPFILESHORTINFO;
@@ -90,6 +101,10 @@ class MORVUNP_API C7zUnpacker {
   /// False when the engine found the archive's headers damaged but opened what
   /// it understood: items may be missing.
   bool IsListComplete() const;
+
+  /// What the engine said of the item that it finished last: of the file in
+  /// question, when asked while the file-tree window is told of it.
+  SevenZipVerdict GetLastVerdict() const { return m_verdict; }
 
   bool FindFile();
   bool FindNextFile();
@@ -161,6 +176,7 @@ class MORVUNP_API C7zUnpacker {
   // Size and MS-DOS date and time of the item in hand.
   ULONGLONG m_nTotal = 0;
   DWORD m_nItemDateTime = 0;
+  SevenZipVerdict m_verdict = SevenZipVerdict::kNone;
 
  private:
   template <class Callback, class Stream>

@@ -2,9 +2,12 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <linux/capability.h>
 #include <poll.h>
 #include <pty.h>
 #include <signal.h>
+#include <sys/prctl.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -38,7 +41,7 @@ int ExitCodeOf(pid_t process) {
 
 }  // namespace
 
-Result RunCommand(const Arguments& arguments, const std::string& input) {
+Result RunCommand(const Arguments& arguments, const std::string& input, User user) {
   const TempFolder folder;
   WriteFile(folder.Path("in"), input);
   const pid_t process = fork();
@@ -49,6 +52,12 @@ Result RunCommand(const Arguments& arguments, const std::string& input) {
     redirect(folder.Path("in"), STDIN_FILENO);
     redirect(folder.Path("out"), STDOUT_FILENO);
     redirect(folder.Path("err"), STDERR_FILENO);
+    if (user == User::kCannotReadBack) {
+      umask(0400);
+      // With these, root reads everything. Others lack them and cannot drop them.
+      prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE);
+      prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH);
+    }
     Execute(arguments);
   }
   const int exitCode = ExitCodeOf(process);

@@ -14,8 +14,12 @@ struct Result {
   std::string errors;
 };
 
+/// kCannotReadBack: an ordinary user to whose files the umask gives no read bit.
+enum class User { kThisOne, kCannotReadBack };
+
 /// Runs the command without a terminal; `input` is its standard input.
-Result RunCommand(const Arguments& arguments, const std::string& input = {});
+Result RunCommand(const Arguments& arguments, const std::string& input = {},
+                  User user = User::kThisOne);
 
 /// The command on a terminal of its own.
 class OnTerminal {

@@ -376,6 +376,10 @@
         <translation>falscher Inhalt: das Passwort ist falsch, oder das Archiv ist beschädigt</translation>
     </message>
     <message>
+        <source>not checked: what was written cannot be read again</source>
+        <translation>nicht geprüft: was geschrieben wurde, lässt sich nicht wieder lesen</translation>
+    </message>
+    <message>
         <source>interrupted</source>
         <translation>abgebrochen</translation>
     </message>

@@ -376,6 +376,10 @@
         <translation>contenu incorrect&#xa0;: mot de passe incorrect, ou archive endommagée</translation>
     </message>
     <message>
+        <source>not checked: what was written cannot be read again</source>
+        <translation>non vérifié&#xa0;: ce qui a été écrit ne peut être relu</translation>
+    </message>
+    <message>
         <source>interrupted</source>
         <translation>interrompu</translation>
     </message>

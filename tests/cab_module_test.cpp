@@ -210,17 +210,16 @@ class CabModuleSet : public CabModule {
  protected:
   /// A is whole in the first of three cabinets, B and C reach into later ones,
   /// D lies in the last.
-  void Make(CabMethod method = CabMethod::kStored, std::size_t packedBytes = 110'000) {
+  void Make(CabMethod method = CabMethod::kStored, std::size_t packedBytes = 110'000,
+            const std::vector<std::string>& names = {"1.cab", "2.cab", "3.cab"}) {
     CabBuilder builder;
     builder.Add(method, {{"A", text.substr(0, 1000)},
                          {"B", text.substr(1000, 150'000)},
                          {"C", text.substr(151'000, 120'000)},
                          {"D", text.substr(271'000)}});
-    const auto cabinets = builder.BuildSet(packedBytes, {"1.cab", "2.cab", "3.cab"});
+    const auto cabinets = builder.BuildSet(packedBytes, names);
     ASSERT_EQ(cabinets.size(), 3U);
-    for (char c = '1'; c <= '3'; ++c) {
-      caller.disk["d:\\" + std::string(1, c) + ".cab"] = cabinets[static_cast<unsigned>(c - '1')];
-    }
+    for (std::size_t i = 0; i < 3; ++i) caller.disk["d:\\" + names[i]] = cabinets[i];
   }
 
   const std::string text = Sample(300'000);
@@ -266,6 +265,23 @@ TEST_F(CabModuleSet, EndsWhenTheNextCabinetIsNotTheRightOne) {
   caller.disk["e:\\2.cab"] = second;
   EXPECT_TRUE(Copy("1.cab")) << "the caller named another folder";
   EXPECT_TRUE(caller.output["B"] == text.substr(1000, 150'000));
+}
+
+TEST_F(CabModuleSet, OpensNothingOutsideItsFolder) {
+  for (const std::string name : {"..\\2.cab", "e/2.cab", "..", ".", "", "\0010000002f2.cab"}) {
+    SCOPED_TRACE(name);
+    Make(CabMethod::kStored, 110'000, {"1.cab", name, "3.cab"});
+    EXPECT_FALSE(Copy("1.cab"));
+    EXPECT_EQ(erf.erfOper, FDIERROR_CORRUPT_CABINET);
+    EXPECT_EQ(caller.log.find("NEXT"), std::string::npos) << "nobody is asked for it";
+    EXPECT_FALSE(Copy("3.cab")) << "as the previous one";
+    EXPECT_EQ(caller.log.find("open:d:\\" + name + " "), std::string::npos);
+    const std::string first = caller.disk["d:\\1.cab"];
+    Make();
+    caller.disk["d:\\1.cab"] = first;
+    EXPECT_FALSE(Copy("3.cab")) << "on the way back";
+    EXPECT_EQ(erf.erfOper, FDIERROR_CORRUPT_CABINET);
+  }
 }
 
 TEST_F(CabModule, EndsAtDamageAndKeepsWhatCameBefore) {

@@ -328,6 +328,22 @@ TEST_F(CabModule, UnpacksFilesInAnyOrder) {
   EXPECT_TRUE(caller.output["B"] + caller.output["A"] == text);
 }
 
+TEST_F(CabModule, EndsWhereFoldersInTurnTakeForEver) {
+  CabBuilder builder;
+  builder.blockSize = 1;
+  std::vector<CabFile> files{{"A", std::string(60'000, 'a')}};
+  for (const char c : std::string("12345678")) files.push_back({std::string(1, c), "x"});
+  builder.Add(CabMethod::kStored, files).Add(CabMethod::kStored, {{"B", std::string(61'000, 'b')}});
+  caller.unwanted = {"A", "B"};
+  std::string cabinet = builder.Build();
+  ASSERT_TRUE(CopyBytes(cabinet));
+  // Every second file lies in the other folder.
+  for (std::size_t i = 2; i <= 8; i += 2) cabinet[52 + i * 18 + 8] = 1;
+  EXPECT_FALSE(CopyBytes(cabinet));
+  EXPECT_EQ(erf.erfOper, FDIERROR_CORRUPT_CABINET);
+  EXPECT_EQ(std::count(caller.log.begin(), caller.log.end(), 'L'), 6);
+}
+
 TEST_F(CabModule, TellsWhatACabinetSaysOfItself) {
   CabBuilder builder;
   builder.Add(CabMethod::kStored, {{"A", "1"}, {"B", "2"}}).headerReserve = 4;

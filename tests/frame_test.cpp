@@ -76,6 +76,10 @@ TEST(CreateFolder, MakesMissingAncestorsAndReportsThem) {
   EXPECT_FALSE(frame::CreateFolder(state, top + L"\\file\\below", report));
   EXPECT_FALSE(frame::CreateFolder(state, L"", report));
   EXPECT_FALSE(frame::CreateFolder(state, L"not-there\\y", report));
+  std::wstring endless = top + L"\\new";
+  for (int i = 0; i < 2'100; ++i) endless += L"\\e";
+  EXPECT_FALSE(frame::CreateFolder(state, endless, report) || MakeOutputFolder(endless, top));
+  EXPECT_FALSE(frame::FileExists(top + L"\\new"));
   EXPECT_FALSE(testsupport::Exists("not-there"));
 }
 

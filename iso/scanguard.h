@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <unordered_set>
 
+#include "frame/mixedhash.h"
 #include "platform/platform.h"
 
 namespace iso {
@@ -41,7 +42,7 @@ class ScanGuard {
   ULONGLONG m_nBytesRead = 0;
   ULONGLONG m_nPathCharacters = 0;
   int m_nDepth = 0;
-  std::unordered_set<ULONGLONG> m_entered;
+  std::unordered_set<ULONGLONG, frame::MixedHash> m_entered;
 };
 
 }  // namespace iso

@@ -2,8 +2,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <set>
+
 #include "frame/filesystem.h"
 #include "frame/foldermap.h"
+#include "frame/mixedhash.h"
 #include "frame/progress.h"
 #include "frame/summary.h"
 #include "morvunp/morvunp.h"
@@ -58,6 +61,12 @@ TEST(FolderMap, ListsFoldersIgnoringCase) {
   EXPECT_TRUE(frame::CheckFolder(list, L"A\\b"));
   EXPECT_FALSE(frame::CheckFolder(list, L"a\\C"));
   EXPECT_THAT(list, ElementsAre(L"A\\b", L"A", L"a\\C"));
+}
+
+TEST(MixedHash, SpreadsNumbersThatWereChosenForOneBucket) {
+  std::set<std::size_t> buckets;
+  for (ULONGLONG i = 0; i < 1009; ++i) buckets.insert(frame::MixedHash{}(i * 1009) % 1009);
+  EXPECT_GT(buckets.size(), 400U);
 }
 
 TEST(CreateFolder, MakesMissingAncestorsAndReportsThem) {

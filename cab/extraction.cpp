@@ -19,6 +19,11 @@ constexpr INT_PTR kSkip = 0;
 constexpr INT_PTR kGoOn = 0;
 constexpr INT_PTR kAbort = -1;
 
+/// The attributes that a cabinet records of a file. Its other bits mean
+/// something else here, up to a mode.
+constexpr DWORD kRecorded = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN |
+                            FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE;
+
 frame::NewFile NewFileOf(const cab::Extraction& run) {
   return {static_cast<ULONGLONG>(LONGLONG{run.m_nTotal}),
           platform::TimeOfDosDateTime(static_cast<WORD>(run.m_nItemDateTime >> 16),
@@ -178,9 +183,8 @@ INT_PTR CCabUnpacker::OnCloseFile(const FDINOTIFICATION& notification) {
   frame::SetDosTimeModified(handle, DWORD{notification.date} << 16 | notification.time);
   if (_close(file) != 0) return kAbort;
   // A file that was just written has this attribute and no other.
-  if (notification.attribs != FILE_ATTRIBUTE_ARCHIVE) {
-    SetFileAttributesW(path.c_str(), notification.attribs);
-  }
+  const DWORD attributes = notification.attribs & kRecorded;
+  if (attributes != FILE_ATTRIBUTE_ARCHIVE) SetFileAttributesW(path.c_str(), attributes);
   UpdateFileTree(m_state.m_strLastTarget);
   return TRUE;
 }

@@ -11,10 +11,17 @@ DWORD MoveFilePointer(HANDLE file, LONGLONG distance, DWORD method, ULONGLONG* p
   return low == INVALID_SET_FILE_POINTER ? GetLastError() : ERROR_SUCCESS;
 }
 
+bool IsTooLong(const std::wstring& path) {
+  return GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES &&
+         GetLastError() == ERROR_FILENAME_EXCED_RANGE;
+}
+
 bool CreateFolder(CUnpackState& state, const std::wstring& path, const FolderReport& report) {
   if (path.empty()) return false;
   const DWORD attributes = GetFileAttributesW(path.c_str());
   if (attributes != INVALID_FILE_ATTRIBUTES) return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+  // Not even its ancestors are made for a folder that cannot be.
+  if (GetLastError() == ERROR_FILENAME_EXCED_RANGE) return false;
   if (!HasParent(path)) return true;
   // The root of the file system has an empty text before its backslash.
   const std::wstring parent(ParentOf(path));

@@ -36,6 +36,9 @@ class OpenFile {
 /// then. ERROR_SUCCESS, or why it cannot be moved.
 DWORD MoveFilePointer(HANDLE file, LONGLONG distance, DWORD method, ULONGLONG* position = nullptr);
 
+/// True when the system cannot hold a path, whatever exists of it.
+bool IsTooLong(const std::wstring& path);
+
 /// Told of every folder that CreateFolder makes, parents first.
 using FolderReport = std::function<void(const std::wstring& path)>;
 

@@ -12,9 +12,16 @@ bool IsBelow(const std::wstring& path, const std::wstring& folder) {
 
 }  // namespace
 
+bool OutputFolders::MakeFor(const OutputPlace& place) {
+  if (place.folder == m_target || IsMade(place.folder)) return true;
+  // Thousands of folders would stand there for a file that cannot.
+  return !IsTooLong(place.Path()) && Make(place.folder);
+}
+
 bool OutputFolders::Make(const std::wstring& folder) {
-  if (!m_made.empty() && folder == m_made) return true;
-  if (LinkOnTheWay(folder) || !CreateFolder(m_state, folder, m_report)) return false;
+  if (IsMade(folder)) return true;
+  if (IsTooLong(folder) || LinkOnTheWay(folder) || !CreateFolder(m_state, folder, m_report))
+    return false;
   m_made = folder;
   return true;
 }

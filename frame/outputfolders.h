@@ -20,13 +20,15 @@ class OutputFolders {
 
   /// True when `folder`, the target or a path below it, exists afterwards.
   bool Make(const std::wstring& folder);
-  /// The same for the folder of an item's place. The target folder itself is
-  /// the caller's to provide.
-  bool MakeFor(const OutputPlace& place) { return place.folder == m_target || Make(place.folder); }
+  /// The same for the folder of an item's place, unless the system could not
+  /// hold the item's own path. The target folder itself is the caller's to
+  /// provide.
+  bool MakeFor(const OutputPlace& place);
   /// Something failed in the folder made last: look again before trusting it.
   void Forget() { m_made.clear(); }
 
  private:
+  bool IsMade(const std::wstring& folder) const { return !m_made.empty() && folder == m_made; }
   bool LinkOnTheWay(const std::wstring& folder) const;
 
   CUnpackState& m_state;

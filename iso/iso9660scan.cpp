@@ -1,5 +1,6 @@
 #include "iso/iso9660scan.h"
 
+#include <algorithm>
 #include <optional>
 
 namespace iso {
@@ -46,7 +47,8 @@ class RecordReader {
 
 void Iso9660Scan::InitScanISO9660(DWORD location, DWORD length, ItemIndex folder) {
   const ULONGLONG offset = ULONGLONG{m_nBlockSize} * location;
-  const std::uint32_t available = AvailableLength(m_source, offset, length);
+  const auto most = static_cast<DWORD>(std::min<ULONGLONG>(length, m_guard.Room()));
+  const std::uint32_t available = AvailableLength(m_source, offset, most);
   if (!m_guard.Enter(location, available, m_items.PathLengthOf(folder))) {
     m_bComplete = false;
     return;
@@ -57,7 +59,7 @@ void Iso9660Scan::InitScanISO9660(DWORD location, DWORD length, ItemIndex folder
   for (auto record = records.Next(); record; record = records.Next()) {
     if (++seen > kSpecialRecords && !AddItem(*record, folder)) break;
   }
-  m_guard.Leave();
+  m_guard.Leave(available);
   const bool whole = bytes.size() == length && seen >= kSpecialRecords && !records.IsDamaged();
   m_bComplete = m_bComplete && whole;
 }

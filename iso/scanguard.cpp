@@ -14,11 +14,17 @@ constexpr ULONGLONG kFreePathCharacters = 1 << 20;
 
 bool ScanGuard::Enter(ULONGLONG key, ULONGLONG length, std::size_t pathLength) {
   if (pathLength > kLongestPath || m_nDepth == kDeepest) return false;
-  if (length > m_nBytesLeft || !m_entered.insert(key).second) return false;
+  if (length > Room() || length > m_nBytesLeft || !m_entered.insert(key).second) return false;
   m_nBytesLeft -= length;
   m_nBytesRead += length;
+  m_nBytesHeld += length;
   ++m_nDepth;
   return true;
+}
+
+void ScanGuard::Leave(ULONGLONG length) {
+  m_nBytesHeld -= length;
+  --m_nDepth;
 }
 
 bool ScanGuard::CountPath(std::size_t length) {

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <unordered_set>
 
+#include "frame/mixedhash.h"
 #include "platform/platform.h"
 
 namespace iso {
@@ -13,6 +14,8 @@ namespace iso {
 ///
 /// - a folder is entered once, so that loops and folders with many parents
 ///   end;
+/// - what is in memory of a folder and of those that it lies in is bounded,
+///   because a sparse image costs its maker nothing;
 /// - all directories together hold no more bytes than the image, so that
 ///   overlapping extents cannot multiply what it holds;
 /// - a path is no longer than the system can create, and all paths together
@@ -24,9 +27,11 @@ class ScanGuard {
 
   /// `key` names the folder's place in the image; `length` is the number of
   /// bytes that reading it takes, `pathLength` the characters of its path.
-  /// After a true result call Leave.
+  /// After a true result call Leave with the same length.
   bool Enter(ULONGLONG key, ULONGLONG length, std::size_t pathLength);
-  void Leave() { --m_nDepth; }
+  void Leave(ULONGLONG length);
+  /// The most bytes that Enter lets be read of the next folder.
+  ULONGLONG Room() const { return kMostHeld - m_nBytesHeld; }
   /// Counts bytes of allocation descriptors and embedded data that are kept for
   /// an item. False when all together exceed what the image can hold, as when
   /// many names lead to one large entry.
@@ -36,12 +41,17 @@ class ScanGuard {
   bool CountPath(std::size_t length);
 
  private:
+  // More than a million records of an ISO 9660 directory.
+  static constexpr ULONGLONG kMostHeld = 64 << 20;
+
   ULONGLONG m_nBytesLeft;
   ULONGLONG m_nAllocationLeft;
   ULONGLONG m_nBytesRead = 0;
+  /// Of the folders that were entered and not left.
+  ULONGLONG m_nBytesHeld = 0;
   ULONGLONG m_nPathCharacters = 0;
   int m_nDepth = 0;
-  std::unordered_set<ULONGLONG> m_entered;
+  std::unordered_set<ULONGLONG, frame::MixedHash> m_entered;
 };
 
 }  // namespace iso

@@ -106,7 +106,7 @@ bool UdfScan::ReadContents(const UdfFileEntry& entry, const UDFICB& icb, const T
   }
   const auto bytes = ReadFolderData(entry, tree);
   const bool read = bytes && ReadIdentifiers(*bytes, tree, folder);
-  m_guard.Leave();
+  m_guard.Leave(entry.informationLength);
   return read;
 }
 
@@ -144,6 +144,7 @@ std::optional<std::vector<BYTE>> UdfScan::ReadFolderData(const UdfFileEntry& ent
   }
   if (BytesOf(allocation->m_arrExtents) < length) return std::nullopt;
   std::vector<BYTE> data;
+  data.reserve(static_cast<std::size_t>(length));
   for (const UDFEXTENT& extent : allocation->m_arrExtents) {
     // The whole extent must lie in its partition, but only what the folder has
     // is read.

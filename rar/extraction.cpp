@@ -8,6 +8,7 @@
 #include "frame/itempath.h"
 #include "frame/keptexception.h"
 #include "frame/lent.h"
+#include "frame/mixedhash.h"
 #include "frame/outputfolders.h"
 #include "frame/pathgate.h"
 #include "frame/progress.h"
@@ -33,7 +34,7 @@ struct Run {
   std::wstring folder;
   std::wstring resolvedFolder;
   /// By the hash of each path written, the hash of its item's path.
-  std::unordered_map<std::size_t, std::size_t> written;
+  std::unordered_map<std::size_t, std::size_t, frame::MixedHash> written;
 };
 
 }  // namespace rar

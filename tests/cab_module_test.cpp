@@ -210,17 +210,16 @@ class CabModuleSet : public CabModule {
  protected:
   /// A is whole in the first of three cabinets, B and C reach into later ones,
   /// D lies in the last.
-  void Make(CabMethod method = CabMethod::kStored, std::size_t packedBytes = 110'000) {
+  void Make(CabMethod method = CabMethod::kStored, std::size_t packedBytes = 110'000,
+            const std::vector<std::string>& names = {"1.cab", "2.cab", "3.cab"}) {
     CabBuilder builder;
     builder.Add(method, {{"A", text.substr(0, 1000)},
                          {"B", text.substr(1000, 150'000)},
                          {"C", text.substr(151'000, 120'000)},
                          {"D", text.substr(271'000)}});
-    const auto cabinets = builder.BuildSet(packedBytes, {"1.cab", "2.cab", "3.cab"});
+    const auto cabinets = builder.BuildSet(packedBytes, names);
     ASSERT_EQ(cabinets.size(), 3U);
-    for (char c = '1'; c <= '3'; ++c) {
-      caller.disk["d:\\" + std::string(1, c) + ".cab"] = cabinets[static_cast<unsigned>(c - '1')];
-    }
+    for (std::size_t i = 0; i < 3; ++i) caller.disk["d:\\" + names[i]] = cabinets[i];
   }
 
   const std::string text = Sample(300'000);
@@ -268,6 +267,23 @@ TEST_F(CabModuleSet, EndsWhenTheNextCabinetIsNotTheRightOne) {
   EXPECT_TRUE(caller.output["B"] == text.substr(1000, 150'000));
 }
 
+TEST_F(CabModuleSet, OpensNothingOutsideItsFolder) {
+  for (const std::string name : {"..\\2.cab", "e/2.cab", "..", ".", "", "\0010000002f2.cab"}) {
+    SCOPED_TRACE(name);
+    Make(CabMethod::kStored, 110'000, {"1.cab", name, "3.cab"});
+    EXPECT_FALSE(Copy("1.cab"));
+    EXPECT_EQ(erf.erfOper, FDIERROR_CORRUPT_CABINET);
+    EXPECT_EQ(caller.log.find("NEXT"), std::string::npos) << "nobody is asked for it";
+    EXPECT_FALSE(Copy("3.cab")) << "as the previous one";
+    EXPECT_EQ(caller.log.find("open:d:\\" + name + " "), std::string::npos);
+    const std::string first = caller.disk["d:\\1.cab"];
+    Make();
+    caller.disk["d:\\1.cab"] = first;
+    EXPECT_FALSE(Copy("3.cab")) << "on the way back";
+    EXPECT_EQ(erf.erfOper, FDIERROR_CORRUPT_CABINET);
+  }
+}
+
 TEST_F(CabModule, EndsAtDamageAndKeepsWhatCameBefore) {
   const std::string text = Sample(70'000);
   CabBuilder builder;
@@ -310,6 +326,22 @@ TEST_F(CabModule, UnpacksFilesInAnyOrder) {
   std::swap_ranges(cabinet.begin() + 44, cabinet.begin() + 52, cabinet.begin() + 44 + 18);
   ASSERT_TRUE(CopyBytes(cabinet)) << erf.erfOper;
   EXPECT_TRUE(caller.output["B"] + caller.output["A"] == text);
+}
+
+TEST_F(CabModule, EndsWhereFoldersInTurnTakeForEver) {
+  CabBuilder builder;
+  builder.blockSize = 1;
+  std::vector<CabFile> files{{"A", std::string(60'000, 'a')}};
+  for (const char c : std::string("12345678")) files.push_back({std::string(1, c), "x"});
+  builder.Add(CabMethod::kStored, files).Add(CabMethod::kStored, {{"B", std::string(61'000, 'b')}});
+  caller.unwanted = {"A", "B"};
+  std::string cabinet = builder.Build();
+  ASSERT_TRUE(CopyBytes(cabinet));
+  // Every second file lies in the other folder.
+  for (std::size_t i = 2; i <= 8; i += 2) cabinet[52 + i * 18 + 8] = 1;
+  EXPECT_FALSE(CopyBytes(cabinet));
+  EXPECT_EQ(erf.erfOper, FDIERROR_CORRUPT_CABINET);
+  EXPECT_EQ(std::count(caller.log.begin(), caller.log.end(), 'L'), 6);
 }
 
 TEST_F(CabModule, TellsWhatACabinetSaysOfItself) {

@@ -103,10 +103,10 @@ TEST_F(CabUnpack, UsesTheFirstOfFilesWithOnePath) {
 
 TEST_F(CabUnpack, KeepsHostileNamesInsideTheTarget) {
   WriteFile(folder.Path("planted"), "untouched");
-  ASSERT_TRUE(OpenFiles({{"../planted", "!"}, {"", "!"}, {"..\\", ""}, {"FINE", "1", 0x21}}));
+  ASSERT_TRUE(OpenFiles({{"../planted", "!"}, {"", "!"}, {"..\\", ""}, {"FINE", "1", 0x8021}}));
   EXPECT_TRUE(Unpack());
   EXPECT_THAT(Out(), ElementsAre(Pair("FINE", "1")));
-  EXPECT_EQ(StatusOf("FINE").st_mode & 0777, 0444U);
+  EXPECT_EQ(StatusOf("FINE").st_mode & 0777, 0444U) << "a cabinet records no modes";
   EXPECT_EQ(ReadFile(folder.Path("planted")), "untouched");
 }
 

@@ -2,8 +2,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <set>
+
 #include "frame/filesystem.h"
 #include "frame/foldermap.h"
+#include "frame/mixedhash.h"
 #include "frame/progress.h"
 #include "frame/summary.h"
 #include "morvunp/morvunp.h"
@@ -60,6 +63,12 @@ TEST(FolderMap, ListsFoldersIgnoringCase) {
   EXPECT_THAT(list, ElementsAre(L"A\\b", L"A", L"a\\C"));
 }
 
+TEST(MixedHash, SpreadsNumbersThatWereChosenForOneBucket) {
+  std::set<std::size_t> buckets;
+  for (ULONGLONG i = 0; i < 1009; ++i) buckets.insert(frame::MixedHash{}(i * 1009) % 1009);
+  EXPECT_GT(buckets.size(), 400U);
+}
+
 TEST(CreateFolder, MakesMissingAncestorsAndReportsThem) {
   const TempFolder folder;
   CUnpackState state;
@@ -76,6 +85,10 @@ TEST(CreateFolder, MakesMissingAncestorsAndReportsThem) {
   EXPECT_FALSE(frame::CreateFolder(state, top + L"\\file\\below", report));
   EXPECT_FALSE(frame::CreateFolder(state, L"", report));
   EXPECT_FALSE(frame::CreateFolder(state, L"not-there\\y", report));
+  std::wstring endless = top + L"\\new";
+  for (int i = 0; i < 2'100; ++i) endless += L"\\e";
+  EXPECT_FALSE(frame::CreateFolder(state, endless, report) || MakeOutputFolder(endless, top));
+  EXPECT_FALSE(frame::FileExists(top + L"\\new"));
   EXPECT_FALSE(testsupport::Exists("not-there"));
 }
 

@@ -162,6 +162,19 @@ TEST_F(Iso, BoundsOverlappingDirectories) {
   EXPECT_LT(Paths().size(), image.size() / 34);
 }
 
+TEST_F(Iso, BoundsWhatIsInMemoryOfFoldersThatLieInEachOther) {
+  IsoNode* node = &builder.Root();
+  for (const char* name : {"A", "B"}) {
+    node = &node->AddFolder(name);
+    node->dataLength = 40 << 20;
+    // What follows the records of a directory ends it.
+    node->AddFile("ZEROS", std::string(4096, '\0'));
+  }
+  ASSERT_TRUE(OpenSparseImage());
+  EXPECT_THAT(Paths(), ElementsAre(L"A", L"A\\ZEROS", L"A\\B", L"A\\B\\ZEROS"));
+  EXPECT_FALSE(unpacker.IsListComplete());
+}
+
 TEST_F(Iso, BoundsTheTextOfAllPaths) {
   // Short records in a deep folder: each repeats thousands of characters.
   IsoNode* node = &builder.Root();

@@ -346,6 +346,13 @@ TEST_F(UdfOpen, BoundsOverlappingDirectories) {
   EXPECT_LT(Paths().size(), image.size() / 38);
 }
 
+TEST_F(UdfOpen, EntersNoFolderThatTakesTooMuchMemory) {
+  builder.Root().AddFolder("large").informationLength = 70 << 20;
+  EXPECT_TRUE(OpenSparseImage());
+  EXPECT_THAT(Paths(), ElementsAre(L"large"));
+  EXPECT_FALSE(unpacker.IsListComplete());
+}
+
 TEST_F(UdfOpen, BoundsNamesOfOneLargeEntry) {
   UdfBuilder small(512);
   UdfNode& large = small.Root().AddFile("large", std::string(16000, 'x'));

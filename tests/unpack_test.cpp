@@ -211,6 +211,17 @@ TYPED_TEST(Unpacking, WritesNothingForHostileNames) {
   EXPECT_EQ(ReadFile(this->folder.Path("planted")), "untouched");
 }
 
+TYPED_TEST(Unpacking, MakesNoFoldersForAPathThatTheSystemCannotHold) {
+  std::string deep = this->folder.Path("out");
+  while (deep.size() < 3'930) deep += "/" + std::string(100, 'd');
+  std::filesystem::create_directories(deep);
+  const std::string path = "A/B/" + std::string(60, 'C') + "/" + std::string(150, 'D');
+  this->Make({{path, "x"}});
+  const std::wstring target = platform::ToLibraryPath(deep);
+  EXPECT_FALSE(this->unpacker.UnpackFile(platform::ToLibraryPath(path), target));
+  EXPECT_TRUE(std::filesystem::is_empty(deep));
+}
+
 TYPED_TEST(Unpacking, NeverGoesThroughLinksBelowTheTarget) {
   WriteFile(this->folder.Path("outside/PLANTED"), "untouched");
   ASSERT_EQ(symlink("../outside/PLANTED", this->folder.Path("out/FILE").c_str()), 0);

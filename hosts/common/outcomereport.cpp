@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,8 @@ Reason ReasonOfFailure(const Item& item, const OutputPlace& place) {
   if (lstat(platform::ToNativePath(place.Path()).c_str(), &status) == 0) {
     if (S_ISLNK(status.st_mode)) return Reason::Of("failed: a symbolic link stands in its place");
     if (S_ISDIR(status.st_mode)) return Reason::Of("failed: a folder stands in its place");
+  } else if (errno == ENAMETOOLONG) {
+    return Reason::Of("refused: unsafe name");
   }
   if (!IsFolderOnDisk(place.folder)) return Reason::Of("failed: its folder could not be created");
   if (item.isEncrypted) return Reason::Of("failed: wrong password, or damaged in the archive");

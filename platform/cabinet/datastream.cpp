@@ -1,21 +1,22 @@
 #include "platform/cabinet/datastream.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace cabinet {
 namespace {
 
 /// Files may lie in any order, but a table that sends the reader back and
-/// forth for ever is refused.
-constexpr std::uint64_t kMostRepeated = std::uint64_t{8} << 30;
+/// forth for ever is refused: within a folder, or from one to another. Blocks
+/// are counted, because one of a single byte takes its time too.
+constexpr std::uint64_t kMostRepeatedBlocks = (std::uint64_t{8} << 30) / kBlockSize;
 
 }  // namespace
 
 void DataStream::GoTo(WORD folder, const File& file) {
   m_bMayMove = file.IsToNext();
   if (m_nFolder != folder || file.offset < m_nBlockOffset) {
-    if (m_nFolder == folder) m_nRepeated += m_nBlockOffset;
-    if (m_nRepeated > kMostRepeated) Fail(FDIERROR_CORRUPT_CABINET);
+    NoteRepetition(folder);
     Begin(folder);
   }
   while (file.offset - m_nBlockOffset >= m_block.size()) Advance();
@@ -25,6 +26,16 @@ void DataStream::GoTo(WORD folder, const File& file) {
 std::span<const BYTE> DataStream::Bytes() {
   if (m_nTaken == m_block.size()) Advance();
   return m_block.subspan(m_nTaken);
+}
+
+/// What a folder that was left had unpacked is not kept: all of it counts when
+/// it is begun again.
+void DataStream::NoteRepetition(WORD folder) {
+  constexpr std::uint64_t kAll = std::numeric_limits<std::uint64_t>::max();
+  const std::uint64_t here = m_nBlockOffset + m_block.size();
+  const std::uint64_t before = m_begun.test(folder) ? kAll : 0;
+  m_nKnown = m_nFolder == folder ? std::max(m_nKnown, here) : before;
+  m_begun.set(folder);
 }
 
 void DataStream::Begin(WORD folder) {
@@ -49,6 +60,8 @@ void DataStream::Begin(WORD folder) {
 void DataStream::Advance() {
   m_nBlockOffset += m_block.size();
   m_block = {};
+  const bool isRepeated = m_nBlockOffset < m_nKnown;
+  if (isRepeated && ++m_nRepeatedBlocks > kMostRepeatedBlocks) Fail(FDIERROR_CORRUPT_CABINET);
   WORD size = 0;
   const std::span<const BYTE> packed = ReadPacked(size);
   m_block = {m_pDecoder->Decode(packed, size), size};

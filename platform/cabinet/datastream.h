@@ -2,6 +2,8 @@
 // next cabinets of a set.
 #pragma once
 
+#include <bitset>
+#include <limits>
 #include <optional>
 
 #include "platform/cabinet/decoder.h"
@@ -47,6 +49,7 @@ class DataStream {
   bool HasMoved() const { return m_bMoved; }
 
  private:
+  void NoteRepetition(WORD folder);
   void Begin(WORD folder);
   void Advance();
   std::span<const BYTE> ReadPacked(WORD& size);
@@ -74,8 +77,12 @@ class DataStream {
   /// A packed block that came in pieces.
   std::optional<Memory> m_joined;
   std::size_t m_nJoined = 0;
-  /// Bytes that were unpacked again because files do not follow each other.
-  std::uint64_t m_nRepeated = 0;
+  /// The folders that were begun, and how many bytes of the one in hand had
+  /// been unpacked before.
+  std::bitset<std::numeric_limits<WORD>::max() + 1> m_begun;
+  std::uint64_t m_nKnown = 0;
+  /// Blocks that were unpacked again because files do not follow each other.
+  std::uint64_t m_nRepeatedBlocks = 0;
 };
 
 }  // namespace cabinet

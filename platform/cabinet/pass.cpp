@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <string_view>
 
 namespace cabinet {
 namespace {
@@ -23,6 +24,21 @@ class Output {
   const Host& m_host;
   INT_PTR m_nFile;
 };
+
+bool IsControl(char c) { return (c >= 0 && c < ' ') || c == '\x7F'; }
+
+/// The name of a neighbour as a cabinet records it, if it can only mean a file
+/// of the cabinet's own folder. Callers may see more than text in control
+/// characters.
+const char* Plain(const char* recorded) {
+  const std::string_view name = recorded;
+  const bool isSpecial = name.empty() || name == "." || name == "..";
+  const bool leadsElsewhere = name.find_first_of("\\/") != name.npos;
+  if (isSpecial || leadsElsewhere || std::ranges::any_of(name, IsControl)) {
+    Fail(FDIERROR_CORRUPT_CABINET);
+  }
+  return recorded;
+}
 
 /// Room for the path of a folder, and for what a caller may put in its place.
 std::size_t FolderSize(const char* folder) {
@@ -176,7 +192,7 @@ Owned<Volume> Pass::First(WORD& folder) {
   bool continues = m_bFirstFolderContinues && folder == 0;
   while (continues) {
     if (!volume->header.HasPrevious()) Fail(FDIERROR_CORRUPT_CABINET);
-    volume = OpenNeighbour(volume->header.previousCabinet, *volume, -1);
+    volume = OpenNeighbour(Plain(volume->header.previousCabinet), *volume, -1);
     const Header& header = volume->header;
     if (header.folders == 0) Fail(FDIERROR_WRONG_CABINET);
     folder = static_cast<WORD>(header.folders - 1);
@@ -191,10 +207,11 @@ bool Pass::IsEarlier(const Volume& volume) const {
 }
 
 Owned<Volume> Pass::Next(const Volume& current) {
+  const char* const name = Plain(current.header.nextCabinet);
   // On the way from a folder's beginning to the cabinet of this pass there is
   // nothing to ask: their names led here.
-  if (IsEarlier(current)) return OpenNeighbour(current.header.nextCabinet, current, 1);
-  auto volume = OpenNext(current);
+  if (IsEarlier(current)) return OpenNeighbour(name, current, 1);
+  auto volume = OpenNext(name, current);
   NotifyCabinetInfo(volume->header);
   return volume;
 }
@@ -202,19 +219,19 @@ Owned<Volume> Pass::Next(const Volume& current) {
 /// Asks for the next cabinet until it is there. The caller may have put a disk
 /// in at the second time of asking; when that does not help and the path stays
 /// as it was, asking again would never end.
-Owned<Volume> Pass::OpenNext(const Volume& current) {
+Owned<Volume> Pass::OpenNext(const char* name, const Volume& current) {
   char* const folder = reinterpret_cast<char*>(m_folder.Get());
   Memory lastFolder(m_host, m_nFolderSize);
   FDIERROR error = FDIERROR_NONE;
   for (int asked = 1;; ++asked) {
     FDINOTIFICATION notification = About(current.header);
-    notification.psz1 = const_cast<char*>(current.header.nextCabinet);
+    notification.psz1 = const_cast<char*>(name);
     notification.psz2 = const_cast<char*>(current.header.nextDisk);
     notification.fdie = error;
     Notify(fdintNEXT_CABINET, notification);
     folder[m_nFolderSize - 1] = '\0';
     try {
-      return OpenNeighbour(current.header.nextCabinet, current, 1);
+      return OpenNeighbour(name, current, 1);
     } catch (const Failure& failure) {
       error = failure.error;
     }

@@ -28,7 +28,7 @@ class Pass : private VolumeSource {
   Owned<Volume> First(WORD& folder) override;
   bool IsEarlier(const Volume& volume) const override;
   Owned<Volume> Next(const Volume& current) override;
-  Owned<Volume> OpenNext(const Volume& current);
+  Owned<Volume> OpenNext(const char* name, const Volume& current);
   Owned<Volume> OpenNeighbour(const char* name, const Volume& current, int step);
   Owned<Volume> Open(const char* name);
 

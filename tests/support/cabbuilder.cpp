@@ -39,20 +39,20 @@ struct Block {
   std::size_t size;
 };
 
-std::vector<Block> Pack(const CabFolder& folder) {
+std::vector<Block> Pack(const CabFolder& folder, std::size_t blockSize) {
   std::string data;
   for (const CabFile& file : folder.files) data += file.data;
   std::vector<std::string> frames;
   if (folder.method == CabMethod::kLzx) frames = WriteLzx(data, folder.lzx);
   std::vector<Block> blocks;
-  for (std::size_t at = 0; at < data.size(); at += kBlockSize) {
-    std::string block = data.substr(at, kBlockSize);
+  for (std::size_t at = 0; at < data.size(); at += blockSize) {
+    std::string block = data.substr(at, blockSize);
     const std::size_t size = block.size();
     const std::size_t before = std::min(at, kBlockSize);
     if (folder.method == CabMethod::kMszip) {
       block = "CK" + Deflate(std::string_view(data).substr(at - before, before), block);
     } else if (folder.method == CabMethod::kLzx) {
-      block = frames.at(at / kBlockSize);
+      block = frames.at(at / blockSize);
     }
     blocks.push_back({std::move(block), size});
   }
@@ -136,7 +136,7 @@ std::string CabBuilder::Build() const {
       entries.push_back({&file, offset, parts.size()});
       offset += file.data.size();
     }
-    parts.emplace_back(folder).blocks = Pack(folder);
+    parts.emplace_back(folder).blocks = Pack(folder, blockSize);
   }
   return Assemble(*this, parts, entries);
 }
@@ -144,7 +144,7 @@ std::string CabBuilder::Build() const {
 std::vector<std::string> CabBuilder::BuildSet(std::size_t packedBytes,
                                               const std::vector<std::string>& names) const {
   const CabFolder& folder = folders.at(0);
-  const std::vector<Block> blocks = Pack(folder);
+  const std::vector<Block> blocks = Pack(folder, blockSize);
   // Where each block begins among all packed bytes, and where the last one ends.
   std::vector<std::size_t> starts{0};
   for (const Block& block : blocks) starts.push_back(starts.back() + block.packed.size());
@@ -164,9 +164,9 @@ std::vector<std::string> CabBuilder::BuildSet(std::size_t packedBytes,
     std::vector<Entry> entries;
     std::size_t offset = 0;
     for (const CabFile& file : folder.files) {
-      const std::size_t first = starts.at(offset / kBlockSize) / packedBytes;
+      const std::size_t first = starts.at(offset / blockSize) / packedBytes;
       offset += file.data.size();
-      const std::size_t last = (starts.at((offset - 1) / kBlockSize + 1) - 1) / packedBytes;
+      const std::size_t last = (starts.at((offset - 1) / blockSize + 1) - 1) / packedBytes;
       const unsigned beyond = (first < k ? 1U : 0U) | (last > k ? 2U : 0U);
       if (first > k || last < k) continue;
       entries.push_back({&file, offset - file.data.size(), beyond == 0 ? 0 : 0xFFFC + beyond});

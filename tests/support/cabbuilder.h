@@ -35,6 +35,8 @@ class CabBuilder {
   /// The checksum covers the bytes set apart in a block.
   bool sumsReserve = true;
   bool hasChecksums = true;
+  /// Unpacked bytes of a block; LZX needs 32768.
+  std::size_t blockSize = 32768;
 
   CabBuilder& Add(CabMethod method, std::vector<CabFile> files, const LzxSettings& lzx = {}) {
     folders.push_back({method, std::move(files), lzx});

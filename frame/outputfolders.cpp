@@ -15,13 +15,16 @@ bool IsBelow(const std::wstring& path, const std::wstring& folder) {
 bool OutputFolders::MakeFor(const OutputPlace& place) {
   if (place.folder == m_target || IsMade(place.folder)) return true;
   // Thousands of folders would stand there for a file that cannot.
-  return !IsTooLong(place.Path()) && Make(place.folder);
+  return !IsTooLong(place.Path()) && MakeNew(place.folder);
 }
 
 bool OutputFolders::Make(const std::wstring& folder) {
-  if (IsMade(folder)) return true;
-  if (IsTooLong(folder) || LinkOnTheWay(folder) || !CreateFolder(m_state, folder, m_report))
-    return false;
+  return IsMade(folder) || (!IsTooLong(folder) && MakeNew(folder));
+}
+
+/// Of a folder that the system can hold.
+bool OutputFolders::MakeNew(const std::wstring& folder) {
+  if (LinkOnTheWay(folder) || !CreateFolder(m_state, folder, m_report)) return false;
   m_made = folder;
   return true;
 }

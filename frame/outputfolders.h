@@ -28,6 +28,7 @@ class OutputFolders {
   void Forget() { m_made.clear(); }
 
  private:
+  bool MakeNew(const std::wstring& folder);
   bool IsMade(const std::wstring& folder) const { return !m_made.empty() && folder == m_made; }
   bool LinkOnTheWay(const std::wstring& folder) const;
 

@@ -48,6 +48,8 @@ class Reporter {
   }
 
   void Visit(const Item& item, const OutputPlace& place) {
+    // What a changed archive lists beyond the plan was never asked for.
+    if (index_ == watch_.Items().size()) return;
     const std::size_t index = index_++;
     while (index >= watch_.RunEnds()[run_]) ++run_;
     const PlannedItem& planned = watch_.Items()[index];

@@ -85,6 +85,7 @@ bool OpenWith(U& unpacker, const std::wstring& path, const ArchiveSetup&) {
 bool OpenWith(C7zUnpacker& unpacker, const std::wstring& path, const ArchiveSetup& setup) {
   const SevenZipTraits traits = SevenZipTraitsOf(path);
   if (!traits.mayBeOne) return false;
+  if (traits.isFirstVolume) AllowManyVolumes();
   const int asked = setup.password != nullptr ? setup.password->TimesAsked() : 0;
   const bool isOpen =
       traits.isFirstVolume ? unpacker.OpenMultiVolumeArchive(path) : unpacker.OpenArchive(path);

@@ -1,5 +1,7 @@
 #include "hosts/common/sevenzipfile.h"
 
+#include <sys/resource.h>
+
 #include <string_view>
 
 #include "hosts/common/filebeginning.h"
@@ -30,6 +32,13 @@ SevenZipTraits SevenZipTraitsOf(const std::wstring& path) {
   traits.mayBeOne =
       traits.hasSignature || bytes.starts_with(kProgram) || bytes.starts_with(kUnixProgram);
   return traits;
+}
+
+void AllowManyVolumes() {
+  rlimit files{};
+  if (getrlimit(RLIMIT_NOFILE, &files) != 0) return;
+  files.rlim_cur = files.rlim_max;
+  setrlimit(RLIMIT_NOFILE, &files);
 }
 
 bool HasSevenZipEngine() {

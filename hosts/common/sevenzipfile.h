@@ -22,6 +22,10 @@ struct SevenZipTraits {
 /// `path` in the library's form.
 SevenZipTraits SevenZipTraitsOf(const std::wstring& path);
 
+/// Lets the process have as many files open as the system allows it: all
+/// volumes of a split set are open at once.
+void AllowManyVolumes();
+
 /// True when the library can load the engine.
 bool HasSevenZipEngine();
 

@@ -1,6 +1,5 @@
 #include <fcntl.h>
 #include <signal.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -23,19 +22,10 @@ void OccupyStandardStreams() {
   }
 }
 
-/// All volumes of a split set are open at once.
-void AllowManyFiles() {
-  rlimit files{};
-  if (getrlimit(RLIMIT_NOFILE, &files) != 0) return;
-  files.rlim_cur = files.rlim_max;
-  setrlimit(RLIMIT_NOFILE, &files);
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
   OccupyStandardStreams();
-  AllowManyFiles();
   // A reader that goes away must not end an unpack in the middle of a file, nor
   // a limit of the files' size: both show in what is written.
   signal(SIGPIPE, SIG_IGN);

@@ -2,6 +2,7 @@
 
 #include <cwctype>
 
+#include "frame/keyedhash.h"
 #include "platform/platform.h"
 
 namespace frame {
@@ -21,9 +22,9 @@ bool SamePath(const std::wstring& left, const std::wstring& right) {
 }
 
 std::size_t FoldedHash(const std::wstring& path) {
-  std::size_t hash = 0;
-  for (const wchar_t c : path) hash = hash * 1099511628211U + static_cast<std::size_t>(Folded(c));
-  return hash;
+  TextHash hash;
+  for (const wchar_t c : path) hash.Add(Folded(c));
+  return static_cast<std::size_t>(hash.Result());
 }
 
 }  // namespace frame

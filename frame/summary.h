@@ -6,7 +6,7 @@
 
 #include "frame/foldermap.h"
 #include "frame/itempath.h"
-#include "frame/mixedhash.h"
+#include "frame/keyedhash.h"
 #include "platform/platform.h"
 
 namespace frame {
@@ -65,7 +65,7 @@ class Totals {
   ULONGLONG m_nSize = 0;
   ULONGLONG m_nPacked = 0;
   /// Keys of a folder map. Only their number is told, so the paths are not kept.
-  std::unordered_set<DWORD, MixedHash> m_folders;
+  std::unordered_set<DWORD, KeyedHash> m_folders;
 };
 
 }  // namespace frame

@@ -3,7 +3,7 @@
 
 #include <unordered_map>
 
-#include "frame/mixedhash.h"
+#include "frame/keyedhash.h"
 #include "platform/platform.h"
 
 namespace iso {
@@ -30,7 +30,7 @@ class DateConverter {
   __time64_t TimeOf(const RecordedDate& date);
 
  private:
-  std::unordered_map<ULONGLONG, __time64_t, frame::MixedHash> m_known;
+  std::unordered_map<ULONGLONG, __time64_t, frame::KeyedHash> m_known;
   /// Neighbours often share their date.
   RecordedDate m_last;
   __time64_t m_lastTime = 0;

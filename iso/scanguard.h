@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <unordered_set>
 
-#include "frame/mixedhash.h"
+#include "frame/keyedhash.h"
 #include "platform/platform.h"
 
 namespace iso {
@@ -51,7 +51,7 @@ class ScanGuard {
   ULONGLONG m_nBytesHeld = 0;
   ULONGLONG m_nPathCharacters = 0;
   int m_nDepth = 0;
-  std::unordered_set<ULONGLONG, frame::MixedHash> m_entered;
+  std::unordered_set<ULONGLONG, frame::KeyedHash> m_entered;
 };
 
 }  // namespace iso

@@ -7,8 +7,8 @@
 #include "frame/filesystem.h"
 #include "frame/itempath.h"
 #include "frame/keptexception.h"
+#include "frame/keyedhash.h"
 #include "frame/lent.h"
-#include "frame/mixedhash.h"
 #include "frame/outputfolders.h"
 #include "frame/pathgate.h"
 #include "frame/progress.h"
@@ -34,7 +34,7 @@ struct Run {
   std::wstring folder;
   std::wstring resolvedFolder;
   /// By the hash of each path written, the hash of its item's path.
-  std::unordered_map<std::size_t, std::size_t, frame::MixedHash> written;
+  std::unordered_map<std::size_t, std::size_t, frame::KeyedHash> written;
 };
 
 }  // namespace rar
@@ -156,7 +156,7 @@ std::wstring CRarUnpacker::OutputPath(const std::wstring& name, const std::wstri
 bool CRarUnpacker::MayReplace(const std::wstring& path) {
   // An archive that is being read is not to be replaced by its own content.
   if (path == platform::ResolvedPath(m_strArchive)) return Report(RarProblem::kCannotWrite);
-  const frame::NewFile item{m_nTotal, TimeOfDosDateTime(m_nFileTime)};
+  const frame::NewFile item{m_nTotal, TimeOfDosDateTime(m_nFileTime).value_or(0)};
   m_state.m_bCancel = 0;
   if (frame::MayWrite(m_state, m_state.m_strLastTarget, item, frame::Protection::kLeave)) {
     return true;

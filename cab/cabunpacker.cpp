@@ -141,7 +141,7 @@ std::wstring CCabUnpacker::GetFileOutputInfo(const std::wstring& path) {
   if (!LocateFile(path)) return {};
   CABFILEFULLINFO info;
   if (!GetFileFullInfo(info)) return {};
-  const __time64_t modified = platform::TimeOfDosDateTime(info.nDate, info.nTime);
+  const __time64_t modified = platform::CarriedTimeOfDosDateTime(info.nDate, info.nTime);
   return L"Modified - " + frame::DateTimeText(modified) + L", " +
          frame::SizeText(static_cast<ULONGLONG>(LONGLONG{info.nSize}));
 }

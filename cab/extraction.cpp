@@ -26,8 +26,8 @@ constexpr DWORD kRecorded = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN |
 
 frame::NewFile NewFileOf(const cab::Extraction& run) {
   return {static_cast<ULONGLONG>(LONGLONG{run.m_nTotal}),
-          platform::TimeOfDosDateTime(static_cast<WORD>(run.m_nItemDateTime >> 16),
-                                      static_cast<WORD>(run.m_nItemDateTime))};
+          platform::CarriedTimeOfDosDateTime(static_cast<WORD>(run.m_nItemDateTime >> 16),
+                                             static_cast<WORD>(run.m_nItemDateTime))};
 }
 
 /// The path without the backslash at the end of a folder's.

@@ -56,7 +56,7 @@ void ItemList::GoToEnd() {
 void ItemList::MoveTo(std::size_t position) {
   m_current = (*this)[position];
   m_bHasCurrent = true;
-  m_nPosition = static_cast<WORD>(position + 1);
+  m_nPosition = position + 1;
 }
 
 bool ItemList::LocateFile(const std::wstring& path) {

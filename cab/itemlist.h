@@ -63,14 +63,14 @@ class ItemList {
 
   void MoveTo(std::size_t position);
 
-  static constexpr WORD kNoWalk = 0xFFFF;
+  static constexpr std::size_t kNoWalk = static_cast<std::size_t>(-1);
 
   std::vector<Record> m_arrRecords;
   /// All names as the table has them.
   std::string m_names;
   frame::PathIndex m_index;
   /// The item that the cursor takes next.
-  WORD m_nPosition = kNoWalk;
+  std::size_t m_nPosition = kNoWalk;
   bool m_bHasCurrent = false;
   CCabItemInfo m_current;
 };

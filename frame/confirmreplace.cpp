@@ -1,21 +1,20 @@
 #include "frame/confirmreplace.h"
 
-#include "frame/dialogids.h"
-
 namespace frame {
 
 BOOL CConfirmReplace::OnInitDialog() {
   CDialog::OnInitDialog();
-  SetDlgItemTextW(kIdReplaceMessage, m_strMessage.c_str());
-  SetDlgItemTextW(kIdReplaceName, m_strFileName.c_str());
-  SetIcon(kIdReplaceOldIcon, m_strPath, SHGFI_ICON);
-  SetDlgItemTextW(kIdReplaceOldSize, m_strOldSize.c_str());
-  SetDlgItemTextW(kIdReplaceOldModified, m_strOldModified.c_str());
+  SetDlgItemTextW(morvunp::kReplaceMessage, m_strMessage.c_str());
+  SetDlgItemTextW(morvunp::kReplaceName, m_strFileName.c_str());
+  SetIcon(morvunp::kReplaceOldIcon, m_strPath, SHGFI_ICON);
+  SetDlgItemTextW(morvunp::kReplaceOldSize, m_strOldSize.c_str());
+  SetDlgItemTextW(morvunp::kReplaceOldModified, m_strOldModified.c_str());
   const std::size_t dot = m_strPath.rfind(L'.');
-  SetIcon(kIdReplaceNewIcon, dot != std::wstring::npos ? m_strPath.substr(dot) : std::wstring(),
+  SetIcon(morvunp::kReplaceNewIcon,
+          dot != std::wstring::npos ? m_strPath.substr(dot) : std::wstring(),
           SHGFI_ICON | SHGFI_USEFILEATTRIBUTES);
-  SetDlgItemTextW(kIdReplaceNewSize, m_strNewSize.c_str());
-  SetDlgItemTextW(kIdReplaceNewModified, m_strNewModified.c_str());
+  SetDlgItemTextW(morvunp::kReplaceNewSize, m_strNewSize.c_str());
+  SetDlgItemTextW(morvunp::kReplaceNewModified, m_strNewModified.c_str());
   return TRUE;
 }
 
@@ -24,10 +23,10 @@ BOOL CConfirmReplace::OnCommand(WPARAM wParam, LPARAM lParam) {
     UINT id;
     INT_PTR result;
   };
-  constexpr Button kButtons[] = {{kIdReplaceYes, kYes},
-                                 {kIdReplaceYesToAll, kYesToAll},
-                                 {kIdReplaceNo, kNo},
-                                 {kIdReplaceCancel, kCancel}};
+  constexpr Button kButtons[] = {{morvunp::kReplaceYes, kYes},
+                                 {morvunp::kReplaceYesToAll, kYesToAll},
+                                 {morvunp::kReplaceNo, kNo},
+                                 {morvunp::kReplaceCancel, kCancel}};
   for (const Button& button : kButtons) {
     if ((wParam & 0xFFFF) != button.id) continue;
     EndDialog(static_cast<int>(button.result));

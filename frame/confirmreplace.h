@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "platform/platform.h"
+#include "morvunp/messages.h"
 
 namespace frame {
 
@@ -11,13 +11,12 @@ namespace frame {
 /// fills the texts, then runs the dialog; the result is one of the constants.
 class CConfirmReplace : public CDialog {
  public:
-  static constexpr UINT kTemplate = 1001;
   static constexpr INT_PTR kYes = 1;
   static constexpr INT_PTR kYesToAll = 2;
   static constexpr INT_PTR kNo = 3;
   static constexpr INT_PTR kCancel = 4;
 
-  CConfirmReplace() : CDialog(kTemplate) {}
+  CConfirmReplace() : CDialog(morvunp::kReplaceDialog) {}
 
   /// The name in single quotes, followed by a full stop.
   std::wstring m_strFileName;

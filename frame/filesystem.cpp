@@ -1,6 +1,7 @@
 #include "frame/filesystem.h"
 
 #include "frame/itempath.h"
+#include "morvunp/dostime.h"
 
 namespace frame {
 
@@ -44,14 +45,8 @@ bool SetTimeModified(HANDLE file, __time64_t time) {
 }
 
 bool SetDosTimeModified(HANDLE file, DWORD dosDateTime) {
-  FILETIME local;
-  FILETIME written;
-  if (DosDateTimeToFileTime(static_cast<WORD>(dosDateTime >> 16), static_cast<WORD>(dosDateTime),
-                            &local) == FALSE ||
-      LocalFileTimeToFileTime(&local, &written) == FALSE) {
-    return false;
-  }
-  return SetFileTime(file, &written, nullptr, &written) != FALSE;
+  const std::optional<__time64_t> time = TimeOfDosDateTime(dosDateTime);
+  return time && SetTimeModified(file, *time);
 }
 
 namespace {

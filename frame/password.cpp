@@ -1,17 +1,15 @@
 #include "frame/password.h"
 
-#include "frame/dialogids.h"
-
 namespace frame {
 
 BOOL CPassword::OnInitDialog() {
   CDialog::OnInitDialog();
-  SetDlgItemTextW(kIdPasswordEdit, L"");
+  SetDlgItemTextW(morvunp::kPasswordEdit, L"");
   return TRUE;
 }
 
 void CPassword::OnOK() {
-  m_strPassword = GetDlgItemTextW(kIdPasswordEdit);
+  m_strPassword = GetDlgItemTextW(morvunp::kPasswordEdit);
   EndDialog(kOk);
 }
 

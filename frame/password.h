@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "platform/platform.h"
+#include "morvunp/messages.h"
 
 namespace frame {
 
@@ -11,11 +11,10 @@ namespace frame {
 /// becomes of the text is the caller's affair.
 class CPassword : public CDialog {
  public:
-  static constexpr UINT kTemplate = 1014;
   static constexpr INT_PTR kOk = 1;
   static constexpr INT_PTR kCancel = 0;
 
-  CPassword() : CDialog(kTemplate) {}
+  CPassword() : CDialog(morvunp::kPasswordDialog) {}
 
   /// What was typed when OK was pressed; it may be empty.
   std::wstring m_strPassword;

@@ -59,7 +59,7 @@ void CheckItem(const std::wstring& path) {
 
 void CheckTimes(Input input) {
   const auto dateTime = static_cast<DWORD>(input.Number(4));
-  Require(TimeOfDosDateTime(dateTime) >= 0, "no archive's time is before 1970");
+  Require(TimeOfDosDateTime(dateTime).value_or(0) >= 0, "no archive's time is before 1970");
   const FILETIME time{static_cast<DWORD>(input.Number(4)), static_cast<DWORD>(input.Number(4))};
   FILETIME local;
   WORD date = 0;

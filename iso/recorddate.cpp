@@ -26,10 +26,9 @@ __time64_t Convert(const RecordedDate& date) {
   local.tm_hour = date.hour;
   local.tm_min = date.minute;
   local.tm_sec = date.second;
-  local.tm_isdst = -1;
-  const __time64_t time = _mktime64(&local);
-  if (time == -1) AtlThrow(E_INVALIDARG);
-  return time;
+  const std::optional<__time64_t> time = platform::TimeOfLocalCalendar(local);
+  if (!time) AtlThrow(E_INVALIDARG);
+  return *time;
 }
 
 }  // namespace

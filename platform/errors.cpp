@@ -5,6 +5,7 @@
 namespace {
 
 thread_local DWORD lastError = ERROR_SUCCESS;
+thread_local int lastSystemError = 0;
 
 DWORD ErrorOfErrno(int error) {
   switch (error) {
@@ -51,9 +52,15 @@ DWORD ErrorOfErrno(int error) {
 
 DWORD GetLastError() { return lastError; }
 
-void SetLastError(DWORD error) { lastError = error; }
+void SetLastError(DWORD error) {
+  lastError = error;
+  lastSystemError = 0;
+}
+
+int platform::LastSystemError() { return lastSystemError; }
 
 BOOL platform::FailWithErrno(int error) {
   lastError = ErrorOfErrno(error);
+  lastSystemError = error;
   return FALSE;
 }

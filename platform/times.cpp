@@ -67,14 +67,19 @@ std::int64_t UniversalOf(std::int64_t shown) {
 
 }  // namespace
 
-__time64_t _mktime64(std::tm* local) {
-  const std::time_t time = std::mktime(local);
-  return time < 0 || time > kLastTime ? -1 : time;
+std::optional<__time64_t> platform::TimeOfLocalCalendar(std::tm local) {
+  // The result -1 is a time as well as a failure, which leaves the day of the
+  // week alone.
+  local.tm_isdst = -1;
+  local.tm_wday = -1;
+  const std::time_t time = std::mktime(&local);
+  if (local.tm_wday < 0 || time > kLastTime) return std::nullopt;
+  return time;
 }
 
 int _localtime64_s(std::tm* local, const __time64_t* time) {
   *local = {};
-  if (*time < 0 || *time > kLastTime) return EINVAL;
+  if (*time > kLastTime) return EINVAL;
   const auto seconds = static_cast<std::time_t>(*time);
   return localtime_r(&seconds, local) != nullptr ? 0 : EINVAL;
 }
@@ -121,10 +126,8 @@ BOOL CoFileTimeToDosDateTime(const FILETIME* time, WORD* date, WORD* dosTime) {
   return TRUE;
 }
 
-__time64_t platform::TimeOfDosDateTime(WORD date, WORD time) {
-  const std::int64_t shown = DaysOfDosDate(date) * kSecondsPerDay + SecondsOfDosTime(time);
-  const std::int64_t seconds = UniversalOf(shown);
-  return seconds >= 0 ? seconds : -1;
+__time64_t platform::CarriedTimeOfDosDateTime(WORD date, WORD time) {
+  return UniversalOf(DaysOfDosDate(date) * kSecondsPerDay + SecondsOfDosTime(time));
 }
 
 FILETIME platform::FileTimeOfTimespec(std::int64_t seconds, std::uint32_t nanoseconds) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <ctime>
+#include <optional>
 
 #include "platform/types.h"
 
@@ -14,11 +15,10 @@ struct FILETIME {
 /// Seconds since 1970-01-01 00:00 UTC.
 using __time64_t = std::int64_t;
 
-/// Local calendar time to a time value; -1 when it cannot be represented
-/// (years before 1970 or after 3000, as the C runtime of the host system).
-MORVUNP_API __time64_t _mktime64(std::tm* local);
 /// Time value to local calendar time; 0 on success, an errno value otherwise
-/// (negative values and values after the year 3000 are refused).
+/// (values after the year 3000 are refused, as by the C runtime of the host
+/// system; values before 1970, which are local times of 1970 in the east, are
+/// not).
 MORVUNP_API int _localtime64_s(std::tm* local, const __time64_t* time);
 MORVUNP_API __time64_t _time64(__time64_t* time);
 
@@ -38,9 +38,14 @@ MORVUNP_API BOOL FileTimeToLocalFileTime(const FILETIME* universal, FILETIME* lo
 MORVUNP_API BOOL CoFileTimeToDosDateTime(const FILETIME* time, WORD* date, WORD* dosTime);
 
 namespace platform {
-/// An MS-DOS date and time of the local zone as a time value; -1 when it has
-/// none.
-MORVUNP_API __time64_t TimeOfDosDateTime(WORD date, WORD time);
+/// Local calendar time to a time value, whether daylight saving applies being
+/// found out; none after the year 3000 or where the calendar has no such time.
+/// What stands for failure in the C runtime, -1, is a time here.
+MORVUNP_API std::optional<__time64_t> TimeOfLocalCalendar(std::tm local);
+
+/// An MS-DOS date and time of the local zone as a time value. Days and months
+/// that no year has are carried over, as the C runtime does: for texts only.
+MORVUNP_API __time64_t CarriedTimeOfDosDateTime(WORD date, WORD time);
 
 /// Exact conversions between the two scales of UTC time. Times before 1601
 /// become the zero file time.

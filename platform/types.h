@@ -76,6 +76,12 @@ MORVUNP_API DWORD GetLastError();
 MORVUNP_API void SetLastError(DWORD error);
 
 namespace platform {
+/// The `errno` value behind the thread's last error; 0 where it does not come
+/// from the system. The code of GetLastError is coarser: it tells neither a
+/// full disk from a used-up quota nor a read error from a file that is too
+/// large.
+MORVUNP_API int LastSystemError();
+
 /// Sets the thread's last error from a C `errno` value and returns FALSE, so
 /// that a failing service can end with one statement.
 BOOL FailWithErrno(int error);

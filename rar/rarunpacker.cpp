@@ -254,8 +254,8 @@ bool CRarUnpacker::IsFolder(const std::wstring& path) {
 std::wstring CRarUnpacker::GetFileOutputInfo(const std::wstring& path) {
   RARFILEFULLINFO info;
   if (!LocateFile(path, info)) return {};
-  return frame::FileTextWithCrc(TimeOfDosDateTime(info.nFileTime), SizeOf(info), PackedSizeOf(info),
-                                info.nFileCRC);
+  return frame::FileTextWithCrc(TimeOfDosDateTime(info.nFileTime).value_or(0), SizeOf(info),
+                                PackedSizeOf(info), info.nFileCRC);
 }
 
 std::wstring CRarUnpacker::TextOf(frame::Totals totals) {

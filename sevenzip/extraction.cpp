@@ -2,6 +2,7 @@
 // for each item's stream through C7zExtractCallback.
 #include "frame/iteminfo.h"
 #include "frame/itempath.h"
+#include "frame/keptexception.h"
 #include "frame/lent.h"
 #include "frame/outputfolders.h"
 #include "frame/progress.h"
@@ -11,6 +12,7 @@
 #include "morvunp/sevenzipunpacker.h"
 #include "sevenzip/engine.h"
 #include "sevenzip/extractcallback.h"
+#include "sevenzip/guarded.h"
 
 namespace {
 
@@ -46,7 +48,7 @@ bool C7zUnpacker::UnpackCurrentFile(const std::wstring& name, const std::wstring
 }
 
 bool C7zUnpacker::MayWriteItem(const std::wstring& path) {
-  return frame::MayWrite(m_state, path, {m_nTotal, TimeOfDosDateTime(m_nItemDateTime)},
+  return frame::MayWrite(m_state, path, {m_nTotal, TimeOfDosDateTime(m_nItemDateTime).value_or(0)},
                          frame::Protection::kClear);
 }
 
@@ -61,6 +63,7 @@ bool C7zUnpacker::RunExtract(const DWORD* indices, DWORD count,
                              sevenzip::C7zExtractCallback& callback) {
   const HRESULT result = m_pEngine->Archive()->Extract(indices, count, 0, &callback);
   if (callback.WasInterruptedInFile()) DeleteFileW(callback.DiskFilePath().c_str());
+  frame::ThrowKept(sevenzip::Thrown());
   return m_state.m_bCancel == 0 && result == S_OK;
 }
 

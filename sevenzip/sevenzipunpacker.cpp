@@ -4,12 +4,14 @@
 #include "frame/filesystem.h"
 #include "frame/foldermap.h"
 #include "frame/iteminfo.h"
+#include "frame/keptexception.h"
 #include "frame/progress.h"
 #include "frame/summary.h"
 #include "morvunp/dostime.h"
 #include "morvunp/unpacker.h"
 #include "sevenzip/engine.h"
 #include "sevenzip/filestreams.h"
+#include "sevenzip/guarded.h"
 #include "sevenzip/opencallback.h"
 #include "sevenzip/property.h"
 #include "sevenzip/splithandler.h"
@@ -68,7 +70,9 @@ bool C7zUnpacker::OpenMultiVolumeArchive(const std::wstring& firstVolume) {
   if (!callback->Init(firstVolume)) return false;
   const auto first = sevenzip::Create<sevenzip::CInFileStream>();
   if (!first->Open(firstVolume)) return false;
-  if (split->Open(first.Get(), nullptr, callback.Get()) != S_OK) return false;
+  const HRESULT found = split->Open(first.Get(), nullptr, callback.Get());
+  frame::ThrowKept(sevenzip::Thrown());
+  if (found != S_OK) return false;
   sevenzip::ComPtr<sevenzip::ISequentialInStream> joined;
   if (split->GetStream(0, joined.Receive()) != S_OK) return false;
   const auto stream = joined.Query<sevenzip::IInStream>();
@@ -82,6 +86,7 @@ bool C7zUnpacker::OpenStream(Callback& callback, Stream* stream) {
   if (m_bReusePassword != 0) password.Set(m_strArchivePassword);
   const bool isOpen = m_pEngine->Archive()->Open(stream, nullptr, &callback) == S_OK;
   if (!isOpen) m_pEngine->CloseArchive();
+  frame::ThrowKept(sevenzip::Thrown());
   if (isOpen && password.IsDefined()) {
     m_bPasswordKnown = 1;
     m_strArchivePassword = password.Text();
@@ -228,8 +233,8 @@ bool C7zUnpacker::IsFolder(const std::wstring& path) {
 std::wstring C7zUnpacker::GetFileOutputInfo(const std::wstring& path) {
   SEVENZIPFILEFULLINFO info;
   if (!LocateFile(path) || !GetFileFullInfo(info)) return {};
-  return frame::FileTextWithCrc(TimeOfDosDateTime(info.nDateTime), info.nSize, info.nPackedSize,
-                                info.nCRC);
+  return frame::FileTextWithCrc(TimeOfDosDateTime(info.nDateTime).value_or(0), info.nSize,
+                                info.nPackedSize, info.nCRC);
 }
 
 std::wstring C7zUnpacker::TextOf(frame::Totals totals) {

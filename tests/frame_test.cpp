@@ -2,11 +2,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cwctype>
 #include <set>
 
 #include "frame/filesystem.h"
 #include "frame/foldermap.h"
-#include "frame/mixedhash.h"
+#include "frame/keyedhash.h"
+#include "frame/pathindex.h"
 #include "frame/progress.h"
 #include "frame/summary.h"
 #include "morvunp/morvunp.h"
@@ -33,7 +35,7 @@ TEST(Summary, GroupsNumbersAndTruncatesRatios) {
 
 TEST(Summary, FormatsLocalTimes) {
   EXPECT_EQ(frame::LocalTimeText(86400 * 365, L"%Y-%m-%d %H"), L"1971-01-01 00");
-  EXPECT_EQ(frame::LocalTimeText(-1, L"%Y"), L"");
+  EXPECT_EQ(frame::LocalTimeText(-1, L"%Y-%m-%d %H:%M:%S"), L"1969-12-31 23:59:59");
   EXPECT_EQ(frame::LocalTimeText(1LL << 60, L"%Y"), L"");
   EXPECT_EQ(frame::LocalTimeText(0, std::wstring(200, L'x').c_str()), L"") << "128 characters fit";
 }
@@ -63,10 +65,49 @@ TEST(FolderMap, ListsFoldersIgnoringCase) {
   EXPECT_THAT(list, ElementsAre(L"A\\b", L"A", L"a\\C"));
 }
 
-TEST(MixedHash, SpreadsNumbersThatWereChosenForOneBucket) {
+TEST(KeyedHash, SpreadsNumbersThatWereChosenForOneBucket) {
   std::set<std::size_t> buckets;
-  for (ULONGLONG i = 0; i < 1009; ++i) buckets.insert(frame::MixedHash{}(i * 1009) % 1009);
+  for (ULONGLONG i = 0; i < 1009; ++i) buckets.insert(frame::KeyedHash{}(i * 1009) % 1009);
   EXPECT_GT(buckets.size(), 400U);
+}
+
+/// 64 names of which every sum of powers modulo 2^64 gives one hash, whatever
+/// the base and the start: Thue-Morse sequences and their opposites cannot be
+/// told apart by them.
+std::vector<std::wstring> NamesOfOnePolynomialHash() {
+  std::wstring sequence = L"a";
+  std::wstring opposite = L"b";
+  while (sequence.size() < 2048) {
+    const std::wstring shorter = sequence;
+    sequence += opposite;
+    opposite += shorter;
+  }
+  std::vector<std::wstring> names;
+  for (unsigned bits = 0; bits < 64; ++bits) {
+    std::wstring& name = names.emplace_back();
+    for (unsigned i = 0; i < 6; ++i) name += (bits >> i & 1) != 0 ? opposite : sequence;
+  }
+  return names;
+}
+
+TEST(PathIndex, LooksAtFewNamesWhateverAnArchiveChose) {
+  const std::vector<std::wstring> names = NamesOfOnePolynomialHash();
+  std::size_t looks = 0;
+  const auto getPath = [&](std::size_t place, std::wstring& text) {
+    ++looks;
+    text = names[place];
+  };
+  frame::PathIndex index;
+  // The first look-up walks, the second builds.
+  EXPECT_EQ(index.Find(names.size(), getPath, L"none"), names.size());
+  EXPECT_EQ(index.Find(names.size(), getPath, L"none"), names.size());
+  looks = 0;
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    std::wstring path = names[i];
+    path.front() = static_cast<wchar_t>(std::towupper(static_cast<std::wint_t>(path.front())));
+    EXPECT_EQ(index.Find(names.size(), getPath, path), i);
+  }
+  EXPECT_EQ(looks, names.size());
 }
 
 TEST(CreateFolder, MakesMissingAncestorsAndReportsThem) {

@@ -114,6 +114,18 @@ TYPED_TEST(Image, TakesDatesForLocalTimeAndRefusesImpossibleOnes) {
     EXPECT_THROW(this->OpenBytes(image), CAtlException);
     EXPECT_FALSE(this->unpacker.IsListComplete());
   }
+  {
+    // The epoch and the second before it, as reproducible builds record them.
+    const testsupport::TimeZone berlin("Europe/Berlin");
+    set({1970, 1, 1, 0, 0, 0});
+    ASSERT_TRUE(this->OpenBytes(image));
+    EXPECT_EQ(this->InfoOf(L"a").timeModified, -3600);
+    set({1970, 1, 1, 0, 59, 59});
+    ASSERT_TRUE(this->OpenBytes(image));
+    EXPECT_EQ(this->InfoOf(L"a").timeModified, -1);
+    EXPECT_TRUE(this->Unpack());
+    EXPECT_EQ(this->StatusOf("a").st_mtime, -1);
+  }
   Put(image, offset, std::string(7, '\0'));
   ASSERT_TRUE(this->OpenBytes(image));
   EXPECT_NEAR(static_cast<double>(this->InfoOf(L"a").timeModified),

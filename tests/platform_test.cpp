@@ -202,7 +202,7 @@ TEST(Times, OfMsDosAreLocal) {
     if (!item.isValid) continue;
     ASSERT_TRUE(LocalFileTimeToFileTime(&local, &universal));
     EXPECT_EQ(platform::SecondsOfFileTime(universal), item.seconds);
-    EXPECT_EQ(platform::TimeOfDosDateTime(item.date, item.time), item.seconds);
+    EXPECT_EQ(platform::CarriedTimeOfDosDateTime(item.date, item.time), item.seconds);
   }
   // Newfoundland changed its clocks a minute past midnight: the seconds before
   // and after, one after the other.

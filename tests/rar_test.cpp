@@ -260,14 +260,6 @@ TEST_F(RarTest, JoinsVolumesAndNamesTheMissingOne) {
   EXPECT_EQ(Out("BIG.TXT"), big) << "what was there is back";
 }
 
-TEST_F(RarTest, PassesOnWhatTheHostThrows) {
-  ASSERT_TRUE(OpenBuilt({{.path = "A", .data = "a"}}));
-  host.onPendingEvents = [] { throw std::bad_alloc(); };
-  EXPECT_THROW(Unpack(), std::bad_alloc);
-  host.onPendingEvents = nullptr;
-  EXPECT_TRUE(Unpack());
-}
-
 TEST_F(RarTest, MakesSafeLinksAndCopies) {
   ASSERT_TRUE(OpenFixture("links.rar"));
   EXPECT_TRUE(Unpack());

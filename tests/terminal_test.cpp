@@ -125,14 +125,17 @@ TEST_F(TerminalTest, ExtractsSelectedItems) {
 
 TEST_F(TerminalTest, ListsAndExtractsCabinets) {
   testsupport::CabBuilder builder;
-  builder.Add(testsupport::CabMethod::kMszip,
-              {{"DOCS\\A.TXT", "alpha", 0x22}, {"DOCS\\DEEP\\B.TXT", "beta"}, {"../C", "refused"}});
+  builder.Add(testsupport::CabMethod::kMszip, {{"DOCS\\A.TXT", "alpha", 0x22},
+                                               {"DOCS\\DEEP\\B.TXT", "beta"},
+                                               {"../C", "refused"},
+                                               {"UNDATED", "u", 0x20, 0, 0}});
   builder.Add(testsupport::CabMethod::kStored, {{"D", "damaged"}});
   std::string cabinet = builder.Build();
   WriteFile(folder_.Path("x.cab"), cabinet);
   const Result list = RunCommand({"list", folder_.Path("x.cab")});
   EXPECT_THAT(list.output, HasSubstr("2001-02-03 04:05:06             5  -H    DOCS/A.TXT\n"));
-  EXPECT_THAT(list.output, HasSubstr("Files - 4, Folders - 2, Size - 23 bytes\n"));
+  EXPECT_THAT(list.output, HasSubstr("Files - 5, Folders - 2, Size - 24 bytes\n"));
+  EXPECT_THAT(list.output, HasSubstr(std::string(19, ' ') + "             1  --    UNDATED\n"));
   const Result flat = RunCommand({"extract", folder_.Path("x.cab"), "DOCS", "--flat", "-C", Out()});
   EXPECT_EQ(flat.exitCode, 0) << flat.errors;
   const Tree expected{{"A.TXT", "alpha"}, {"B.TXT", "beta"}};

@@ -190,6 +190,22 @@ TYPED_TEST(Unpacking, LeavesNothingOfAnInterruptedFileAndEndsTheRun) {
   EXPECT_EQ(this->host.messageBoxes.size(), 3U);
 }
 
+/// What a host might throw in a callback.
+struct HostError {};
+
+TYPED_TEST(Unpacking, PassesOnWhatTheHostThrows) {
+  this->Make({{"A", "a"}, {"BIG", Pattern(9'000'000)}, {"C", "c"}});
+  const auto fail = [] { throw HostError(); };
+  this->host.onPendingEvents = fail;
+  EXPECT_THROW(this->unpacker.UnpackArchive(this->Target()), HostError);
+  this->host.onPendingEvents = nullptr;
+  this->host.onProgress = fail;
+  EXPECT_THROW(this->Unpack(L"BIG"), HostError);
+  this->host.onProgress = nullptr;
+  EXPECT_TRUE(this->unpacker.UnpackArchive(this->Target())) << "the object can be used on";
+  EXPECT_TRUE(this->Out("BIG") == Pattern(9'000'000));
+}
+
 TYPED_TEST(Unpacking, WritesNothingForHostileNames) {
   WriteFile(this->folder.Path("planted"), "untouched");
   Items items;

@@ -11,8 +11,8 @@ Item ItemOf(const CABFILEFULLINFO& record) {
           .size = size,
           // Cabinets record packed sizes of whole folders only.
           .packedSize = size,
-          .modified = platform::TimeOfDosDateTime(record.nDate, record.nTime),
-          .accessed = 0};
+          .modified = TimeOfDosDateTime(DWORD{record.nDate} << 16 | record.nTime),
+          .accessed = std::nullopt};
 }
 
 Item ItemOf(const ISOFILEFULLINFO& record) {
@@ -24,7 +24,7 @@ Item ItemOf(const ISOFILEFULLINFO& record) {
           .size = size,
           .packedSize = record.nPackedSize != 0 ? record.nPackedSize : size,
           .modified = record.timeModified,
-          .accessed = record.timeAccessed};
+          .accessed = record.timeAccessed != 0 ? std::optional(record.timeAccessed) : std::nullopt};
 }
 
 namespace {
@@ -54,7 +54,7 @@ Item ItemOf(const SEVENZIPFILEFULLINFO& record) {
           .size = record.nSize,
           .packedSize = record.nPackedSize,
           .modified = TimeOfDosDateTime(record.nDateTime),
-          .accessed = 0,
+          .accessed = std::nullopt,
           .crc = record.nCRC != 0 ? std::optional(record.nCRC) : std::nullopt,
           .isEncrypted = record.strMethod.find(L"7zAES") != std::wstring::npos};
 }
@@ -67,7 +67,7 @@ Item ItemOf(const RARFILEFULLINFO& record) {
           .size = Join(record.nUnpSizeHigh, record.nUnpSize),
           .packedSize = Join(record.nPackSizeHigh, record.nPackSize),
           .modified = TimeOfDosDateTime(record.nFileTime),
-          .accessed = 0};
+          .accessed = std::nullopt};
 }
 
 bool IsContinuation(const RARFILEFULLINFO& record) {

@@ -21,9 +21,9 @@ struct Item {
   std::uint64_t size;
   /// Bytes that the item occupies in the archive.
   std::uint64_t packedSize;
-  /// Seconds since 1970-01-01 00:00 UTC; 0 when not recorded.
-  std::int64_t modified;
-  std::int64_t accessed;
+  /// Seconds since 1970-01-01 00:00 UTC; none when not recorded.
+  std::optional<std::int64_t> modified;
+  std::optional<std::int64_t> accessed;
   /// CRC-32 of the content; none when the archive has none, or an engine that
   /// checks it.
   std::optional<std::uint32_t> crc{};

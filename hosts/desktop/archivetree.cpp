@@ -96,7 +96,7 @@ ArchiveTree::Index ArchiveTree::Append(Index parent, std::wstring_view name, boo
                       .nameLength = static_cast<std::uint32_t>(name.size()),
                       .nameStart = names_.size(),
                       .size = 0,
-                      .modified = 0,
+                      .modified = kNoTime,
                       .row = 0,
                       .isFolder = isFolder,
                       .isHidden = false,
@@ -134,7 +134,7 @@ void ArchiveTree::Add(const host::Item& item) {
   const std::wstring_view name = isInFolder ? path.substr(separator + 1) : path;
   Entry& entry = entries_[item.isFolder ? FolderIn(parent, name) : Append(parent, name, false)];
   entry.size = item.isFolder ? 0 : item.size;
-  entry.modified = item.modified;
+  entry.modified = item.modified.value_or(kNoTime);
   entry.isHidden = item.isHidden;
   entry.isEncrypted = item.isEncrypted;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <span>
 #include <string>
 #include <string_view>
@@ -19,6 +20,8 @@ class ArchiveTree {
  public:
   using Index = std::uint32_t;
   static constexpr Index kRoot = 0;
+  /// Less than any time, so that such items come first.
+  static constexpr std::int64_t kNoTime = std::numeric_limits<std::int64_t>::min();
 
   struct Entry {
     Index parent;
@@ -26,7 +29,7 @@ class ArchiveTree {
     std::size_t nameStart;
     /// Bytes.
     std::uint64_t size;
-    /// Seconds since 1970-01-01 00:00 UTC; 0 when not recorded.
+    /// Seconds since 1970-01-01 00:00 UTC; kNoTime when not recorded.
     std::int64_t modified;
     /// Place among the folders of its parent; of a folder, when finished.
     std::uint32_t row;

@@ -49,14 +49,14 @@ UINT DesktopInterface::Show(CDialog& dialog) {
 }
 
 bool DesktopInterface::RunDialog(CDialog& dialog) {
-  if (const auto edit = host::PasswordEditOf(dialog)) {
-    RunPasswordDialog(dialog, *edit);
+  if (dialog.Template().id == morvunp::kPasswordDialog) {
+    RunPasswordDialog(dialog);
     return true;
   }
   UINT pressed = Show(dialog);
   icons_.clear();
-  if (running_ != nullptr && dialog.Template().id == host::kReplaceTemplate) {
-    if (pressed == IDCANCEL) pressed = host::kReplaceCancel;
+  if (running_ != nullptr && dialog.Template().id == morvunp::kReplaceDialog) {
+    if (pressed == IDCANCEL) pressed = morvunp::kReplaceCancel;
     host::NoteReplaceAnswer(dialog, pressed, running_->watch, running_->stop);
   }
   return true;
@@ -66,7 +66,7 @@ host::PasswordAnswer DesktopInterface::MakePasswordAnswer() {
   return host::PasswordAnswer([this] { return AskPassword(); });
 }
 
-void DesktopInterface::RunPasswordDialog(CDialog& dialog, UINT edit) {
+void DesktopInterface::RunPasswordDialog(CDialog& dialog) {
   if (password_ == nullptr) {
     Show(dialog);
     return;
@@ -80,13 +80,13 @@ void DesktopInterface::RunPasswordDialog(CDialog& dialog, UINT edit) {
     dialog.PressEscape();
     return;
   }
-  dialog.SetControlText(edit, *answer);
+  dialog.SetControlText(morvunp::kPasswordEdit, *answer);
   dialog.Press(IDOK);
 }
 
 std::optional<std::wstring> DesktopInterface::AskPassword() {
   if (Show(*passwordDialog_) != IDOK) return std::nullopt;
-  return passwordDialog_->ControlText(*host::PasswordEditOf(*passwordDialog_));
+  return passwordDialog_->ControlText(morvunp::kPasswordEdit);
 }
 
 /// Of the files that follow a cancelled question, the report at the end tells

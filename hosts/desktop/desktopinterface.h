@@ -48,7 +48,7 @@ class DesktopInterface : public platform::UserInterface {
   QWidget* Owner() const;
   /// Shows the dialog; the id of the button that ended it.
   UINT Show(CDialog& dialog);
-  void RunPasswordDialog(CDialog& dialog, UINT edit);
+  void RunPasswordDialog(CDialog& dialog);
   std::optional<std::wstring> AskPassword();
   bool WantsMessage() const;
 

@@ -36,7 +36,7 @@ QString FileModel::TextOf(ArchiveTree::Index item, int column) const {
     case kSize:
       return entry.isFolder ? QString() : QLocale().toString(static_cast<qulonglong>(entry.size));
     case kModified:
-      if (entry.modified == 0) return {};
+      if (entry.modified == ArchiveTree::kNoTime) return {};
       return QLocale().toString(QDateTime::fromSecsSinceEpoch(entry.modified),
                                 QLocale::ShortFormat);
     default:

@@ -40,10 +40,11 @@ void WriteTable(Archive& archive, StandardOutput& output) {
 }
 
 /// A time that was not recorded has no member.
-void AppendTime(std::string& out, const char* member, std::int64_t time, UtcTimeText& times) {
-  if (time == 0) return;
+void AppendTime(std::string& out, const char* member, std::optional<std::int64_t> time,
+                UtcTimeText& times) {
+  if (!time) return;
   out += member;
-  times.Append(out, time);
+  times.Append(out, *time);
   out += '"';
 }
 

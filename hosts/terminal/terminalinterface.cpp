@@ -23,12 +23,12 @@ TerminalInterface::~TerminalInterface() { platform::RegisterUserInterface(nullpt
 
 bool TerminalInterface::RunDialog(CDialog& dialog) {
   line_.Clear();
-  if (dialog.Template().id == host::kReplaceTemplate) {
+  if (dialog.Template().id == morvunp::kReplaceDialog) {
     RunReplaceDialog(dialog);
     return true;
   }
-  if (const auto edit = host::PasswordEditOf(dialog)) {
-    RunPasswordDialog(dialog, *edit);
+  if (dialog.Template().id == morvunp::kPasswordDialog) {
+    RunPasswordDialog(dialog);
     return true;
   }
   const auto pressed = canAsk_ ? AskDialog(dialog) : std::nullopt;
@@ -43,19 +43,19 @@ bool TerminalInterface::RunDialog(CDialog& dialog) {
 void TerminalInterface::RunReplaceDialog(CDialog& dialog) {
   const bool keepUnasked = keepExisting_ || !canAsk_;
   const UINT pressed =
-      keepUnasked ? host::kReplaceNo : AskDialog(dialog).value_or(host::kReplaceCancel);
+      keepUnasked ? morvunp::kReplaceNo : AskDialog(dialog).value_or(morvunp::kReplaceCancel);
   host::NoteReplaceAnswer(dialog, pressed, watch_, stop_);
   dialog.Press(pressed);
 }
 
-void TerminalInterface::RunPasswordDialog(CDialog& dialog, UINT edit) {
+void TerminalInterface::RunPasswordDialog(CDialog& dialog) {
   const auto answer = password_.Get();
   if (!answer) {
     if (password_.WasCancelled()) stop_.Cancel();
     dialog.PressEscape();
     return;
   }
-  dialog.SetControlText(edit, *answer);
+  dialog.SetControlText(morvunp::kPasswordEdit, *answer);
   dialog.Press(IDOK);
 }
 

@@ -40,7 +40,7 @@ class TerminalInterface : public platform::UserInterface {
 
  private:
   void RunReplaceDialog(CDialog& dialog);
-  void RunPasswordDialog(CDialog& dialog, UINT edit);
+  void RunPasswordDialog(CDialog& dialog);
   void ShowProblem(const std::wstring& text);
   void AnswerStopRequest(const std::wstring& text);
 

@@ -21,12 +21,12 @@ void AppendTwoDigits(std::string& out, std::int64_t value) {
 
 }  // namespace
 
-void LocalTimeText::Append(std::string& out, std::int64_t time) {
-  if (time == 0) {
+void LocalTimeText::Append(std::string& out, std::optional<std::int64_t> time) {
+  if (!time) {
     out.append(19, ' ');
     return;
   }
-  if (time != time_) Format(time);
+  if (time != time_) Format(*time);
   out += text_;
 }
 

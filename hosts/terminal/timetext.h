@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace terminal {
@@ -10,16 +11,16 @@ namespace terminal {
 /// Writes `YYYY-MM-DD HH:MM:SS` in local time.
 class LocalTimeText {
  public:
-  /// `time` in seconds since 1970-01-01 00:00 UTC; 0, not recorded, becomes
+  /// `time` in seconds since 1970-01-01 00:00 UTC; none, not recorded, becomes
   /// blanks of the same width.
-  void Append(std::string& out, std::int64_t time);
+  void Append(std::string& out, std::optional<std::int64_t> time);
 
  private:
   void Format(std::int64_t time);
 
   /// The time written last, its minute since 1970 and its text.
-  std::int64_t time_ = 0;
-  std::int64_t minute_ = -1;
+  std::optional<std::int64_t> time_;
+  std::int64_t minute_ = 0;
   std::string text_;
 };
 

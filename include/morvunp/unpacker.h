@@ -11,6 +11,11 @@
 // Target folders are absolute paths in the library's form (see
 // platform::ToLibraryPath), without a trailing backslash. Every operation
 // reports failure as false or an empty text.
+//
+// A host may throw in whatever the library calls: window procedures, dialogs,
+// pending events, reports. The engine below is brought to its end first, then
+// the same exception leaves the operation, in all formats. The item in hand is
+// not whole then; the object can be used on.
 #pragma once
 
 #include <concepts>

@@ -20,15 +20,15 @@
 namespace testsupport {
 
 // Buttons of the dialog that asks before a file is replaced.
-inline constexpr UINT kCancel = 1001;
-inline constexpr UINT kNo = 1002;
-inline constexpr UINT kYes = 1003;
-inline constexpr UINT kYesToAll = 1004;
+inline constexpr UINT kCancel = morvunp::kReplaceCancel;
+inline constexpr UINT kNo = morvunp::kReplaceNo;
+inline constexpr UINT kYes = morvunp::kReplaceYes;
+inline constexpr UINT kYesToAll = morvunp::kReplaceYesToAll;
 
 /// Types a password and presses OK.
 inline DialogAnswer TypePassword(const std::wstring& password) {
   DialogAnswer answer = DialogAnswer::Press(IDOK);
-  answer.typed = {{1013, password}};
+  answer.typed = {{morvunp::kPasswordEdit, password}};
   return answer;
 }
 

@@ -72,12 +72,14 @@ bool Cabinet::IsCabinet(const std::wstring& path) {
   int file = -1;
   if (_wsopen_s(&file, path.c_str(), _O_BINARY | _O_RDONLY, _SH_DENYWR, 0) != 0) return false;
   const BOOL isCabinet = m_pfnFDIIsCabinet(m_hfdi, file, &m_cabInfo);
+  m_identity = platform::IdentityOf(reinterpret_cast<HANDLE>(_get_osfhandle(file)));
   _close(file);
   return isCabinet != FALSE;
 }
 
 bool Cabinet::Copy(PFNFDINOTIFY notify, void* user) {
   if (m_hfdi == nullptr) return false;
+  m_strMissing.clear();
   // The folder keeps its last backslash: the interface joins without one.
   const std::size_t nameStart = m_strArchive.rfind(L'\\') + 1;
   std::string name = NarrowPath(std::wstring_view(m_strArchive).substr(nameStart));
@@ -85,6 +87,22 @@ bool Cabinet::Copy(PFNFDINOTIFY notify, void* user) {
   const BOOL isCopied = m_pfnFDICopy(m_hfdi, name.data(), folder.data(), 0, notify, nullptr, user);
   frame::ThrowKept(Thrown());
   return isCopied != FALSE;
+}
+
+morvunp::ItemReason Cabinet::ReasonOfFailure() const {
+  if (!m_strMissing.empty()) return morvunp::ItemReason::kMissingVolume;
+  switch (m_erf.erfOper) {
+    case FDIERROR_CABINET_NOT_FOUND:
+      return morvunp::ItemReason::kMissingVolume;
+    case FDIERROR_ALLOC_FAIL:
+      return morvunp::ItemReason::kNoMemory;
+    case FDIERROR_BAD_COMPR_TYPE:
+      return morvunp::ItemReason::kUnsupportedMethod;
+    case FDIERROR_EOF:
+      return morvunp::ItemReason::kCutShort;
+    default:
+      return morvunp::ItemReason::kDamaged;
+  }
 }
 
 bool Cabinet::Scan(void* user) {

@@ -31,6 +31,14 @@ class Cabinet {
   /// Reads the table into the list. True when that worked and found items.
   bool Scan(void* user);
   bool IsListComplete() const { return m_bListComplete; }
+  /// Why the last pass ended early, as the interface tells it.
+  morvunp::ItemReason ReasonOfFailure() const;
+  /// A callback ended the last pass.
+  bool WasAborted() const { return m_strMissing.empty() && m_erf.erfOper == FDIERROR_USER_ABORT; }
+  /// The cabinet that the last pass asked for in vain.
+  void NoteMissing(const std::wstring& name) { m_strMissing = name; }
+  const std::wstring& MissingCabinet() const { return m_strMissing; }
+  platform::FileIdentity Identity() const { return m_identity; }
 
   ItemList& Items() { return m_items; }
   const ItemList& Items() const { return m_items; }
@@ -49,6 +57,8 @@ class Cabinet {
   ERF m_erf;
   FDICABINETINFO m_cabInfo;
   std::wstring m_strArchive;
+  platform::FileIdentity m_identity;
+  std::wstring m_strMissing;
   ItemList m_items;
   bool m_bListComplete = true;
 };

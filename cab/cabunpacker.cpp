@@ -34,10 +34,16 @@ void CCabUnpacker::SetWndFileTree(CWnd* window) { m_state.m_pWndFileTree = windo
 
 void CCabUnpacker::SetHandleDialogProgress(HWND dialog) { m_state.m_hDialogProgress = dialog; }
 
+void CCabUnpacker::SetItemReport(morvunp::ItemReportFunction item, morvunp::RunReportFunction run) {
+  m_state.m_reportItem = std::move(item);
+  m_state.m_reportRun = std::move(run);
+}
+
 // Opening and closing.
 
 bool CCabUnpacker::OpenArchive(const std::wstring& path) {
   if (!m_pCabinet->Open(path)) return false;
+  m_state.m_archiveFiles = {m_pCabinet->Identity()};
   if (m_state.m_bKeepYesToAll == 0) m_state.m_iniYesToAll = {};
   return true;
 }
@@ -64,6 +70,8 @@ INT_PTR CCabUnpacker::FDICallback_Scan(FDINOTIFICATIONTYPE type, FDINOTIFICATION
 }
 
 bool CCabUnpacker::FindNextFile() { return m_pCabinet->Items().FindNextFile(); }
+
+ULONGLONG CCabUnpacker::GetPosition() const { return m_pCabinet->Items().Position(); }
 
 bool CCabUnpacker::IsListComplete() const { return m_pCabinet->IsListComplete(); }
 

@@ -12,6 +12,8 @@ namespace {
 /// unpacker here.
 void* m_pThis = nullptr;
 
+constexpr UINT kWriteFailed = static_cast<UINT>(-1);
+
 }  // namespace
 
 std::exception_ptr& cab::Cabinet::Thrown() {
@@ -44,24 +46,28 @@ UINT CCabUnpacker::FDIRead(INT_PTR file, void* buffer, UINT count) {
   return static_cast<UINT>(_read(static_cast<int>(file), buffer, count));
 }
 
-UINT CCabUnpacker::FDIWrite(INT_PTR file, void* buffer, UINT count) {
-  const int written = _write(static_cast<int>(file), buffer, count);
-  if (written == -1) return static_cast<UINT>(-1);
-  return frame::KeepException(cab::Cabinet::Thrown(), static_cast<UINT>(-1), [&] {
-    return static_cast<CCabUnpacker*>(GetThis())->OnWritten(static_cast<UINT>(written));
+// NOLINTNEXTLINE(readability-non-const-parameter): the interface's signature
+UINT CCabUnpacker::FDIWrite(INT_PTR, void* buffer, UINT count) {
+  return frame::KeepException(cab::Cabinet::Thrown(), kWriteFailed, [&] {
+    return static_cast<CCabUnpacker*>(GetThis())->OnWrite(buffer, count);
   });
 }
 
-UINT CCabUnpacker::OnWritten(UINT written) {
+UINT CCabUnpacker::OnWrite(const void* bytes, UINT count) {
   cab::Extraction& run = *m_pExtraction;
-  run.m_nDone += written;
-  if (frame::ReportBlock(m_state, run.m_nDone, static_cast<DWORD>(run.m_nTotal))) return written;
-  run.m_bInterrupted = true;
-  DeleteFileW(run.m_strOutputPath.c_str());
-  return static_cast<UINT>(-1);
+  output::Root& root = *run.m_root;
+  if (!root.Out().Write(bytes, count)) return kWriteFailed;
+  run.m_nDone += count;
+  if (frame::ReportBlock(m_state, run.m_nDone, static_cast<DWORD>(run.m_nTotal))) return count;
+  root.Out().Remove();
+  root.Report().Tell(morvunp::ItemResult::kFailed, morvunp::ItemReason::kInterrupted);
+  return kWriteFailed;
 }
 
-int CCabUnpacker::FDIClose(INT_PTR file) { return _close(static_cast<int>(file)); }
+int CCabUnpacker::FDIClose(INT_PTR file) {
+  // The file that is written is the run's.
+  return file == cab::kOutputFile ? 0 : _close(static_cast<int>(file));
+}
 
 LONG CCabUnpacker::FDISeek(INT_PTR file, LONG distance, int origin) {
   return _lseek(static_cast<int>(file), distance, origin);

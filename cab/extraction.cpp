@@ -7,11 +7,12 @@
 #include "frame/ansitext.h"
 #include "frame/itempath.h"
 #include "frame/keptexception.h"
-#include "frame/pathgate.h"
 #include "frame/pathindex.h"
 #include "frame/progress.h"
-#include "frame/replace.h"
 #include "morvunp/cabunpacker.h"
+#include "morvunp/dostime.h"
+#include "morvunp/outputplace.h"
+#include "output/pathgate.h"
 
 namespace {
 
@@ -24,10 +25,9 @@ constexpr INT_PTR kAbort = -1;
 constexpr DWORD kRecorded = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN |
                             FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE;
 
-frame::NewFile NewFileOf(const cab::Extraction& run) {
-  return {static_cast<ULONGLONG>(LONGLONG{run.m_nTotal}),
-          platform::CarriedTimeOfDosDateTime(static_cast<WORD>(run.m_nItemDateTime >> 16),
-                                             static_cast<WORD>(run.m_nItemDateTime))};
+__time64_t TimeOf(DWORD dosDateTime) {
+  return platform::CarriedTimeOfDosDateTime(static_cast<WORD>(dosDateTime >> 16),
+                                            static_cast<WORD>(dosDateTime));
 }
 
 /// The path without the backslash at the end of a folder's.
@@ -45,6 +45,19 @@ bool IsSafe(const std::wstring& path) {
 
 // The three operations.
 
+void CCabUnpacker::StartRoot(const std::wstring& target) {
+  m_pExtraction->m_root.emplace(m_state, target,
+                                [this](const std::wstring& folder) { UpdateFileTree(folder); });
+}
+
+/// The item that a run has found by its path, as what is reported of it.
+void CCabUnpacker::BeginItem(const std::wstring& path) {
+  const cab::Extraction& run = *m_pExtraction;
+  m_pExtraction->m_root->Begin({run.m_nPosition, path,
+                                static_cast<ULONGLONG>(LONGLONG{run.m_nTotal}),
+                                TimeOf(run.m_nItemDateTime)});
+}
+
 bool CCabUnpacker::UnpackFile(const std::wstring& path, const std::wstring& target) {
   cab::Extraction& run = *m_pExtraction;
   run.m_nMode = cab::kFile;
@@ -53,25 +66,38 @@ bool CCabUnpacker::UnpackFile(const std::wstring& path, const std::wstring& targ
   run.m_strWanted = path;
   run.m_nTotal = item.m_nSize;
   run.m_nItemDateTime = item.DosDateTime();
-  if (item.IsFolder() || !IsSafe(path)) return false;
-  const OutputPlace place = PlaceOfFile(m_state.m_iniUnpack, path, target);
-  frame::OutputFolders folders(m_state, target,
-                               [this](const std::wstring& folder) { UpdateFileTree(folder); });
-  if (!folders.MakeFor(place)) return false;
-  return UnpackCurrentFile(place.name, place.folder);
+  run.m_nPosition = GetPosition();
+  if (item.IsFolder()) return false;
+  StartRoot(target);
+  BeginItem(path);
+  if (!IsSafe(path)) return RefuseName();
+  return UnpackAt(PlaceOfFile(m_state.m_iniUnpack, path, target));
+}
+
+bool CCabUnpacker::RefuseName() {
+  return m_pExtraction->m_root->Report().Tell(morvunp::ItemResult::kRefused,
+                                              morvunp::ItemReason::kUnsafeName);
 }
 
 bool CCabUnpacker::UnpackCurrentFile(const std::wstring& name, const std::wstring& folder) {
+  StartRoot(folder);
+  BeginItem(m_pExtraction->m_strWanted);
+  if (!IsSafe(name)) return RefuseName();
+  const OutputPlace place{folder, name};
+  if (!frame::HasParent(name)) return UnpackAt(place);
+  const OutputPlace below{frame::Join(folder, frame::ParentOf(name)),
+                          std::wstring(frame::NameOf(name))};
+  return UnpackAt(below);
+}
+
+/// The item that is wanted, by a pass of its own.
+bool CCabUnpacker::UnpackAt(const OutputPlace& place) {
   cab::Extraction& run = *m_pExtraction;
-  if (!IsSafe(name)) return false;
-  run.m_strOutputPath = frame::Join(folder, name);
-  m_state.m_strLastTarget = run.m_strOutputPath;
-  if (!frame::MayWrite(m_state, run.m_strOutputPath, NewFileOf(run), frame::Protection::kClear)) {
-    return false;
-  }
+  if (!run.m_root->Enter(place)) return false;
+  if (run.m_root->Decide() != output::Root::Answer::kWrite) return false;
   m_state.m_bStopRequest = 0;
   m_state.m_bCancel = 0;
-  BeginFile(name);
+  BeginFile(place.name);
   const bool isCopied = RunPass();
   if (m_state.m_bCancel != 0) return false;
   if (isCopied) UpdateFileTree(m_state.m_strLastTarget);
@@ -93,20 +119,50 @@ bool CCabUnpacker::RunOverItems(DWORD mode, const std::wstring& target) {
   run.m_strTarget = target;
   m_state.m_bCancel = 0;
   m_state.m_bStopRequest = 0;
-  return RunPass();
+  StartRoot(target);
+  const bool isCopied = RunPass();
+  TellRest(isCopied);
+  return isCopied;
 }
 
-/// An interrupted file was deleted while the interface still held it open;
-/// where that could not be, it goes now. Not after Cancel in the replace
-/// dialog: the path then names the file that the user kept.
+/// One pass. A file that is open behind it is not whole.
 bool CCabUnpacker::RunPass() {
   cab::Extraction& run = *m_pExtraction;
   run.BeginPass();
-  run.m_folders.emplace(m_state, run.m_strTarget,
-                        [this](const std::wstring& folder) { UpdateFileTree(folder); });
   const bool isCopied = m_pCabinet->Copy(FDICallback_Extract, this);
-  if (run.m_bInterrupted) DeleteFileW(run.m_strOutputPath.c_str());
+  const bool isAlone = run.m_nMode == cab::kFile && !isCopied;
+  if (run.m_root->Out().IsOpen() || isAlone) {
+    run.m_root->Report().Tell(morvunp::ItemResult::kFailed, m_pCabinet->ReasonOfFailure());
+    run.m_root->Out().KeepBroken();
+  }
   return isCopied;
+}
+
+/// Why the items behind were not reached; kNone where there are none.
+morvunp::RunReport CCabUnpacker::EndOfPass(bool isCopied) const {
+  const cab::Extraction& run = *m_pExtraction;
+  if (m_state.m_bCancel != 0) return {morvunp::ItemReason::kInterrupted};
+  // The class itself ends a pass that has written nothing, at its end, and one
+  // whose file could not be created.
+  const bool isAtEnd = run.m_nNext >= m_pCabinet->Items().size();
+  if (isCopied || (m_pCabinet->WasAborted() && isAtEnd)) return {};
+  if (m_pCabinet->WasAborted()) return run.m_root->Report().LastFailure();
+  return {m_pCabinet->ReasonOfFailure(), 0, m_pCabinet->MissingCabinet()};
+}
+
+/// The items that a pass which ended early has not come to.
+void CCabUnpacker::TellRest(bool isCopied) {
+  cab::Extraction& run = *m_pExtraction;
+  const morvunp::RunReport end = EndOfPass(isCopied);
+  const cab::ItemList& items = m_pCabinet->Items();
+  for (std::size_t i = run.m_nNext; m_state.m_reportItem && i < items.size(); ++i) {
+    const cab::CCabItemInfo item = items[i];
+    if (!PlaceOf(item)) continue;
+    run.m_root->Report().TellNotReached(
+        {i, item.m_strPath, static_cast<DWORD>(item.m_nSize), TimeOf(item.DosDateTime())},
+        end.reason);
+  }
+  run.m_root->Report().TellEnd(end.reason, end.systemError, end.detail);
 }
 
 /// The start of each file that is written.
@@ -118,31 +174,44 @@ void CCabUnpacker::BeginFile(const std::wstring& name) {
 
 // Notifications.
 
-namespace {
-
 /// The interface opens whatever stands under the name of the next cabinet; one
 /// that is not there ends the pass.
-INT_PTR OnNextCabinet(const FDINOTIFICATION& notification) {
+INT_PTR CCabUnpacker::OnNextCabinet(const FDINOTIFICATION& notification) {
   const std::wstring name = frame::DecodeAnsi(notification.psz1);
-  if (!frame::IsSafeName(name, true)) return kAbort;
-  std::wstring path = cab::WidePath(notification.psz3);
-  if (!path.empty() && !path.ends_with(frame::kSeparator)) path += frame::kSeparator;
-  path = cab::ExistingCabinet(path + name);
-  return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES ? kGoOn : kAbort;
+  if (!output::IsSafeName(name, true)) return kAbort;
+  const platform::FileIdentity file =
+      platform::IdentityOfPath(cab::CabinetPath(notification.psz3, notification.psz1));
+  if (file == platform::FileIdentity{}) {
+    m_pCabinet->NoteMissing(name);
+    return kAbort;
+  }
+  return kGoOn;
 }
 
-}  // namespace
+/// A cabinet that is opened, and the next one of its set, are not to be
+/// replaced by what comes out of them.
+INT_PTR CCabUnpacker::OnCabinetInfo(const FDINOTIFICATION& notification) {
+  if (notification.psz1 == nullptr || *notification.psz1 == '\0') return kGoOn;
+  const platform::FileIdentity next =
+      platform::IdentityOfPath(cab::CabinetPath(notification.psz3, notification.psz1));
+  if (next != platform::FileIdentity{}) m_state.m_archiveFiles.push_back(next);
+  return kGoOn;
+}
 
 INT_PTR CCabUnpacker::FDICallback_Extract(FDINOTIFICATIONTYPE type, FDINOTIFICATION* notification) {
   auto& unpacker = *static_cast<CCabUnpacker*>(notification->pv);
   return frame::KeepException(cab::Cabinet::Thrown(), kAbort, [&] {
     switch (type) {
+      case fdintPARTIAL_FILE:
+        return unpacker.OnPartialFile(*notification);
       case fdintCOPY_FILE:
         return unpacker.OnCopyFile(*notification);
       case fdintCLOSE_FILE_INFO:
         return unpacker.OnCloseFile(*notification);
+      case fdintCABINET_INFO:
+        return unpacker.OnCabinetInfo(*notification);
       case fdintNEXT_CABINET:
-        return OnNextCabinet(*notification);
+        return unpacker.OnNextCabinet(*notification);
       case fdintENUMERATE:
         return unpacker.OnEnumerate();
       default:
@@ -151,18 +220,41 @@ INT_PTR CCabUnpacker::FDICallback_Extract(FDINOTIFICATIONTYPE type, FDINOTIFICAT
   });
 }
 
+/// A file that began in an earlier cabinet; only from there it can be unpacked.
+INT_PTR CCabUnpacker::OnPartialFile(const FDINOTIFICATION& notification) {
+  cab::Extraction& run = *m_pExtraction;
+  run.m_nPosition = run.m_nNext++;
+  const cab::ItemList& items = m_pCabinet->Items();
+  if (run.m_nPosition >= items.size()) return kGoOn;
+  const cab::CCabItemInfo item = items[static_cast<std::size_t>(run.m_nPosition)];
+  const bool isWanted = run.m_nMode == cab::kFile ? frame::SamePath(item.m_strPath, run.m_strWanted)
+                                                  : PlaceOf(item).has_value();
+  if (!isWanted) return kGoOn;
+  run.m_nTotal = item.m_nSize;
+  run.m_nItemDateTime = item.DosDateTime();
+  BeginItem(item.m_strPath);
+  const bool isNamed = notification.psz2 != nullptr;
+  run.m_root->Report().Tell(morvunp::ItemResult::kFailed, morvunp::ItemReason::kBeginsEarlier,
+                            isNamed ? frame::DecodeAnsi(notification.psz2) : std::wstring());
+  return kGoOn;
+}
+
 INT_PTR CCabUnpacker::OnCopyFile(const FDINOTIFICATION& notification) {
   cab::Extraction& run = *m_pExtraction;
+  const ULONGLONG position = run.m_nNext++;
   bool isWanted = false;
   switch (run.m_nMode) {
     case cab::kFile:
-      isWanted = frame::SamePath(frame::DecodeAnsi(notification.psz1), run.m_strWanted);
-      if (isWanted) run.m_hOutput = frame::ReplaceOutputFile(run.m_strOutputPath);
+      isWanted = !run.m_bFileOpened &&
+                 frame::SamePath(frame::DecodeAnsi(notification.psz1), run.m_strWanted);
+      if (isWanted && !run.m_root->Open(output::Placing::kInPlace)) return kAbort;
       break;
     case cab::kFolder:
+      run.m_nPosition = position;
       isWanted = ProcessUnpackFolder(run.m_strFolder, run.m_strTarget, notification.psz1);
       break;
     case cab::kArchive:
+      run.m_nPosition = position;
       isWanted = ProcessUnpackArchive(run.m_strTarget, notification.psz1);
       break;
     default:
@@ -170,21 +262,17 @@ INT_PTR CCabUnpacker::OnCopyFile(const FDINOTIFICATION& notification) {
   }
   if (!isWanted) return m_state.m_bCancel != 0 ? kAbort : kSkip;
   run.m_bFileOpened = true;
-  const HANDLE output = std::exchange(run.m_hOutput, INVALID_HANDLE_VALUE);
-  if (output == INVALID_HANDLE_VALUE) return kAbort;
-  return _open_osfhandle(reinterpret_cast<std::intptr_t>(output), _O_BINARY);
+  return run.m_root->Out().IsOpen() ? cab::kOutputFile : kAbort;
 }
 
 INT_PTR CCabUnpacker::OnCloseFile(const FDINOTIFICATION& notification) {
-  const std::wstring& path = m_pExtraction->m_strOutputPath;
-  const auto file = static_cast<int>(notification.hf);
-  // The open file takes its time without being looked up again.
-  const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(file));
-  frame::SetDosTimeModified(handle, DWORD{notification.date} << 16 | notification.time);
-  if (_close(file) != 0) return kAbort;
+  output::FileFacts facts;
+  const auto written = TimeOfDosDateTime(DWORD{notification.date} << 16 | notification.time);
+  if (written) facts.lastWrite = platform::FileTimeOfTimespec(*written, 0);
   // A file that was just written has this attribute and no other.
   const DWORD attributes = notification.attribs & kRecorded;
-  if (attributes != FILE_ATTRIBUTE_ARCHIVE) SetFileAttributesW(path.c_str(), attributes);
+  if (attributes != FILE_ATTRIBUTE_ARCHIVE) facts.attributes = attributes;
+  if (!m_pExtraction->m_root->Out().Finish(facts)) return kAbort;
   UpdateFileTree(m_state.m_strLastTarget);
   return TRUE;
 }
@@ -208,44 +296,48 @@ bool CCabUnpacker::SelectItem(const std::wstring& path) {
   run.m_strWanted = item.m_strPath;
   run.m_nTotal = item.m_nSize;
   run.m_nItemDateTime = item.DosDateTime();
-  return IsSafe(PathOf(item));
+  return true;
 }
 
-bool CCabUnpacker::ProcessUnpackFolder(const std::wstring& folder, const std::wstring& target,
+/// Where an item goes in the run in hand; none when it does not belong to it.
+std::optional<OutputPlace> CCabUnpacker::PlaceOf(const cab::CCabItemInfo& item) const {
+  const cab::Extraction& run = *m_pExtraction;
+  const std::wstring path = PathOf(item);
+  return run.m_nMode == cab::kFolder
+             ? PlaceInFolderRun(m_state.m_iniUnpack, run.m_strFolder, path, item.IsFolder(),
+                                run.m_strTarget)
+             : PlaceInArchiveRun(m_state.m_iniUnpack, path, item.IsFolder(), run.m_strTarget);
+}
+
+bool CCabUnpacker::ProcessUnpackFolder(const std::wstring&, const std::wstring&,
                                        const char* fileName) {
-  if (!SelectItem(frame::DecodeAnsi(fileName))) return false;
-  const cab::CCabItemInfo& item = *m_pCabinet->Items().Current();
-  return ProcessPlace(
-      PlaceInFolderRun(m_state.m_iniUnpack, folder, PathOf(item), item.IsFolder(), target));
+  return ProcessItem(fileName);
 }
 
-bool CCabUnpacker::ProcessUnpackArchive(const std::wstring& target, const char* fileName) {
-  if (!SelectItem(frame::DecodeAnsi(fileName))) return false;
-  const cab::CCabItemInfo& item = *m_pCabinet->Items().Current();
-  return ProcessPlace(
-      PlaceInArchiveRun(m_state.m_iniUnpack, PathOf(item), item.IsFolder(), target));
+bool CCabUnpacker::ProcessUnpackArchive(const std::wstring&, const char* fileName) {
+  return ProcessItem(fileName);
 }
 
-bool CCabUnpacker::ProcessPlace(const std::optional<OutputPlace>& place) {
+bool CCabUnpacker::ProcessItem(const char* fileName) {
+  if (!SelectItem(frame::DecodeAnsi(fileName))) return false;
+  const cab::CCabItemInfo& item = *m_pCabinet->Items().Current();
+  const std::optional<OutputPlace> place = PlaceOf(item);
   if (!place) return false;
-  cab::Extraction& run = *m_pExtraction;
-  if (!run.m_folders->MakeFor(*place)) return false;
+  output::Root& root = *m_pExtraction->m_root;
+  BeginItem(item.m_strPath);
+  if (!IsSafe(PathOf(item))) return RefuseName();
   // A folder that is recorded as such has nothing to write.
-  if (place->name.empty()) return false;
-  const bool isWanted = ProcessUnpackCurrentFile(place->name, place->folder);
-  if (run.m_hOutput == INVALID_HANDLE_VALUE) run.m_folders->Forget();
-  return isWanted;
+  if (place->name.empty()) {
+    root.MakeFolder(place->folder);
+    return false;
+  }
+  return ProcessUnpackCurrentFile(place->name, place->folder);
 }
 
 bool CCabUnpacker::ProcessUnpackCurrentFile(const std::wstring& name, const std::wstring& folder) {
-  cab::Extraction& run = *m_pExtraction;
-  run.m_strOutputPath = frame::Join(folder, name);
-  m_state.m_strLastTarget = run.m_strOutputPath;
-  bool isDeclined = false;
-  frame::OpenFile output(
-      frame::CreateOutputFile(m_state, run.m_strOutputPath, NewFileOf(run), isDeclined));
-  if (isDeclined) return false;
+  output::Root& root = *m_pExtraction->m_root;
+  if (!root.Enter({folder, name})) return false;
+  if (root.Create() == output::Root::Answer::kDeclined) return false;
   BeginFile(name);
-  run.m_hOutput = output.Release();
   return true;
 }

@@ -4,12 +4,16 @@
 #include <optional>
 #include <string>
 
-#include "frame/outputfolders.h"
+#include "output/root.h"
 
 namespace cab {
 
 /// What a pass is to unpack.
 enum Mode : DWORD { kNothing = 0, kFile = 1, kFolder = 2, kArchive = 3 };
+
+/// Stands for the file that is written, which only the run itself closes. No
+/// descriptor has this value.
+inline constexpr INT_PTR kOutputFile = INTPTR_MAX;
 
 class Extraction {
  public:
@@ -19,28 +23,26 @@ class Extraction {
   /// Arguments of the run.
   std::wstring m_strTarget;
   std::wstring m_strFolder;
-  /// Full path of the output file.
-  std::wstring m_strOutputPath;
   /// An output file was opened in this pass.
   bool m_bFileOpened = false;
   /// The first enumeration of this pass was seen.
   bool m_bEnumStarted = false;
-  /// The user interrupted the file being written.
-  bool m_bInterrupted = false;
+  /// Place in the walk of the file that was reported last, and the first that
+  /// no notification has come for.
+  ULONGLONG m_nPosition = 0;
+  ULONGLONG m_nNext = 0;
   /// Bytes written of the file being unpacked, and its size.
   DWORD m_nDone = 0;
   LONG m_nTotal = 0;
   /// Its MS-DOS date and time.
   DWORD m_nItemDateTime = 0;
-  /// The folders that the pass writes into.
-  std::optional<frame::OutputFolders> m_folders;
-  /// Output file that was created by the decision to write it.
-  HANDLE m_hOutput = INVALID_HANDLE_VALUE;
+  /// What the pass writes into.
+  std::optional<output::Root> m_root;
 
   void BeginPass() {
     m_bFileOpened = false;
     m_bEnumStarted = false;
-    m_bInterrupted = false;
+    m_nNext = 0;
   }
 };
 

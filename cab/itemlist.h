@@ -37,6 +37,8 @@ class ItemList {
 
   std::size_t size() const { return m_arrRecords.size(); }
   CCabItemInfo operator[](std::size_t position) const;
+  /// Place of the current item.
+  std::size_t Position() const { return m_nPosition - (m_bHasCurrent ? 1 : 0); }
   /// The current item; null before the first.
   const CCabItemInfo* Current() const { return m_bHasCurrent ? &m_current : nullptr; }
 

@@ -62,6 +62,12 @@ std::wstring WidePath(std::string_view narrow) {
   return path;
 }
 
+std::wstring CabinetPath(const char* folder, const char* name) {
+  std::wstring path = WidePath(folder);
+  if (!path.empty() && !path.ends_with(frame::kSeparator)) path += frame::kSeparator;
+  return ExistingCabinet(path + frame::DecodeAnsi(name));
+}
+
 std::wstring ExistingCabinet(const std::wstring& path) {
   if (GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES) return path;
   const std::wstring found = platform::NameIgnoringCase(path);

@@ -12,11 +12,6 @@ DWORD MoveFilePointer(HANDLE file, LONGLONG distance, DWORD method, ULONGLONG* p
   return low == INVALID_SET_FILE_POINTER ? GetLastError() : ERROR_SUCCESS;
 }
 
-bool IsTooLong(const std::wstring& path) {
-  return GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES &&
-         GetLastError() == ERROR_FILENAME_EXCED_RANGE;
-}
-
 bool CreateFolder(CUnpackState& state, const std::wstring& path, const FolderReport& report) {
   if (path.empty()) return false;
   const DWORD attributes = GetFileAttributesW(path.c_str());

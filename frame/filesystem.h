@@ -14,6 +14,7 @@ class OpenFile {
  public:
   explicit OpenFile(HANDLE file = INVALID_HANDLE_VALUE) : m_hFile(file) {}
   ~OpenFile() { Close(); }
+  OpenFile(OpenFile&& other) noexcept : m_hFile(other.Release()) {}
   OpenFile(const OpenFile&) = delete;
   OpenFile& operator=(const OpenFile&) = delete;
 
@@ -23,8 +24,6 @@ class OpenFile {
   HANDLE Release() { return std::exchange(m_hFile, INVALID_HANDLE_VALUE); }
   /// False when the system could not finish the file; it is closed all the same.
   bool Close() { return !IsOpen() || CloseHandle(Release()) != FALSE; }
-
- protected:
   /// Takes a handle over while there is none.
   void Take(HANDLE file) { m_hFile = file; }
 
@@ -35,9 +34,6 @@ class OpenFile {
 /// Moves the pointer of an open file; `position`, if given, becomes where it is
 /// then. ERROR_SUCCESS, or why it cannot be moved.
 DWORD MoveFilePointer(HANDLE file, LONGLONG distance, DWORD method, ULONGLONG* position = nullptr);
-
-/// True when the system cannot hold a path, whatever exists of it.
-bool IsTooLong(const std::wstring& path);
 
 /// Told of every folder that CreateFolder makes, parents first.
 using FolderReport = std::function<void(const std::wstring& path)>;

@@ -4,11 +4,11 @@
 #include "cab/narrowpath.h"
 #include "frame/ansitext.h"
 #include "frame/itempath.h"
-#include "frame/pathgate.h"
 #include "fuzz/input.h"
 #include "fuzz/target.h"
 #include "morvunp/dostime.h"
 #include "morvunp/outputplace.h"
+#include "output/pathgate.h"
 #include "platform/platform.h"
 
 namespace fuzz {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "frame/filesystem.h"
 #include "frame/progress.h"
 
 namespace iso {
@@ -45,14 +44,20 @@ std::optional<std::span<const BYTE>> CopyBuffer::Read(ByteSource& source, std::u
 }
 
 bool OutputFile::WriteBytes(std::span<const BYTE> bytes) {
-  DWORD written = 0;
-  const auto length = static_cast<DWORD>(bytes.size());
-  if (WriteFile(m_hFile, bytes.data(), length, &written, nullptr) == FALSE || written != length) {
-    return false;
-  }
-  m_nDone += written;
+  if (!m_root.Out().Write(bytes.data(), static_cast<DWORD>(bytes.size()))) return false;
+  m_nDone += bytes.size();
   m_bEndsInHole = false;
   return true;
+}
+
+CopyResult OutputFile::FailToRead() {
+  m_root.Report().TellRefusal();
+  return CopyResult::kFailed;
+}
+
+morvunp::ItemReason OutputFile::Defect() const {
+  if (m_nDone == m_nTotal) return morvunp::ItemReason::kNone;
+  return m_bCutShort ? morvunp::ItemReason::kCutShort : morvunp::ItemReason::kShorterThanRecorded;
 }
 
 CopyResult OutputFile::Write(std::span<const BYTE> block) {
@@ -68,10 +73,7 @@ CopyResult OutputFile::WriteAtOnce(std::span<const BYTE> data) {
 }
 
 CopyResult OutputFile::Skip(std::uint64_t length) {
-  if (frame::MoveFilePointer(m_hFile, static_cast<LONGLONG>(length), FILE_CURRENT) !=
-      ERROR_SUCCESS) {
-    return CopyResult::kFailed;
-  }
+  if (!m_root.Out().Skip(length)) return CopyResult::kFailed;
   m_nDone += length;
   m_bEndsInHole = true;
   return frame::ReportBlock(m_state, m_nDone, m_nTotal) ? CopyResult::kDone
@@ -79,15 +81,18 @@ CopyResult OutputFile::Skip(std::uint64_t length) {
 }
 
 CopyResult OutputFile::Finish() {
-  return !m_bEndsInHole || SetEndOfFile(m_hFile) != FALSE ? CopyResult::kDone : CopyResult::kFailed;
+  return !m_bEndsInHole || m_root.Out().EndHere() ? CopyResult::kDone : CopyResult::kFailed;
 }
 
 CopyResult CopyExtent(ByteSource& source, CopyBuffer& buffer, std::uint64_t offset,
                       std::uint64_t length, OutputFile& output) {
   while (length > 0) {
     const auto block = buffer.Read(source, offset, length);
-    if (!block) return CopyResult::kFailed;
-    if (block->empty()) break;
+    if (!block) return output.FailToRead();
+    if (block->empty()) {
+      output.EndEarly();
+      break;
+    }
     const CopyResult result = output.Write(*block);
     if (result != CopyResult::kDone) return result;
     offset += block->size();

@@ -7,6 +7,7 @@
 
 #include "iso/bytesource.h"
 #include "morvunp/unpackstate.h"
+#include "output/root.h"
 
 namespace iso {
 
@@ -49,8 +50,8 @@ class CopyBuffer {
 /// messages and asks when the user wants to stop.
 class OutputFile {
  public:
-  OutputFile(HANDLE file, CUnpackState& state, ULONGLONG total)
-      : m_hFile(file), m_state(state), m_nTotal(total) {}
+  OutputFile(output::Root& root, CUnpackState& state, ULONGLONG total)
+      : m_root(root), m_state(state), m_nTotal(total) {}
 
   CopyResult Write(std::span<const BYTE> block);
   /// Writes data that is one block by nature: reports, but pumps no messages.
@@ -62,15 +63,22 @@ class OutputFile {
 
   /// Bytes that the file does not have yet.
   std::uint64_t Remaining() const { return m_nTotal - m_nDone; }
+  /// The image cannot be read on; tells why.
+  CopyResult FailToRead();
+  /// The image ends here, before the file does.
+  void EndEarly() { m_bCutShort = true; }
+  /// What is wrong with a copy that counts as done.
+  morvunp::ItemReason Defect() const;
 
  private:
   bool WriteBytes(std::span<const BYTE> bytes);
 
-  HANDLE m_hFile;
+  output::Root& m_root;
   CUnpackState& m_state;
   ULONGLONG m_nTotal;
   ULONGLONG m_nDone = 0;
   bool m_bEndsInHole = false;
+  bool m_bCutShort = false;
 };
 
 /// Copies `length` bytes at `offset` of the image. Where the image ends early

@@ -127,18 +127,28 @@ std::wstring Image::TextOf(frame::Totals totals) {
   return totals.Text();
 }
 
-bool Image::WriteItem(const CIsoItemInfo& item, frame::OpenFile& file, CUnpackState& state) {
+platform::FileIdentity Image::Identity() const {
+  return platform::IdentityOf(reinterpret_cast<HANDLE>(_get_osfhandle(m_nFile)));
+}
+
+bool Image::WriteItem(const CIsoItemInfo& item, output::Root& root, CUnpackState& state) {
   const CopyBuffer::Lease lease(m_buffer);
-  OutputFile output(file.Get(), state, item.m_nSize);
-  const CopyResult result = CopyItem(item, output);
-  if (result == CopyResult::kDone) frame::SetTimeModified(file.Get(), item.m_timeModified);
-  const bool closed = file.Close();
-  if (result == CopyResult::kCancelled) DeleteFileW(state.m_strLastTarget.c_str());
-  if (result != CopyResult::kDone || !closed) return false;
-  if (item.m_bHidden != 0) {
-    SetFileAttributesW(state.m_strLastTarget.c_str(), FILE_ATTRIBUTE_HIDDEN);
+  OutputFile output(root, state, item.m_nSize);
+  switch (CopyItem(item, output)) {
+    case CopyResult::kDone:
+      break;
+    case CopyResult::kFailed:
+      root.Report().Tell(morvunp::ItemResult::kFailed, morvunp::ItemReason::kDamaged);
+      root.Out().KeepBroken();
+      return false;
+    case CopyResult::kCancelled:
+      root.Out().Remove();
+      root.Report().Tell(morvunp::ItemResult::kFailed, morvunp::ItemReason::kInterrupted);
+      return false;
   }
-  return true;
+  output::FileFacts facts{platform::FileTimeOfTimespec(item.m_timeModified, 0), std::nullopt};
+  if (item.m_bHidden != 0) facts.attributes = FILE_ATTRIBUTE_HIDDEN;
+  return root.Out().Finish(facts, output.Defect());
 }
 
 CopyResult Image::CopyItem(const CIsoItemInfo& item, OutputFile& output) {

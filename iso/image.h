@@ -10,6 +10,7 @@
 #include "iso/copy.h"
 #include "iso/itemlist.h"
 #include "iso/udfvolume.h"
+#include "output/root.h"
 
 namespace iso {
 
@@ -45,10 +46,12 @@ class Image {
   /// The summary text of what `totals` counts. Moves the cursor to the end.
   std::wstring TextOf(frame::Totals totals);
 
-  /// Writes an item's data to `file`, open at `state.m_strLastTarget`, and
-  /// closes it; then gives it its time and attribute. False when the copy
-  /// failed, leaving what was written, or was cancelled, leaving no file.
-  bool WriteItem(const CIsoItemInfo& item, frame::OpenFile& file, CUnpackState& state);
+  /// Writes an item's data to the file that is open in `root` and finishes it.
+  /// False when the copy failed, leaving what was written, or was cancelled,
+  /// leaving no file.
+  bool WriteItem(const CIsoItemInfo& item, output::Root& root, CUnpackState& state);
+  /// The image's file.
+  platform::FileIdentity Identity() const;
   /// The buffer of all copies; lease it for a run.
   CopyBuffer& Buffer() { return m_buffer; }
 

@@ -4,14 +4,14 @@
 #include "frame/foldermap.h"
 #include "frame/iteminfo.h"
 #include "frame/itempath.h"
-#include "frame/outputfolders.h"
-#include "frame/pathgate.h"
 #include "frame/progress.h"
-#include "frame/replace.h"
 #include "frame/summary.h"
 #include "iso/image.h"
 #include "morvunp/outputplace.h"
 #include "morvunp/unpacker.h"
+#include "output/pathgate.h"
+#include "output/root.h"
+#include "output/walk.h"
 
 static_assert(Unpacker<CIsoUnpacker>);
 
@@ -31,10 +31,16 @@ void CIsoUnpacker::SetWndFileTree(CWnd* window) { m_state.m_pWndFileTree = windo
 
 void CIsoUnpacker::SetHandleDialogProgress(HWND dialog) { m_state.m_hDialogProgress = dialog; }
 
+void CIsoUnpacker::SetItemReport(morvunp::ItemReportFunction item, morvunp::RunReportFunction run) {
+  m_state.m_reportItem = std::move(item);
+  m_state.m_reportRun = std::move(run);
+}
+
 // Opening and closing.
 
 bool CIsoUnpacker::OpenArchive(const std::wstring& path) {
   if (!m_pImage->Open(path)) return false;
+  m_state.m_archiveFiles = {m_pImage->Identity()};
   if (m_state.m_bKeepYesToAll == 0) m_state.m_iniYesToAll = {};
   return true;
 }
@@ -54,6 +60,8 @@ void CIsoUnpacker::RemoveAllItems() { m_pImage->Items().RemoveAllItems(); }
 bool CIsoUnpacker::FindFile() { return m_pImage->Items().FindFile(); }
 
 bool CIsoUnpacker::FindNextFile() { return m_pImage->Items().FindNextFile(); }
+
+ULONGLONG CIsoUnpacker::GetPosition() const { return m_pImage->Items().Position(); }
 
 namespace {
 
@@ -144,39 +152,67 @@ std::wstring CIsoUnpacker::GetArchiveOutputInfo() { return m_pImage->TextOf(fram
 
 // Unpacking.
 
-bool CIsoUnpacker::UnpackCurrentFile(const std::wstring& name, const std::wstring& folder) {
-  const std::wstring_view fileName = frame::NameOf(name);
-  const iso::CIsoItemInfo* const item = m_pImage->Items().Current();
-  // Behind the folder's path a drive would mean nothing.
-  if (!frame::IsSafeName(fileName, false)) return false;
-  m_state.m_strLastTarget = frame::Join(folder, fileName);
-  if (item == nullptr || item->m_bFolder != 0 || item->m_bSafe == 0) return false;
-  if (!m_pImage->IsOpen()) return false;
-  frame::OpenFile file(frame::CreateOutputFile(m_state, m_state.m_strLastTarget,
-                                               {item->m_nSize, item->m_timeModified}));
-  if (!file.IsOpen()) return false;
+output::Item CIsoUnpacker::CurrentItem(const std::wstring& path) const {
+  const iso::CIsoItemInfo& item = *m_pImage->Items().Current();
+  return {GetPosition(), path, item.m_bFolder != 0 ? 0 : item.m_nSize, item.m_timeModified};
+}
+
+/// Writes the current item, which is the one in hand.
+bool CIsoUnpacker::WriteItem(output::Root& root, const OutputPlace& place) {
+  const iso::CIsoItemInfo& item = *m_pImage->Items().Current();
+  if (item.m_bSafe == 0) {
+    return root.Report().Tell(morvunp::ItemResult::kRefused, morvunp::ItemReason::kUnsafeName);
+  }
+  if (place.name.empty()) return root.MakeFolder(place.folder);
+  if (!root.Enter(place) || item.m_bFolder != 0 || !m_pImage->IsOpen()) return false;
+  if (root.Create() != output::Root::Answer::kWrite) return false;
   m_state.m_bStopRequest = 0;
   m_state.m_bCancel = 0;
-  frame::SendProgress(m_state, 0, std::wstring(item->m_strName));
-  if (!m_pImage->WriteItem(*item, file, m_state)) return false;
+  frame::SendProgress(m_state, 0, std::wstring(item.m_strName));
+  if (!m_pImage->WriteItem(item, root, m_state)) return false;
   UpdateFileTree(m_state.m_strLastTarget);
   return true;
 }
 
+output::Root CIsoUnpacker::RootAt(const std::wstring& target) {
+  return {m_state, target, [this](const std::wstring& folder) { UpdateFileTree(folder); }};
+}
+
+bool CIsoUnpacker::UnpackCurrentFile(const std::wstring& name, const std::wstring& folder) {
+  const std::wstring fileName(frame::NameOf(name));
+  const iso::CIsoItemInfo* const item = m_pImage->Items().Current();
+  if (item == nullptr || item->m_bFolder != 0) return false;
+  output::Root root = RootAt(folder);
+  std::wstring path;
+  m_pImage->Items().GetPath(*item, path);
+  root.Begin(CurrentItem(path));
+  // Behind the folder's path a drive would mean nothing.
+  if (!output::IsSafeName(fileName, false)) {
+    return root.Report().Tell(morvunp::ItemResult::kRefused, morvunp::ItemReason::kUnsafeName);
+  }
+  return WriteItem(root, {folder, fileName});
+}
+
 bool CIsoUnpacker::UnpackFile(const std::wstring& path, const std::wstring& target) {
-  if (!LocateFile(path)) return false;
-  if (m_pImage->Items().Current()->m_bSafe == 0) return false;
-  const auto report = [this](const std::wstring& folder) { UpdateFileTree(folder); };
-  frame::OutputFolders folders(m_state, target, report);
-  return frame::WriteItem(*this, folders, PlaceOfFile(m_state.m_iniUnpack, path, target));
+  if (!LocateFile(path) || m_pImage->Items().Current()->m_bFolder != 0) return false;
+  output::Root root = RootAt(target);
+  root.Begin(CurrentItem(path));
+  return WriteItem(root, PlaceOfFile(m_state.m_iniUnpack, path, target));
 }
 
 template <class PlaceOf>
 bool CIsoUnpacker::UnpackItems(const std::wstring& target, PlaceOf placeOf) {
   const iso::CopyBuffer::Lease lease(m_pImage->Buffer());
-  return frame::UnpackByWalking(
-      *this, m_state, target, [this](const std::wstring& folder) { UpdateFileTree(folder); },
-      placeOf, [this] { return m_pImage->Items().Current()->m_bSafe != 0; });
+  output::Root root = RootAt(target);
+  const bool result = output::UnpackByWalking(
+      *this, m_state, root, placeOf,
+      [this](const ISOFILESHORTINFO& info) { return CurrentItem(info.strPath); },
+      [this](output::Root& to, const OutputPlace& place) { return WriteItem(to, place); });
+  morvunp::ItemReason end = morvunp::ItemReason::kNone;
+  if (!IsListComplete()) end = morvunp::ItemReason::kDamaged;
+  if (m_state.m_bCancel != 0) end = morvunp::ItemReason::kInterrupted;
+  root.Report().TellEnd(end);
+  return result;
 }
 
 bool CIsoUnpacker::UnpackFolder(const std::wstring& path, const std::wstring& target) {

@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "frame/itempath.h"
-#include "frame/pathgate.h"
+#include "output/pathgate.h"
 
 namespace iso {
 namespace {
@@ -29,7 +29,7 @@ CIsoItemInfo& ItemList::Append(std::wstring_view name, ItemIndex parent) {
   item.m_strName = {kept.data(), kept.size()};
   item.m_nParent = parent;
   item.m_nPathLength = static_cast<DWORD>((above == 0 ? 0 : above + 1) + name.size());
-  item.m_bSafe = parentSafe && frame::IsSafeName(name, inRoot) ? 1 : 0;
+  item.m_bSafe = parentSafe && output::IsSafeName(name, inRoot) ? 1 : 0;
   return item;
 }
 

@@ -93,6 +93,8 @@ class ItemList {
   /// Makes the next item current. True when more items follow it. Throws
   /// CInvalidArgException past the last one.
   bool FindNextFile();
+  /// Place of the current item.
+  std::size_t Position() const { return m_nPosition - (m_nPosition != 0 ? 1 : 0); }
   /// The current item; null before the first.
   const CIsoItemInfo* Current() const { return m_pCurrent; }
 

@@ -1,42 +1,30 @@
 // File attributes. Read-only is the owner's missing write bit; hidden and
 // system are kept where other systems that share files with Windows keep them:
 // in user.DOSATTRIB, as "0x" and a hexadecimal number.
+#include "platform/attributes.h"
+
 #include <sys/stat.h>
 #include <sys/xattr.h>
-#include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
+#include <fstream>
+#include <string>
 
-#include "platform/files.h"
 #include "platform/text.h"
 
 namespace {
 
-constexpr const char* kDosAttributes = "user.DOSATTRIB";
-constexpr DWORD kStoredAttributes = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM;
-
-DWORD StoredAttributes(const std::string& path) {
-  // Some writers append binary data after the text's terminating zero; only
-  // the text is looked at.
-  std::array<char, 256> text{};
-  const ssize_t length = lgetxattr(path.c_str(), kDosAttributes, text.data(), text.size() - 1);
-  if (length <= 0) return 0;
-  return static_cast<DWORD>(std::strtoul(text.data(), nullptr, 16)) & kStoredAttributes;
-}
-
-BOOL StoreAttributes(const std::string& path, DWORD attributes) {
+BOOL StoreAttributes(int descriptor, DWORD attributes) {
   if (attributes == 0) {
     // Nothing stored reads the same as zero, so a refusal changes nothing.
-    lremovexattr(path.c_str(), kDosAttributes);
+    fremovexattr(descriptor, platform::kDosAttributes);
     return TRUE;
   }
   std::array<char, 16> text{};
   const int length = std::snprintf(text.data(), text.size(), "0x%x", attributes);
-  if (lsetxattr(path.c_str(), kDosAttributes, text.data(), static_cast<std::size_t>(length), 0) !=
-      0) {
+  if (fsetxattr(descriptor, platform::kDosAttributes, text.data(), static_cast<std::size_t>(length),
+                0) != 0) {
     return platform::FailWithErrno(errno);
   }
   return TRUE;
@@ -49,18 +37,22 @@ DWORD AttributesOfLink(const std::string& path) {
   return FILE_ATTRIBUTE_REPARSE_POINT | (toFolder ? FILE_ATTRIBUTE_DIRECTORY : 0);
 }
 
+/// The call that tells the mask sets it as well, for all threads.
 mode_t CurrentUmask() {
-  // There is no way to look at it without setting it; a file that another
-  // thread creates meanwhile is closed to others rather than open.
-  const mode_t mask = umask(077);
-  umask(mask);
-  return mask;
+  std::ifstream status("/proc/self/status");
+  for (std::string line; std::getline(status, line);) {
+    if (line.starts_with("Umask:")) {
+      return static_cast<mode_t>(std::strtoul(line.c_str() + 6, nullptr, 8));
+    }
+  }
+  constexpr mode_t kUsual = 022;
+  return kUsual;
 }
 
-BOOL ApplyMode(const std::string& path, mode_t mode, mode_t present) {
+BOOL ApplyMode(int descriptor, mode_t mode, mode_t present) {
   const mode_t wanted = mode & 0777 & ~CurrentUmask();
   if (wanted == (present & 07777)) return TRUE;
-  return chmod(path.c_str(), wanted) == 0 ? TRUE : platform::FailWithErrno(errno);
+  return fchmod(descriptor, wanted) == 0 ? TRUE : platform::FailWithErrno(errno);
 }
 
 }  // namespace
@@ -73,29 +65,29 @@ DWORD GetFileAttributesW(LPCWSTR path) {
     return INVALID_FILE_ATTRIBUTES;
   }
   if (S_ISLNK(status.st_mode)) return AttributesOfLink(native);
-  DWORD attributes = StoredAttributes(native);
+  DWORD attributes = platform::StoredAttributes([&](char* text, std::size_t size) {
+    return lgetxattr(native.c_str(), platform::kDosAttributes, text, size);
+  });
   if (S_ISDIR(status.st_mode)) attributes |= FILE_ATTRIBUTE_DIRECTORY;
   if ((status.st_mode & S_IWUSR) == 0) attributes |= FILE_ATTRIBUTE_READONLY;
   return attributes != 0 ? attributes : FILE_ATTRIBUTE_NORMAL;
 }
 
-BOOL SetFileAttributesW(LPCWSTR path, DWORD attributes) {
-  const std::string native = platform::ToNativePath(path);
+BOOL platform::SetDescriptorAttributes(int descriptor, DWORD attributes) {
   struct stat status {};
-  if (lstat(native.c_str(), &status) != 0) return platform::FailWithErrno(errno);
-  if (S_ISLNK(status.st_mode)) return platform::FailWithErrno(ELOOP);
+  if (fstat(descriptor, &status) != 0) return FailWithErrno(errno);
   if ((attributes & FILE_ATTRIBUTE_UNIX_EXTENSION) != 0) {
-    return ApplyMode(native, attributes >> 16, status.st_mode);
+    return ApplyMode(descriptor, attributes >> 16, status.st_mode);
   }
   // Extended attributes cannot be written to a file without its write bit.
   const bool readOnly = (attributes & FILE_ATTRIBUTE_READONLY) != 0;
   const mode_t writable = (status.st_mode & 07777) | S_IWUSR;
-  if (!readOnly && writable != (status.st_mode & 07777) && chmod(native.c_str(), writable) != 0) {
-    return platform::FailWithErrno(errno);
+  if (!readOnly && writable != (status.st_mode & 07777) && fchmod(descriptor, writable) != 0) {
+    return FailWithErrno(errno);
   }
-  const BOOL stored = StoreAttributes(native, attributes & kStoredAttributes);
-  if (readOnly && chmod(native.c_str(), writable & ~mode_t{0222}) != 0) {
-    return platform::FailWithErrno(errno);
+  const BOOL stored = StoreAttributes(descriptor, attributes & kStoredAttributes);
+  if (readOnly && fchmod(descriptor, writable & ~mode_t{0222}) != 0) {
+    return FailWithErrno(errno);
   }
   return stored;
 }

@@ -7,6 +7,7 @@
 
 #include <cerrno>
 
+#include "platform/attributes.h"
 #include "platform/descriptors.h"
 #include "platform/text.h"
 
@@ -19,16 +20,6 @@ int CloseWithErrno(int descriptor, int error) {
   close(descriptor);
   errno = error;
   return -1;
-}
-
-/// Moves a descriptor out of the range of the standard streams.
-int MoveUp(int descriptor) {
-  if (descriptor < 0 || descriptor >= kFirstDescriptor) return descriptor;
-  const int moved = fcntl(descriptor, F_DUPFD_CLOEXEC, kFirstDescriptor);
-  const int error = errno;
-  close(descriptor);
-  errno = error;
-  return moved;
 }
 
 bool LockedByOthers(int descriptor, Share share, bool writing) {
@@ -70,13 +61,14 @@ int ErrorOfExisting(int descriptor, bool writing, struct stat& status) {
   return 0;
 }
 
-/// As open(2), but without cutting a file.
-int OpenUncut(const std::string& path, int flags, mode_t mode) {
-  return MoveUp(open(path.c_str(), (flags & ~O_TRUNC) | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, mode));
+/// As openat(2), but without cutting a file.
+int OpenUncut(int folder, const std::string& path, int flags, mode_t mode) {
+  constexpr int kAlways = O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
+  return MoveUp(openat(folder, path.c_str(), (flags & ~O_TRUNC) | kAlways, mode));
 }
 
-int CreateNew(const std::string& path, int flags, mode_t mode, Share share) {
-  const int descriptor = OpenUncut(path, flags | O_EXCL, mode);
+int CreateNew(int folder, const std::string& path, int flags, mode_t mode, Share share) {
+  const int descriptor = OpenUncut(folder, path, flags | O_EXCL, mode);
   if (descriptor < 0) return -1;
   lateLock = share != Share::kAnything ? LateLock{descriptor, false} : LateLock{};
   return descriptor;
@@ -89,43 +81,25 @@ bool MustNotBeRewritten(const struct stat& status) {
          (status.st_nlink > 1 || (status.st_mode & (S_ISUID | S_ISGID)) != 0);
 }
 
-/// Takes the name away from the file that was opened by it, not from what may
-/// have come there since. 0, or an errno value.
-int TakeNameFrom(const struct stat& opened, const std::string& path) {
-  struct stat named {};
-  if (lstat(path.c_str(), &named) != 0) return errno;
-  if (named.st_dev != opened.st_dev || named.st_ino != opened.st_ino) return EACCES;
-  return unlink(path.c_str()) == 0 ? 0 : errno;
-}
-
-/// Makes a new file in place of an open one, with its permissions only.
-int CreateInPlaceOf(const struct stat& existing, const std::string& path, int flags, Share share) {
-  errno = TakeNameFrom(existing, path);
-  if (errno != 0) return -1;
-  const mode_t mode = existing.st_mode & 0777;
-  const int descriptor = CreateNew(path, flags, mode, share);
-  // The umask may have held some back. A refusal leaves the file less open.
-  if (descriptor >= 0) fchmod(descriptor, mode);
-  return descriptor;
-}
-
-/// The descriptor of an empty file at `path`, where `descriptor` is open.
-int Cut(int descriptor, const struct stat& existing, const std::string& path, int flags,
-        Share share) {
-  if (!MustNotBeRewritten(existing)) {
-    return ftruncate(descriptor, 0) == 0 ? descriptor : CloseWithErrno(descriptor, errno);
-  }
-  const int replacement = CreateInPlaceOf(existing, path, flags, share);
-  CloseWithErrno(descriptor, errno);
-  return replacement;
+int Cut(int descriptor, const struct stat& existing) {
+  if (MustNotBeRewritten(existing)) return CloseWithErrno(descriptor, EMLINK);
+  return ftruncate(descriptor, 0) == 0 ? descriptor : CloseWithErrno(descriptor, errno);
 }
 
 }  // namespace
 
-int OpenDescriptor(const std::string& path, int flags, Share share) {
-  constexpr mode_t kMode = 0666;
-  if ((flags & O_EXCL) != 0) return CreateNew(path, flags, kMode, share);
-  const int descriptor = OpenUncut(path, flags, kMode);
+int MoveUp(int descriptor) {
+  if (descriptor < 0 || descriptor >= kFirstDescriptor) return descriptor;
+  const int moved = fcntl(descriptor, F_DUPFD_CLOEXEC, kFirstDescriptor);
+  const int error = errno;
+  close(descriptor);
+  errno = error;
+  return moved;
+}
+
+int OpenDescriptorAt(int folder, const std::string& path, int flags, mode_t mode, Share share) {
+  if ((flags & O_EXCL) != 0) return CreateNew(folder, path, flags, mode, share);
+  const int descriptor = OpenUncut(folder, path, flags, mode);
   if (descriptor < 0) return -1;
   const bool writing = (flags & O_ACCMODE) != O_RDONLY;
   struct stat existing {};
@@ -133,7 +107,11 @@ int OpenDescriptor(const std::string& path, int flags, Share share) {
   if (error != 0) return CloseWithErrno(descriptor, error);
   lateLock = {};
   if (LockedByOthers(descriptor, share, writing)) return CloseWithErrno(descriptor, EWOULDBLOCK);
-  return (flags & O_TRUNC) != 0 ? Cut(descriptor, existing, path, flags, share) : descriptor;
+  return (flags & O_TRUNC) != 0 ? Cut(descriptor, existing) : descriptor;
+}
+
+int OpenDescriptor(const std::string& path, int flags, Share share) {
+  return OpenDescriptorAt(AT_FDCWD, path, flags, 0666, share);
 }
 
 }  // namespace platform
@@ -166,12 +144,6 @@ FILETIME FileTimeOf(const timespec& time) {
   return platform::FileTimeOfTimespec(time.tv_sec, static_cast<std::uint32_t>(time.tv_nsec));
 }
 
-timespec TimespecOf(const FILETIME* time) {
-  if (time == nullptr) return {0, UTIME_OMIT};
-  const auto units = ULONGLONG{time->dwHighDateTime} << 32 | time->dwLowDateTime;
-  return {platform::SecondsOfFileTime(*time), static_cast<long>(units % 10'000'000 * 100)};
-}
-
 template <class Call>
 ssize_t RetryInterrupted(Call call) {
   ssize_t result = 0;
@@ -182,6 +154,12 @@ ssize_t RetryInterrupted(Call call) {
 }
 
 }  // namespace
+
+timespec platform::TimespecOf(const FILETIME* time) {
+  if (time == nullptr) return {0, UTIME_OMIT};
+  const auto units = ULONGLONG{time->dwHighDateTime} << 32 | time->dwLowDateTime;
+  return {SecondsOfFileTime(*time), static_cast<long>(units % 10'000'000 * 100)};
+}
 
 HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES*, DWORD disposition,
                    DWORD flags, HANDLE) {
@@ -302,6 +280,25 @@ BOOL GetFileTime(HANDLE file, FILETIME* creation, FILETIME* lastAccess, FILETIME
 
 BOOL SetFileTime(HANDLE file, const FILETIME*, const FILETIME* lastAccess,
                  const FILETIME* lastWrite) {
-  const timespec times[] = {TimespecOf(lastAccess), TimespecOf(lastWrite)};
+  const timespec times[] = {platform::TimespecOf(lastAccess), platform::TimespecOf(lastWrite)};
   return futimens(DescriptorOf(file), times) == 0 ? TRUE : FailWithErrno(errno);
+}
+
+namespace {
+
+platform::FileIdentity IdentityIf(bool isKnown, const struct stat& status) {
+  if (!isKnown) return {};
+  return {status.st_dev, status.st_ino};
+}
+
+}  // namespace
+
+platform::FileIdentity platform::IdentityOf(HANDLE file) {
+  struct stat status {};
+  return IdentityIf(fstat(DescriptorOf(file), &status) == 0, status);
+}
+
+platform::FileIdentity platform::IdentityOfPath(const std::wstring& path) {
+  struct stat status {};
+  return IdentityIf(stat(ToNativePath(path).c_str(), &status) == 0, status);
 }

@@ -121,6 +121,19 @@ MORVUNP_API BOOL SetFileTime(HANDLE file, const FILETIME* creation, const FILETI
 
 namespace platform {
 
+/// What tells one file of the system from all others, whatever its name.
+struct FileIdentity {
+  ULONGLONG device = 0;
+  ULONGLONG number = 0;
+
+  bool operator==(const FileIdentity&) const = default;
+};
+
+/// Of an open file; all zero where it cannot be told.
+MORVUNP_API FileIdentity IdentityOf(HANDLE file);
+/// Of what a path leads to; all zero where it leads nowhere.
+MORVUNP_API FileIdentity IdentityOfPath(const std::wstring& path);
+
 /// The path of an existing file or folder with every symbolic link in it
 /// resolved. Empty, with the reason in GetLastError, when there is none.
 MORVUNP_API std::wstring ResolvedPath(const std::wstring& path);

@@ -8,18 +8,14 @@
 #include "rar/enginename.h"
 
 // Last, because it defines names of the platform layer as macros.
-#ifndef _WIN32
 #define _UNIX
-#endif
 #include <unrar/dll.hpp>
-#ifndef _WIN32
 #undef HANDLE
 #undef LONG
 #undef LPARAM
 #undef UINT
 #undef CALLBACK
 #undef PASCAL
-#endif
 
 namespace rar {
 namespace {
@@ -109,6 +105,7 @@ class Engine::Stream {
   }
   int ReadHeader(Buffers& buffers) { return buffers.ReadHeader(m_hArchive); }
   int Skip() { return RARProcessFileW(m_hArchive, RAR_SKIP, nullptr, nullptr); }
+  int Test() { return RARProcessFileW(m_hArchive, RAR_TEST, nullptr, nullptr); }
   int Extract(wchar_t* path) { return RARProcessFileW(m_hArchive, RAR_EXTRACT, nullptr, path); }
 
  private:
@@ -117,6 +114,14 @@ class Engine::Stream {
 
 bool Header::IsFolder() const { return (flags & RHDF_DIRECTORY) != 0; }
 bool Header::IsEncrypted() const { return (flags & RHDF_ENCRYPTED) != 0; }
+bool Header::IsOldLink() const {
+  constexpr DWORD kFileType = 0170000;
+  constexpr DWORD kLink = 0120000;
+  const bool isLink =
+      redirection == Redirection::kSymbolicLink ||
+      (redirection == Redirection::kNone && isUnix && (attributes & kFileType) == kLink);
+  return isLink && unpackVersion < kRar5 && source.empty();
+}
 bool Header::HidesWrongPassword() const { return IsEncrypted() && unpackVersion < kRar5; }
 bool Header::IsSplitAfter() const { return (flags & RHDF_SPLITAFTER) != 0; }
 bool Header::IsContinuation() const { return (flags & RHDF_SPLITBEFORE) != 0; }
@@ -210,21 +215,32 @@ int Engine::Skip() {
   return m_nLost;
 }
 
-int Engine::Extract(const std::wstring& path) {
+template <class Process>
+int Engine::ProcessItem(Process process) {
   if (!m_bHasItem) return ERAR_UNKNOWN;
-  std::wstring name = ToEngineName(path);
   if (m_pData == nullptr) {
     m_bHasItem = false;
-    const int code = m_pWalk->Extract(name.data());
+    const int code = process(*m_pWalk);
     if (!KeepsItsPlace(code)) m_nLost = code;
     return code;
   }
   int code = Follow();
-  if (code == kSuccess) code = m_pData->Extract(name.data());
+  if (code == kSuccess) code = process(*m_pData);
   Skip();
   if (!KeepsItsPlace(code)) m_nLost = code;
   return code;
 }
+
+int Engine::Test() {
+  return ProcessItem([](Stream& stream) { return stream.Test(); });
+}
+
+int Engine::Extract(const std::wstring& path) {
+  std::wstring name = ToEngineName(path);
+  return ProcessItem([&](Stream& stream) { return stream.Extract(name.data()); });
+}
+
+bool Engine::IsVolume() const { return m_pBuffers->HasOpened(ROADF_VOLUME); }
 
 /// Brings the handle that extracts to the item in hand, decoding what lies
 /// between. Continuations are no items, and a listing leaves them out.

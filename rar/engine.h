@@ -64,13 +64,16 @@ struct Header {
   /// `attributes` is a Unix mode.
   bool isUnix = false;
   Redirection redirection = Redirection::kNone;
-  /// Path of the item that a hard link or a copy repeats.
+  /// Path of the item that a hard link or a copy repeats, or what a symbolic
+  /// link says.
   std::wstring source;
 
   bool IsFolder() const;
   /// A folder of its own, not a link to one.
   bool IsPlainFolder() const { return IsFolder() && redirection == Redirection::kNone; }
   bool IsEncrypted() const;
+  /// A symbolic link of the old format, whose data is what it says.
+  bool IsOldLink() const;
   /// Encrypted, and a wrong password shows no otherwise than damage.
   bool HidesWrongPassword() const;
   /// The file goes on in the next volume.
@@ -106,9 +109,15 @@ class Engine {
   /// Passes over the item; kSuccess at once when there is none. A walk ends
   /// where this fails.
   int Skip();
+  /// Decodes and checks the item and hands its data to the callback.
+  int Test();
   /// Writes the item to exactly this path, absolute and free of symbolic links:
   /// the engine replaces links on the way to it by folders.
   int Extract(const std::wstring& path);
+  /// The archive is one volume of a set.
+  bool IsVolume() const;
+  /// Number of headers walked to, the item's own included.
+  ULONGLONG Walked() const { return m_nWalked; }
 
   /// Calls go to `callback` until ClearCallback. Exceptions must not leave it.
   void SetCallback(Callback callback, LPARAM userData);
@@ -119,6 +128,8 @@ class Engine {
   struct Buffers;
 
   int Follow();
+  template <class Process>
+  int ProcessItem(Process process);
 
   std::unique_ptr<Buffers> m_pBuffers;
   /// Walks the headers, and extracts unless the archive is solid.

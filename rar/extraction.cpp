@@ -1,53 +1,45 @@
-// Unpacking, and the engine's calls back while it does.
+// Unpacking, and the engine's calls back while it does. The engine decodes and
+// checks; the files are written here.
 #include <algorithm>
+#include <cerrno>
 #include <functional>
 #include <optional>
 #include <utility>
 
-#include "frame/filesystem.h"
 #include "frame/itempath.h"
 #include "frame/keptexception.h"
-#include "frame/keyedhash.h"
 #include "frame/lent.h"
-#include "frame/outputfolders.h"
-#include "frame/pathgate.h"
 #include "frame/progress.h"
-#include "frame/replace.h"
 #include "morvunp/dostime.h"
 #include "morvunp/outputplace.h"
 #include "morvunp/rarunpacker.h"
+#include "output/pathgate.h"
+#include "output/root.h"
+#include "output/walk.h"
 #include "rar/callbacks.h"
 #include "rar/engine.h"
 #include "rar/enginename.h"
-#include "rar/linktarget.h"
-#include "rar/outputfile.h"
+#include "rar/oldlink.h"
 #include "rar/password.h"
+
+using morvunp::ItemReason;
+using morvunp::ItemResult;
 
 namespace rar {
 
 /// What the items of one run share.
 struct Run {
-  const std::wstring& target;
-  /// The place of the item with this path.
+  output::Root& root;
+  /// The place of the item with this path; none in an operation of one item.
   std::function<std::optional<OutputPlace>(const std::wstring& path)> placeOf;
-  /// The folder that the last file went into, and its resolved path.
-  std::wstring folder;
-  std::wstring resolvedFolder;
-  /// By the hash of each path written, the hash of its item's path.
-  std::unordered_map<std::size_t, std::size_t, frame::KeyedHash> written;
+  OldLinks oldLinks;
+  /// The rest of the data in hand is not wanted: its file cannot be written.
+  bool isDropped = false;
 };
 
 }  // namespace rar
 
 namespace {
-
-std::size_t HashOf(const std::wstring& path) { return std::hash<std::wstring>{}(path); }
-
-bool IsRegularFile(const std::wstring& path) {
-  const DWORD attributes = GetFileAttributesW(path.c_str());
-  return attributes != INVALID_FILE_ATTRIBUTES &&
-         (attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT)) == 0;
-}
 
 bool IsRepetition(const rar::Header& header) {
   return header.redirection == rar::Redirection::kHardLink ||
@@ -56,171 +48,173 @@ bool IsRepetition(const rar::Header& header) {
 
 /// Permission bits for the file, before the umask.
 DWORD ModeOf(const rar::Header& header) {
-  if (header.isUnix) return header.attributes & 07777;
+  if (header.isUnix) return header.attributes & 0777;
   return (header.attributes & FILE_ATTRIBUTE_READONLY) != 0 ? 0444 : 0666;
 }
 
-std::size_t FoldersIn(std::wstring_view path) {
-  return static_cast<std::size_t>(std::count(path.begin(), path.end(), frame::kSeparator));
+output::FileFacts FactsOf(const rar::Header& header) {
+  output::FileFacts facts;
+  const bool isDated = header.modified.dwLowDateTime != 0 || header.modified.dwHighDateTime != 0;
+  if (isDated) facts.lastWrite = header.modified;
+  facts.attributes = FILE_ATTRIBUTE_UNIX_EXTENSION | ModeOf(header) << 16;
+  return facts;
 }
 
-/// The engine has said that all went well, which does not mean that there is a
-/// file: it makes no link that it takes for unsafe, and says nothing.
-RarProblem LookAt(const std::wstring& path, const rar::Header& header, std::size_t depth) {
-  // The engine heeds neither the umask of now nor the danger of set-uid. This
-  // fails for a link, where nothing is, and where files have no modes.
-  const DWORD mode = FILE_ATTRIBUTE_UNIX_EXTENSION | ModeOf(header) << 16;
-  if (SetFileAttributesW(path.c_str(), mode) != FALSE) return RarProblem::kNone;
-  const DWORD attributes = GetFileAttributesW(path.c_str());
-  const bool isLink = header.redirection == rar::Redirection::kSymbolicLink;
-  if (attributes == INVALID_FILE_ATTRIBUTES) {
-    return isLink ? RarProblem::kUnsafeLink : RarProblem::kCannotWrite;
-  }
-  if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) return RarProblem::kNone;
-  if (rar::StaysInside(platform::LinkTarget(path), depth)) return RarProblem::kNone;
-  DeleteFileW(path.c_str());
-  return RarProblem::kUnsafeLink;
-}
+bool IsFull(int systemError) { return systemError == ENOSPC || systemError == EDQUOT; }
 
 }  // namespace
 
-bool CRarUnpacker::Report(RarProblem problem) {
-  if (m_reportProblem) {
-    const bool isVolume = problem == RarProblem::kMissingVolume;
-    m_reportProblem(m_hArchive->Current().path, problem,
-                    isVolume ? m_strMissingVolume : std::wstring());
-  }
-  return false;
+output::Root CRarUnpacker::RootAt(const std::wstring& target) {
+  return {m_state, target, [this](const std::wstring& folder) { UpdateFileTree(folder); }};
+}
+
+output::Item CRarUnpacker::CurrentItem(const std::wstring& path) const {
+  return {GetPosition(), path, m_nTotal, TimeOfDosDateTime(m_nFileTime).value_or(0)};
 }
 
 // One file.
 
 bool CRarUnpacker::UnpackCurrentFile(const std::wstring& name, const std::wstring& folder) {
   if (!m_hArchive->HasItem() || m_hArchive->Current().IsPlainFolder()) return false;
+  output::Root root = RootAt(folder);
+  rar::Run run{root, {}, rar::OldLinks(m_strArchive)};
+  const frame::Lent lent(m_pRun, run);
+  root.Begin(CurrentItem(m_hArchive->Current().path));
+  const std::wstring& inside = m_hArchive->Current().path;
+  const bool isSafe = IsSafeItem(inside, frame::NameOf(inside)) && output::IsSafePath(name, false);
+  if (!isSafe || m_hArchive->Current().isPathCut) {
+    return root.Report().Tell(ItemResult::kRefused, ItemReason::kUnsafeName);
+  }
+  if (!frame::HasParent(name)) return UnpackAt({folder, name});
+  return UnpackAt({frame::Join(folder, frame::ParentOf(name)), std::wstring(frame::NameOf(name))});
+}
+
+/// The current item, which is the one in hand.
+bool CRarUnpacker::WriteItem(const OutputPlace& place) {
+  const rar::Header& header = m_hArchive->Current();
+  output::Reporter& report = m_pRun->root.Report();
+  if (!IsSafeItem(header.path, frame::NameOf(header.path))) {
+    return report.Tell(ItemResult::kRefused, ItemReason::kUnsafeName);
+  }
+  if (header.isPathCut) return report.Tell(ItemResult::kRefused, ItemReason::kNameTooLong);
+  if (place.name.empty()) return m_pRun->root.MakeFolder(place.folder);
+  return UnpackAt(place);
+}
+
+bool CRarUnpacker::UnpackAt(const OutputPlace& place) {
+  output::Root& root = m_pRun->root;
+  if (m_hArchive->Current().IsContinuation()) {
+    return root.Report().Tell(ItemResult::kFailed, ItemReason::kBeginsEarlier);
+  }
+  if (!root.Enter(place)) return false;
+  m_state.m_bCancel = 0;
+  const output::Root::Answer answer = root.Decide();
+  if (answer == output::Root::Answer::kDeclined && m_state.m_bCancel == 0) PassOver();
+  if (answer != output::Root::Answer::kWrite) return false;
+  m_state.m_bStopRequest = 0;
+  frame::SendProgress(m_state, 0, m_strCurrentName);
+  m_nDone = 0;
   {
     const rar::Callbacks callbacks(*m_hArchive, CallbackProc, this);
-    if (!UnpackItem(name, folder)) return false;
+    if (!Write()) return false;
   }
   UpdateFileTree(m_state.m_strLastTarget);
   return true;
 }
 
-bool CRarUnpacker::UnpackItem(const std::wstring& name, const std::wstring& folder) {
-  m_state.m_strLastTarget = frame::Join(folder, name);
+bool CRarUnpacker::Write() {
   const rar::Header& header = m_hArchive->Current();
-  if (header.IsContinuation()) return Report(RarProblem::kBeginsEarlier);
-  if (header.isPathCut || !frame::IsSafePath(name, false)) return Report(RarProblem::kUnsafeName);
-  const std::wstring path = OutputPath(name, folder);
-  if (path.empty()) return Report(RarProblem::kCannotWrite);
-  if (path.size() > rar::kLongestOutputPath) return Report(RarProblem::kUnsafeName);
-  const bool isNew = !frame::FileExists(path);
-  if (!isNew && !MayReplace(path)) return false;
-  m_state.m_bCancel = 0;
-  m_state.m_bStopRequest = 0;
-  frame::SendProgress(m_state, 0, m_strCurrentName);
-  m_nDone = 0;
-  const bool isInRun = m_pRun != nullptr && folder.starts_with(m_pRun->target);
-  const std::size_t above = isInRun ? m_pRun->target.size() : folder.size();
-  const std::wstring& target = m_state.m_strLastTarget;
-  const std::size_t depth = FoldersIn(target.substr(above + 1));
-  const RarProblem problem = isNew ? Write(path, depth) : Replace(path, depth);
-  if (problem != RarProblem::kNone) {
-    if (m_state.m_bCancel == 0) Report(problem);
+  if (IsRepetition(header)) return Repeat(FactsOf(header));
+  if (header.IsOldLink()) return WriteOldLink();
+  if (header.redirection == rar::Redirection::kSymbolicLink) {
+    return m_pRun->root.MakeLink(header.source, &header.modified);
+  }
+  return WriteData();
+}
+
+bool CRarUnpacker::WriteData() {
+  output::Root& root = m_pRun->root;
+  m_pRun->isDropped = false;
+  // A copy: behind it the engine may stand elsewhere.
+  const output::FileFacts facts = FactsOf(m_hArchive->Current());
+  const int code = m_hArchive->Test();
+  if (code != rar::kSuccess || m_pRun->isDropped || m_pThrown) root.Out().Remove();
+  frame::ThrowKept(m_pThrown);
+  if (code != rar::kSuccess) return Fail(code);
+  if (m_pRun->isDropped) return false;
+  // An empty file comes into being here.
+  if (!root.Out().IsOpen() &&
+      !root.Open(output::Placing::kBeside, *facts.attributes >> 16 & 0777)) {
     return false;
   }
-  if (m_pRun != nullptr) m_pRun->written[HashOf(target)] = HashOf(header.path);
-  return true;
+  return root.Out().Finish(facts);
 }
 
-/// The path of the output file without any symbolic link before its name, as
-/// the engine needs it. Empty when its folder does not exist.
-std::wstring CRarUnpacker::OutputPath(const std::wstring& name, const std::wstring& folder) {
-  std::wstring parent = folder;
-  if (frame::HasParent(name)) {
-    parent = frame::Join(folder, frame::ParentOf(name));
-    if (!MakeOutputFolder(parent, folder)) return {};
+/// The engine's answer is told, and shown where it has a message.
+bool CRarUnpacker::Fail(int code) {
+  output::Reporter& report = m_pRun->root.Report();
+  if (m_state.m_bCancel != 0) {
+    return report.Tell(ItemResult::kFailed, ItemReason::kInterrupted);
   }
-  if (m_pRun == nullptr) {
-    const std::wstring resolved = platform::ResolvedPath(parent);
-    return resolved.empty() ? resolved : frame::Join(resolved, frame::NameOf(name));
-  }
-  if (m_pRun->resolvedFolder.empty() || m_pRun->folder != parent) {
-    m_pRun->folder = parent;
-    m_pRun->resolvedFolder = platform::ResolvedPath(parent);
-  }
-  if (m_pRun->resolvedFolder.empty()) return {};
-  return frame::Join(m_pRun->resolvedFolder, frame::NameOf(name));
-}
-
-/// Decides where something exists.
-bool CRarUnpacker::MayReplace(const std::wstring& path) {
-  // An archive that is being read is not to be replaced by its own content.
-  if (path == platform::ResolvedPath(m_strArchive)) return Report(RarProblem::kCannotWrite);
-  const frame::NewFile item{m_nTotal, TimeOfDosDateTime(m_nFileTime).value_or(0)};
-  m_state.m_bCancel = 0;
-  if (frame::MayWrite(m_state, m_state.m_strLastTarget, item, frame::Protection::kLeave)) {
-    return true;
-  }
-  if (m_state.m_bCancel == 0) PassOver();
-  return false;
-}
-
-RarProblem CRarUnpacker::Replace(const std::wstring& path, std::size_t depth) {
-  rar::ExistingFile existing(path);
-  if (!existing.IsAway()) return RarProblem::kCannotWrite;
-  const RarProblem problem = Write(path, depth);
-  if (problem == RarProblem::kNone) existing.Discard();
-  return problem;
-}
-
-RarProblem CRarUnpacker::Write(const std::wstring& path, std::size_t depth) {
-  return IsRepetition(m_hArchive->Current()) ? Repeat(path) : Extract(path, depth);
-}
-
-RarProblem CRarUnpacker::Extract(const std::wstring& path, std::size_t depth) {
-  const rar::Header& header = m_hArchive->Current();
-  const int code = m_hArchive->Extract(path);
-  frame::ThrowKept(m_pThrown);
-  if (m_state.m_bCancel != 0) return RarProblem::kCannotWrite;
-  if (code == rar::kSuccess) return LookAt(path, header, depth);
   rar::ShowProblem(code);
-  return ProblemOf(code, header.HidesWrongPassword());
+  const ItemReason reason = ProblemOf(code, m_hArchive->Current().HidesWrongPassword());
+  const bool isVolume = reason == ItemReason::kMissingVolume;
+  return report.Tell(ItemResult::kFailed, reason, isVolume ? m_strMissingVolume : std::wstring());
 }
 
-/// Writes a hard link or a copy, which the engine would look for in the folder
-/// that the process happens to be in.
-RarProblem CRarUnpacker::Repeat(const std::wstring& path) {
+/// What the archive does not tell, the engine does by making the link, where
+/// nobody else can look.
+bool CRarUnpacker::WriteOldLink() {
+  constexpr LPCWSTR kName = L"link";
   const rar::Header& header = m_hArchive->Current();
-  if (m_pRun == nullptr || !frame::IsSafePath(header.source, true)) return RarProblem::kNoSource;
-  const std::optional<OutputPlace> place = m_pRun->placeOf(header.source);
-  if (!place) return RarProblem::kNoSource;
-  const std::wstring source = place->Path();
-  const auto written = m_pRun->written.find(HashOf(source));
-  const bool isOurs = written != m_pRun->written.end() && written->second == HashOf(header.source);
-  if (!isOurs || !IsRegularFile(source)) return RarProblem::kNoSource;
-  const bool isLinked = header.redirection == rar::Redirection::kHardLink &&
-                        CreateHardLinkW(path.c_str(), source.c_str(), nullptr) != FALSE;
-  // A file system without hard links can still hold the content.
-  if (isLinked) return RarProblem::kNone;
-  if (CopyFileW(source.c_str(), path.c_str(), TRUE) == FALSE) return RarProblem::kCannotWrite;
-  const frame::OpenFile file(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
-                                         OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
-  if (file.IsOpen()) SetFileTime(file.Get(), nullptr, nullptr, &header.modified);
-  return LookAt(path, header, 0);
+  output::Root& root = m_pRun->root;
+  const bool isAlone = !m_hArchive->IsVolume();
+  if (const auto target =
+          isAlone ? m_pRun->oldLinks.TargetOf(m_hArchive->Walked() - 1, header) : std::nullopt) {
+    return root.MakeLink(*target, &header.modified);
+  }
+  const std::wstring folder = root.MakePrivateFolder();
+  if (folder.empty()) return root.Report().TellRefusal();
+  const FILETIME modified = header.modified;
+  const std::wstring parent = frame::Join(platform::ResolvedPath(root.Target()), folder);
+  const int code = m_hArchive->Extract(frame::Join(parent, kName));
+  const std::wstring target = root.TakeLinkFrom(folder, kName);
+  root.RemovePrivateFolder(folder);
+  frame::ThrowKept(m_pThrown);
+  if (code != rar::kSuccess) return Fail(code);
+  // The engine makes no link that it takes for unsafe, and says nothing.
+  if (target.empty()) return root.Report().Tell(ItemResult::kRefused, ItemReason::kUnsafeLink);
+  return root.MakeLink(target, &modified);
+}
+
+/// Writes a hard link or a copy.
+bool CRarUnpacker::Repeat(const output::FileFacts& facts) {
+  const rar::Header& header = m_hArchive->Current();
+  output::Root& root = m_pRun->root;
+  std::optional<OutputPlace> source;
+  if (m_pRun->placeOf && output::IsSafePath(header.source, true)) {
+    source = m_pRun->placeOf(header.source);
+  }
+  if (!source) return root.Report().Tell(ItemResult::kRefused, ItemReason::kNoSource);
+  return header.redirection == rar::Redirection::kHardLink
+             ? root.MakeHardLink(*source, header.source, facts)
+             : root.Copy(*source, header.source, facts);
 }
 
 bool CRarUnpacker::UnpackFile(const std::wstring& path, const std::wstring& target) {
   RARFILEFULLINFO info;
-  if (!LocateFile(path, info)) return false;
+  if (!LocateFile(path, info) || m_hArchive->Current().IsPlainFolder()) return false;
   const std::wstring name = m_strCurrentName;
+  output::Root root = RootAt(target);
+  rar::Run run{root, {}, rar::OldLinks(m_strArchive)};
+  const frame::Lent lent(m_pRun, run);
+  root.Begin(CurrentItem(info.strPath));
   if (!IsSafeItem(info.strPath, frame::NameOf(info.strPath))) {
-    return Report(RarProblem::kUnsafeName);
+    return root.Report().Tell(ItemResult::kRefused, ItemReason::kUnsafeName);
   }
-  if (!LocateSource()) return Report(RarProblem::kNoSource);
+  if (!LocateSource()) return root.Report().Tell(ItemResult::kRefused, ItemReason::kNoSource);
   m_strCurrentName = name;
-  const auto report = [this](const std::wstring& folder) { UpdateFileTree(folder); };
-  frame::OutputFolders folders(m_state, target, report);
-  return frame::WriteItem(*this, folders, PlaceOfFile(m_state.m_iniUnpack, path, target));
+  return UnpackAt(PlaceOfFile(m_state.m_iniUnpack, path, target));
 }
 
 /// Alone, a hard link or a copy comes out with the data of the item that it
@@ -240,8 +234,9 @@ bool CRarUnpacker::LocateSource() {
 
 template <class PlaceOf>
 bool CRarUnpacker::UnpackItems(const std::wstring& target, PlaceOf placeOf) {
+  output::Root root = RootAt(target);
   const auto placeOfFile = [&](const std::wstring& path) { return placeOf(path, false); };
-  rar::Run run{target, placeOfFile, {}, {}, {}};
+  rar::Run run{root, placeOfFile, rar::OldLinks(m_strArchive)};
   const frame::Lent lent(m_pRun, run);
   const auto place = [&](const RARFILEFULLINFO& info) -> std::optional<OutputPlace> {
     const rar::Header& header = m_hArchive->Current();
@@ -250,14 +245,37 @@ bool CRarUnpacker::UnpackItems(const std::wstring& target, PlaceOf placeOf) {
     if (header.IsContinuation() && m_nHeader > 1) return std::nullopt;
     return placeOf(info.strPath, header.IsPlainFolder());
   };
-  const auto isSafe = [this] {
-    const rar::Header& header = m_hArchive->Current();
-    const bool isSafePath = IsSafeItem(header.path, frame::NameOf(header.path));
-    return (isSafePath && !header.isPathCut) || Report(RarProblem::kUnsafeName);
-  };
-  return frame::UnpackByWalking<RARFILEFULLINFO>(
-      *this, m_state, target, [this](const std::wstring& folder) { UpdateFileTree(folder); }, place,
-      isSafe);
+  const auto itemOf = [this](const RARFILEFULLINFO& info) { return CurrentItem(info.strPath); };
+  const bool result = output::UnpackByWalking<RARFILEFULLINFO>(
+      *this, m_state, root, place, itemOf,
+      [this](output::Root&, const OutputPlace& to) { return WriteItem(to); });
+  TellRest(place);
+  return result;
+}
+
+/// Where the engine has lost its place, or a volume is missing, the items
+/// behind are found by another walk, as far as there are headers.
+template <class PlaceOf>
+void CRarUnpacker::TellRest(PlaceOf placeOf) {
+  output::Reporter& report = m_pRun->root.Report();
+  morvunp::RunReport end{m_nWalkProblem, 0, m_strMissingVolume};
+  if (IsFull(report.LastFailure().systemError)) end = report.LastFailure();
+  if (m_state.m_bCancel != 0) end = {ItemReason::kInterrupted};
+  const std::wstring missing = m_strMissingVolume;
+  end.detail = end.reason == ItemReason::kMissingVolume ? missing : std::wstring_view();
+  const ItemReason problem = m_nWalkProblem;
+  if (m_state.m_reportItem && problem != ItemReason::kNone && m_nItems != 0) {
+    const ULONGLONG last = GetPosition();
+    WalkItems<RARFILEFULLINFO>(*this, [&](const RARFILEFULLINFO& info) {
+      if (GetPosition() > last && placeOf(info)) {
+        report.TellNotReached(CurrentItem(info.strPath), end.reason);
+      }
+      return true;
+    });
+    m_nWalkProblem = problem;
+    m_strMissingVolume = missing;
+  }
+  report.TellEnd(end.reason, end.systemError, end.detail);
 }
 
 bool CRarUnpacker::UnpackFolder(const std::wstring& path, const std::wstring& target) {
@@ -291,13 +309,27 @@ int CRarUnpacker::OnCallback(UINT message, LPARAM p1, LPARAM p2) {
       m_strMissingVolume = platform::ToLibraryPath(reinterpret_cast<const char*>(p1));
       return rar::kStop;
     case rar::kProcessData:
-      m_nDone += static_cast<ULONGLONG>(p2);
-      return frame::ReportBlock(m_state, m_nDone, m_nTotal) ? rar::kGoOn : rar::kStop;
+      return OnData(reinterpret_cast<const void*>(p1), static_cast<std::size_t>(p2));
     case rar::kNeedPassword:
       return OnPasswordNeeded(reinterpret_cast<char*>(p1), static_cast<std::size_t>(p2));
     default:
       return rar::kGoOn;
   }
+}
+
+/// A file comes into being with its first byte. One that cannot be written is
+/// decoded to its end, because the engine loses its place when it is stopped;
+/// but there is no going on without space.
+int CRarUnpacker::OnData(const void* bytes, std::size_t length) {
+  output::Root& root = m_pRun->root;
+  if (length != 0 && !m_pRun->isDropped) {
+    const DWORD mode = ModeOf(m_hArchive->Current());
+    m_pRun->isDropped = !(root.Out().IsOpen() || root.Open(output::Placing::kBeside, mode)) ||
+                        !root.Out().Write(bytes, static_cast<DWORD>(length));
+    if (m_pRun->isDropped && IsFull(root.Report().LastFailure().systemError)) return rar::kStop;
+  }
+  m_nDone += length;
+  return frame::ReportBlock(m_state, m_nDone, m_nTotal) ? rar::kGoOn : rar::kStop;
 }
 
 int CRarUnpacker::OnPasswordNeeded(char* buffer, std::size_t capacity) {

@@ -13,6 +13,9 @@
 #include "rar/callbacks.h"
 #include "rar/engine.h"
 #include "rar/password.h"
+#include "rar/volumes.h"
+
+using morvunp::ItemReason;
 
 static_assert(Unpacker<CRarUnpacker>);
 
@@ -53,8 +56,9 @@ void CRarUnpacker::SetWndFileTree(CWnd* window) { m_state.m_pWndFileTree = windo
 
 void CRarUnpacker::SetHandleDialogProgress(HWND dialog) { m_state.m_hDialogProgress = dialog; }
 
-void CRarUnpacker::SetProblemReport(RarProblemReport report) {
-  m_reportProblem = std::move(report);
+void CRarUnpacker::SetItemReport(morvunp::ItemReportFunction item, morvunp::RunReportFunction run) {
+  m_state.m_reportItem = std::move(item);
+  m_state.m_reportRun = std::move(run);
 }
 
 // Opening and closing.
@@ -63,11 +67,12 @@ bool CRarUnpacker::OpenArchive(const std::wstring& path) {
   m_strArchive = path;
   if (m_state.m_bKeepYesToAll == 0) m_state.m_iniYesToAll = {};
   m_bPasswordSet = 0;
-  m_nWalkProblem = RarProblem::kNone;
+  m_nWalkProblem = ItemReason::kNone;
   const bool isOpen = m_hArchive->Open(path);
   m_nHeader = isOpen ? 0 : -1;
+  m_state.m_archiveFiles = rar::FilesOfSet(path, isOpen && m_hArchive->IsVolume());
   if (m_hArchive->HasEncryptedHeaders() && !AskForHeaders()) {
-    m_nWalkProblem = RarProblem::kNoPassword;
+    m_nWalkProblem = ItemReason::kNoPassword;
     return false;
   }
   return isOpen;
@@ -97,8 +102,9 @@ bool CRarUnpacker::CloseArchive() { return m_hArchive->Close(); }
 // The walk and the records.
 
 bool CRarUnpacker::FindFile() {
-  m_nWalkProblem = RarProblem::kNone;
+  m_nWalkProblem = ItemReason::kNone;
   m_bContinuations = 0;
+  m_nItems = 0;
   m_strMissingVolume.clear();
   const bool isOpen = m_hArchive->Open(m_strArchive);
   if (m_hArchive->HasEncryptedHeaders() && m_bPasswordSet != 0) UsePassword();
@@ -126,7 +132,7 @@ int CRarUnpacker::ReadHeader() {
   if (code == rar::kSuccess) code = m_hArchive->ReadHeader();
   if (code != rar::kSuccess) {
     const bool isKeyTried = isAtStart && m_hArchive->HasEncryptedHeaders();
-    if (m_nWalkProblem == RarProblem::kNone) m_nWalkProblem = ProblemOf(code, isKeyTried);
+    if (m_nWalkProblem == ItemReason::kNone) m_nWalkProblem = ProblemOf(code, isKeyTried);
     return code;
   }
   const rar::Header& header = m_hArchive->Current();
@@ -134,31 +140,35 @@ int CRarUnpacker::ReadHeader() {
   m_nTotal = header.unpackedSize;
   m_nFileTime = header.time;
   if (header.IsContinuation()) m_bContinuations = 1;
+  // Of an archive that is opened in the midst, the rest of a file is an item.
+  if (!header.IsContinuation() || m_nItems == 0) ++m_nItems;
   return code;
 }
 
-RarProblem CRarUnpacker::ProblemOf(int code, bool isEncrypted) const {
+ItemReason CRarUnpacker::ProblemOf(int code, bool isEncrypted) const {
   switch (code) {
     case rar::kSuccess:
     case rar::kEndOfArchive:
-      return RarProblem::kNone;
+      return ItemReason::kNone;
     case rar::kBadPassword:
-      return RarProblem::kWrongPassword;
+      return ItemReason::kWrongPassword;
     case rar::kMissingPassword:
-      return RarProblem::kNoPassword;
+      return ItemReason::kNoPassword;
     case rar::kCannotOpen:
-      return RarProblem::kMissingVolume;
+      return ItemReason::kMissingVolume;
     case rar::kCannotCreate:
     case rar::kCannotWrite:
-      return RarProblem::kCannotWrite;
+      return ItemReason::kSystem;
     case rar::kNoMemory:
-      return RarProblem::kNoMemory;
+      return ItemReason::kNoMemory;
     default:
-      return isEncrypted ? RarProblem::kWrongPasswordOrDamaged : RarProblem::kDamaged;
+      return isEncrypted ? ItemReason::kWrongPasswordOrDamaged : ItemReason::kDamaged;
   }
 }
 
-RarProblem CRarUnpacker::GetWalkProblem() const { return m_nWalkProblem; }
+ItemReason CRarUnpacker::GetWalkProblem() const { return m_nWalkProblem; }
+
+ULONGLONG CRarUnpacker::GetPosition() const { return m_nItems != 0 ? m_nItems - 1 : 0; }
 
 bool CRarUnpacker::HasContinuations() const { return m_bContinuations != 0; }
 

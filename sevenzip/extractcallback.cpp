@@ -13,15 +13,11 @@ bool IsSize(VARTYPE type) {
 
 }  // namespace
 
-void C7zExtractCallback::Init(IInArchive* archive, const std::wstring& directoryPath,
-                              const std::wstring& filePath, C7zUnpacker& unpacker) {
+void C7zExtractCallback::Init(IInArchive* archive, output::Root& root, C7zUnpacker& unpacker) {
   m_pArchive = ComPtr<IInArchive>(archive);
+  m_pRoot = &root;
   m_pUnpacker = &unpacker;
   m_nCompletedBase = 0;
-  m_strFilePath = filePath;
-  m_strDirectoryPath = directoryPath;
-  const bool isOpenEnded = !directoryPath.empty() && !directoryPath.ends_with(frame::kSeparator);
-  if (isOpenEnded) m_strDirectoryPath += frame::kSeparator;
 }
 
 HRESULT C7zExtractCallback::SetTotal(ULONGLONG total) {
@@ -35,10 +31,9 @@ HRESULT C7zExtractCallback::SetCompleted(const ULONGLONG* completed) {
       m_pUnpacker->UpdateProgress(*completed - m_nCompletedBase, m_nItemTotal, {});
     }
     if (frame::MayGoOn(m_pUnpacker->m_state)) return S_OK;
-    // Closed now, so that it can be deleted behind the engine.
-    if (m_pOutStream && m_pOutStream->File().IsOpen()) {
-      m_bInterruptedInFile = true;
-      m_pOutStream->File().Close();
+    if (m_pRoot->Out().IsOpen()) {
+      m_pRoot->Out().Remove();
+      m_pRoot->Report().Tell(morvunp::ItemResult::kFailed, morvunp::ItemReason::kInterrupted);
     }
     return E_ABORT;
   });
@@ -56,20 +51,22 @@ bool C7zExtractCallback::Process(DWORD index) {
     m_bReportProgress = false;
     return false;
   }
-  m_strFilePath = unpacker.m_strCurrentName;
-  m_strDirectoryPath = unpacker.m_strCurrentFolder + frame::kSeparator;
   return true;
+}
+
+HRESULT C7zExtractCallback::CryptoGetTextPassword(BSTR* password) {
+  const HRESULT result = m_password.Get(password);
+  m_bPasswordRefused = result == E_ABORT;
+  return result;
 }
 
 HRESULT C7zExtractCallback::GetStream(DWORD index, ISequentialOutStream** stream, LONG askMode) {
   *stream = nullptr;
   return Guarded([&]() -> HRESULT {
     m_pOutStream.Reset();
-    m_pUnpacker->m_verdict = SevenZipVerdict::kNone;
     m_bReportProgress = true;
-    if (m_pUnpacker->m_nMode != C7zUnpacker::kSingleItem && !Process(index)) {
-      return m_pUnpacker->m_bReplaceCancelled != 0 ? E_ABORT : S_OK;
-    }
+    m_bInHand = m_pUnpacker->m_nMode == C7zUnpacker::kSingleItem || Process(index);
+    if (!m_bInHand) return m_pUnpacker->m_bReplaceCancelled != 0 ? E_ABORT : S_OK;
     return askMode == kAskExtract ? CreateFileOf(index, stream) : S_OK;
   });
 }
@@ -77,10 +74,13 @@ HRESULT C7zExtractCallback::GetStream(DWORD index, ISequentialOutStream** stream
 HRESULT C7zExtractCallback::CreateFileOf(DWORD index, ISequentialOutStream** stream) {
   const HRESULT result = ReadProperties(index);
   if (result != S_OK) return result;
-  m_strDiskFilePath = m_strDirectoryPath + m_strFilePath;
   if (m_bIsDir) return S_OK;
+  const bool hasMode = m_bAttribDefined && (m_nAttrib & FILE_ATTRIBUTE_UNIX_EXTENSION) != 0;
+  std::optional<DWORD> mode;
+  if (hasMode) mode = m_nAttrib >> 16 & 0777;
+  if (!m_pRoot->Open(output::Placing::kInPlace, mode)) return E_ABORT;
   auto file = Create<COutFileStream>();
-  if (!file->Open(m_strDiskFilePath)) return E_ABORT;
+  file->Open(m_pRoot->Out());
   m_pOutStream = file;
   *stream = file.Detach();
   return S_OK;
@@ -116,29 +116,44 @@ HRESULT C7zExtractCallback::ReadProperties(DWORD index) {
 }
 
 HRESULT C7zExtractCallback::PrepareOperation(LONG askMode) {
-  m_bExtractMode = askMode == kAskExtract;
+  static_cast<void>(askMode);
   return S_OK;
 }
 
 HRESULT C7zExtractCallback::SetOperationResult(LONG result) {
-  return Guarded([&] {
-    m_pUnpacker->m_verdict = result == kResultOk ? SevenZipVerdict::kGood : SevenZipVerdict::kBad;
+  return Guarded([&]() -> HRESULT {
     m_nCompletedBase += m_nItemTotal;
-    const HRESULT finished = m_pOutStream ? FinishFile() : S_OK;
-    m_pOutStream.Reset();
-    return finished;
+    if (m_pOutStream) {
+      m_pOutStream.Reset();
+      return FinishFile(result);
+    }
+    // Behind damage the engine decodes a block's items without their files.
+    if (m_bInHand) m_pRoot->Report().Tell(morvunp::ItemResult::kFailed, ReasonOf(result));
+    return S_OK;
   });
 }
 
-HRESULT C7zExtractCallback::FinishFile() {
-  StreamFile& file = m_pOutStream->File();
-  if (file.IsOpen()) {
-    if (m_bModifiedDefined) SetFileTime(file.Get(), nullptr, nullptr, &m_ftModified);
-    if (!file.Close()) return platform::ResultOfError(GetLastError());
+morvunp::ItemReason C7zExtractCallback::ReasonOf(LONG result) const {
+  using morvunp::ItemReason;
+  switch (result) {
+    case kResultUnsupportedMethod:
+      return ItemReason::kUnsupportedMethod;
+    case kResultUnexpectedEnd:
+      return ItemReason::kCutShort;
+    case kResultWrongPassword:
+      return ItemReason::kWrongPassword;
+    default:
+      return m_pUnpacker->m_bEncrypted ? ItemReason::kWrongPasswordOrDamaged : ItemReason::kDamaged;
   }
-  if (m_bExtractMode && m_bAttribDefined) {
-    SetFileAttributesW(m_strDiskFilePath.c_str(), m_nAttrib);
-  }
+}
+
+HRESULT C7zExtractCallback::FinishFile(LONG result) {
+  if (!m_pRoot->Out().IsOpen()) return S_OK;
+  output::FileFacts facts;
+  if (m_bModifiedDefined) facts.lastWrite = m_ftModified;
+  if (m_bAttribDefined) facts.attributes = m_nAttrib;
+  const auto defect = result == kResultOk ? morvunp::ItemReason::kNone : ReasonOf(result);
+  if (!m_pRoot->Out().Finish(facts, defect)) return platform::ResultOfError(GetLastError());
   m_pUnpacker->UpdateFileTree(m_pUnpacker->m_state.m_strLastTarget);
   return S_OK;
 }

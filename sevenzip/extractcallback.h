@@ -4,6 +4,7 @@
 #include <string>
 
 #include "morvunp/sevenzipunpacker.h"
+#include "output/root.h"
 #include "sevenzip/component.h"
 #include "sevenzip/filestreams.h"
 #include "sevenzip/interfaces.h"
@@ -18,38 +19,36 @@ namespace sevenzip {
 class C7zExtractCallback final : public Component<Answers<ICryptoGetTextPassword>,
                                                   ICryptoGetTextPassword, IArchiveExtractCallback> {
  public:
-  /// Items go to `directoryPath` under the name `filePath` unless the run finds
-  /// a place for each.
-  void Init(IInArchive* archive, const std::wstring& directoryPath, const std::wstring& filePath,
-            C7zUnpacker& unpacker);
+  /// Items go to where the run finds a place for each, or, one alone, to the
+  /// one that `root` has in hand.
+  void Init(IInArchive* archive, output::Root& root, C7zUnpacker& unpacker);
 
-  /// The user interrupted while a file was written; it is closed and incomplete.
-  bool WasInterruptedInFile() const { return m_bInterruptedInFile; }
-  const std::wstring& DiskFilePath() const { return m_strDiskFilePath; }
+  /// The prompt for a password was cancelled or could not be shown.
+  bool WasPasswordRefused() const { return m_bPasswordRefused; }
 
   HRESULT SetTotal(ULONGLONG total) override;
   HRESULT SetCompleted(const ULONGLONG* completed) override;
   HRESULT GetStream(DWORD index, ISequentialOutStream** stream, LONG askMode) override;
   HRESULT PrepareOperation(LONG askMode) override;
   HRESULT SetOperationResult(LONG result) override;
-  HRESULT CryptoGetTextPassword(BSTR* password) override { return m_password.Get(password); }
+  HRESULT CryptoGetTextPassword(BSTR* password) override;
 
  private:
   bool Process(DWORD index);
   HRESULT ReadAs(VARTYPE type, DWORD index, PROPID id, Property& value) const;
   HRESULT ReadProperties(DWORD index);
   HRESULT CreateFileOf(DWORD index, ISequentialOutStream** stream);
-  HRESULT FinishFile();
+  HRESULT FinishFile(LONG result);
+  morvunp::ItemReason ReasonOf(LONG result) const;
 
   bool m_bReportProgress = false;
   C7zUnpacker* m_pUnpacker = nullptr;
   ULONGLONG m_nCompletedBase = 0;
   ULONGLONG m_nItemTotal = 0;
   ComPtr<IInArchive> m_pArchive;
-  std::wstring m_strDirectoryPath;
-  std::wstring m_strFilePath;
-  std::wstring m_strDiskFilePath;
-  bool m_bExtractMode = false;
+  output::Root* m_pRoot = nullptr;
+  /// The engine's item is one that the run wants.
+  bool m_bInHand = false;
   FILETIME m_ftModified;
   DWORD m_nAttrib = 0;
   bool m_bIsDir = false;
@@ -57,7 +56,7 @@ class C7zExtractCallback final : public Component<Answers<ICryptoGetTextPassword
   bool m_bModifiedDefined = false;
   ComPtr<COutFileStream> m_pOutStream;
   Password m_password;
-  bool m_bInterruptedInFile = false;
+  bool m_bPasswordRefused = false;
 };
 
 }  // namespace sevenzip

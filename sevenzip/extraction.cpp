@@ -1,15 +1,16 @@
 // C7zUnpacker: unpacking. Every operation is one call of the engine, which asks
 // for each item's stream through C7zExtractCallback.
+#include <utility>
+
 #include "frame/iteminfo.h"
 #include "frame/itempath.h"
 #include "frame/keptexception.h"
 #include "frame/lent.h"
-#include "frame/outputfolders.h"
 #include "frame/progress.h"
-#include "frame/replace.h"
 #include "morvunp/dostime.h"
 #include "morvunp/outputplace.h"
 #include "morvunp/sevenzipunpacker.h"
+#include "output/root.h"
 #include "sevenzip/engine.h"
 #include "sevenzip/extractcallback.h"
 #include "sevenzip/guarded.h"
@@ -18,38 +19,69 @@ namespace {
 
 bool IsSafe(const std::wstring& path) { return IsSafeItem(path, frame::NameOf(path)); }
 
+/// Why the engine ended a run.
+morvunp::RunReport ReportOf(HRESULT result) {
+  if (result == S_OK) return {};
+  if (result == E_OUTOFMEMORY) return {morvunp::ItemReason::kNoMemory};
+  const int systemError = platform::LastSystemError();
+  const bool isOfSystem = systemError != 0 && result == platform::ResultOfError(GetLastError());
+  if (!isOfSystem) return {morvunp::ItemReason::kDamaged};
+  return {output::ReasonOfError(systemError), systemError};
+}
+
 }  // namespace
+
+output::Root C7zUnpacker::RootAt(const std::wstring& target) {
+  return {m_state, target, [this](const std::wstring& folder) { UpdateFileTree(folder); }};
+}
 
 // One item.
 
+void C7zUnpacker::BeginItem(const SEVENZIPFILEFULLINFO& info) {
+  m_nTotal = info.nSize;
+  m_nItemDateTime = info.nDateTime;
+  m_bEncrypted = info.strMethod.find(L"7zAES") != std::wstring::npos;
+  m_pRoot->Begin(
+      {m_nCurrent, info.strPath, m_nTotal, TimeOfDosDateTime(m_nItemDateTime).value_or(0)});
+}
+
+bool C7zUnpacker::RefuseName() {
+  return m_pRoot->Report().Tell(morvunp::ItemResult::kRefused, morvunp::ItemReason::kUnsafeName);
+}
+
 bool C7zUnpacker::UnpackFile(const std::wstring& path, const std::wstring& target) {
   m_nMode = kSingleItem;
-  if (!LocateFile(path) || !IsSafe(path)) return false;
-  frame::OutputFolders folders(m_state, target,
-                               [this](const std::wstring& folder) { UpdateFileTree(folder); });
-  return frame::WriteItem(*this, folders, PlaceOfFile(m_state.m_iniUnpack, path, target));
+  SEVENZIPFILEFULLINFO info;
+  if (!LocateFile(path) || !GetFileFullInfo(info) || frame::IsFolderItem(info)) return false;
+  output::Root root = RootAt(target);
+  const frame::Lent lent(m_pRoot, root);
+  BeginItem(info);
+  if (!IsSafe(path)) return RefuseName();
+  return UnpackAt(PlaceOfFile(m_state.m_iniUnpack, path, target));
 }
 
 bool C7zUnpacker::UnpackCurrentFile(const std::wstring& name, const std::wstring& folder) {
   m_nMode = kSingleItem;
   SEVENZIPFILEFULLINFO info;
   if (!GetFileFullInfo(info) || frame::IsFolderItem(info)) return false;
-  m_nTotal = info.nSize;
-  m_nItemDateTime = info.nDateTime;
-  if (!IsSafe(name) || !IsSafe(info.strPath)) return false;
-  m_state.m_strLastTarget = frame::Join(folder, name);
-  if (!MayWriteItem(m_state.m_strLastTarget)) return false;
-  BeginFile(name);
+  output::Root root = RootAt(folder);
+  const frame::Lent lent(m_pRoot, root);
+  BeginItem(info);
+  if (!IsSafe(name) || !IsSafe(info.strPath)) return RefuseName();
+  if (!frame::HasParent(name)) return UnpackAt({folder, name});
+  return UnpackAt({frame::Join(folder, frame::ParentOf(name)), std::wstring(frame::NameOf(name))});
+}
+
+/// The current item, which is the one in hand, by a call of the engine.
+bool C7zUnpacker::UnpackAt(const OutputPlace& place) {
+  if (!m_pRoot->Enter(place)) return false;
+  if (m_pRoot->Decide() != output::Root::Answer::kWrite) return false;
+  BeginFile(place.name);
   const auto callback = sevenzip::Create<sevenzip::C7zExtractCallback>();
-  callback->Init(m_pEngine->Archive(), folder + frame::kSeparator, name, *this);
+  callback->Init(m_pEngine->Archive(), *m_pRoot, *this);
   callback->SetTotal(m_nTotal);
   const DWORD index = m_nCurrent;
   return RunExtract(&index, 1, *callback.Get());
-}
-
-bool C7zUnpacker::MayWriteItem(const std::wstring& path) {
-  return frame::MayWrite(m_state, path, {m_nTotal, TimeOfDosDateTime(m_nItemDateTime).value_or(0)},
-                         frame::Protection::kClear);
 }
 
 void C7zUnpacker::BeginFile(const std::wstring& name) {
@@ -58,28 +90,54 @@ void C7zUnpacker::BeginFile(const std::wstring& name) {
   frame::SendProgress(m_state, 0, name);
 }
 
-/// An interrupted file goes; nothing else does, whatever the last path was.
+/// A file that is open behind the engine is not whole.
 bool C7zUnpacker::RunExtract(const DWORD* indices, DWORD count,
                              sevenzip::C7zExtractCallback& callback) {
   const HRESULT result = m_pEngine->Archive()->Extract(indices, count, 0, &callback);
-  if (callback.WasInterruptedInFile()) DeleteFileW(callback.DiskFilePath().c_str());
+  morvunp::RunReport end = ReportOf(result);
+  if (callback.WasPasswordRefused()) end = {morvunp::ItemReason::kNoPassword};
+  if (result == E_ABORT && !callback.WasPasswordRefused()) end = m_pRoot->Report().LastFailure();
+  if (m_state.m_bCancel != 0) end = {morvunp::ItemReason::kInterrupted};
   frame::ThrowKept(sevenzip::Thrown());
+  const bool isAlone = m_nMode == kSingleItem && result != S_OK;
+  if (m_pRoot->Out().IsOpen() || isAlone) {
+    m_pRoot->Report().Tell(morvunp::ItemResult::kFailed, end.reason);
+    m_pRoot->Out().KeepBroken();
+  }
+  if (m_nMode != kSingleItem) TellRest(end);
   return m_state.m_bCancel == 0 && result == S_OK;
+}
+
+/// The items that an engine which ended early has not come to.
+void C7zUnpacker::TellRest(morvunp::RunReport end) {
+  const bool isCut = end.reason != morvunp::ItemReason::kNone;
+  // The engine asks for a password before it comes to the item that wants it.
+  bool isAsked = end.reason == morvunp::ItemReason::kNoPassword;
+  SEVENZIPFILEFULLINFO info;
+  while (isCut && m_state.m_reportItem && m_nNext < m_nItemCount) {
+    m_nCurrent = m_nNext++;
+    if (!GetFileFullInfo(info) || !PlaceInRun(info.strPath, frame::IsFolderItem(info))) continue;
+    if (std::exchange(isAsked, false)) {
+      BeginItem(info);
+      m_pRoot->Report().Tell(morvunp::ItemResult::kFailed, end.reason);
+      continue;
+    }
+    m_pRoot->Report().TellNotReached({m_nCurrent, info.strPath, info.nSize}, end.reason);
+  }
+  m_pRoot->Report().TellEnd(end.reason, end.systemError, end.detail);
 }
 
 // Many items.
 
 bool C7zUnpacker::UnpackFolder(const std::wstring& folder, const std::wstring& target) {
   std::vector<DWORD> indices;
-  FindItem([&](const SEVENZIPFILESHORTINFO& info) {
-    if (PlaceInFolderRun(m_state.m_iniUnpack, folder, info.strPath, frame::IsFolderItem(info),
-                         target)) {
-      indices.push_back(m_nCurrent);
-    }
-    return false;
-  });
   m_nMode = kFolderRun;
   m_strFolder = folder;
+  m_strTarget = target;
+  FindItem([&](const SEVENZIPFILESHORTINFO& info) {
+    if (PlaceInRun(info.strPath, frame::IsFolderItem(info))) indices.push_back(m_nCurrent);
+    return false;
+  });
   return RunOverItems(indices.data(), static_cast<DWORD>(indices.size()), target);
 }
 
@@ -93,56 +151,59 @@ bool C7zUnpacker::RunOverItems(const DWORD* indices, DWORD count, const std::wst
   m_state.m_bStopRequest = 0;
   m_bReplaceCancelled = 0;
   m_strTarget = target;
+  m_nNext = 0;
   if (m_pEngine->Archive() == nullptr) return false;
   FindFile();
-  frame::OutputFolders folders(m_state, m_strTarget,
-                               [this](const std::wstring& folder) { UpdateFileTree(folder); });
-  const frame::Lent lent(m_pFolders, folders);
+  output::Root root = RootAt(m_strTarget);
+  const frame::Lent lent(m_pRoot, root);
   const auto callback = sevenzip::Create<sevenzip::C7zExtractCallback>();
-  callback->Init(m_pEngine->Archive(), target, {}, *this);
+  callback->Init(m_pEngine->Archive(), root, *this);
   return RunExtract(indices, count, *callback.Get());
 }
 
+/// Where an item goes in the run in hand; none when it does not belong to it.
+std::optional<OutputPlace> C7zUnpacker::PlaceInRun(const std::wstring& path, bool isFolder) const {
+  return m_nMode == kFolderRun
+             ? PlaceInFolderRun(m_state.m_iniUnpack, m_strFolder, path, isFolder, m_strTarget)
+             : PlaceInArchiveRun(m_state.m_iniUnpack, path, isFolder, m_strTarget);
+}
+
 /// Makes an item current and prepares it for writing at its place.
-template <class PlaceOf>
-bool C7zUnpacker::ProcessItem(DWORD index, PlaceOf placeOf) {
+bool C7zUnpacker::ProcessItem(DWORD index) {
   m_nCurrent = index;
+  m_nNext = index + 1;
   m_bHasCurrent = true;
   SEVENZIPFILEFULLINFO info;
   if (!GetFileFullInfo(info)) return false;
-  m_nTotal = info.nSize;
-  m_nItemDateTime = info.nDateTime;
-  const std::optional<OutputPlace> place = placeOf(info.strPath, frame::IsFolderItem(info));
-  if (!place || !IsSafe(info.strPath)) return false;
-  if (!m_pFolders->MakeFor(*place)) return false;
-  if (place->name.empty()) return true;
+  const std::optional<OutputPlace> place = PlaceInRun(info.strPath, frame::IsFolderItem(info));
+  if (!place) return false;
+  BeginItem(info);
+  if (!IsSafe(info.strPath)) return RefuseName();
+  if (place->name.empty()) return m_pRoot->MakeFolder(place->folder);
   m_strCurrentName = place->name;
   m_strCurrentFolder = place->folder;
   return ProcessUnpackCurrentFile(place->name, place->folder);
 }
 
-bool C7zUnpacker::ProcessUnpackFolder(const std::wstring& folder, const std::wstring& target,
-                                      DWORD index) {
-  return ProcessItem(index, [&](const std::wstring& path, bool isFolder) {
-    return PlaceInFolderRun(m_state.m_iniUnpack, folder, path, isFolder, target);
-  });
+bool C7zUnpacker::ProcessUnpackFolder(const std::wstring&, const std::wstring&, DWORD index) {
+  return ProcessItem(index);
 }
 
-bool C7zUnpacker::ProcessUnpackArchive(const std::wstring& target, DWORD index) {
-  return ProcessItem(index, [&](const std::wstring& path, bool isFolder) {
-    return PlaceInArchiveRun(m_state.m_iniUnpack, path, isFolder, target);
-  });
+bool C7zUnpacker::ProcessUnpackArchive(const std::wstring&, DWORD index) {
+  return ProcessItem(index);
 }
 
 bool C7zUnpacker::ProcessUnpackCurrentFile(const std::wstring& name, const std::wstring& folder) {
   m_strOutputPath = frame::Join(folder, name);
-  m_state.m_strLastTarget = m_strOutputPath;
   m_bReplaceCancelled = 0;
   m_state.m_bCancel = 0;
-  if (!MayWriteItem(m_strOutputPath)) {
-    m_bReplaceCancelled = m_state.m_bCancel;
-    return false;
+  if (!m_pRoot->Enter({folder, name})) return false;
+  const output::Root::Answer answer = m_pRoot->Decide();
+  if (answer == output::Root::Answer::kWrite) {
+    BeginFile(name);
+    return true;
   }
-  BeginFile(name);
-  return true;
+  // A file that cannot be created ends the run as well.
+  m_bReplaceCancelled = answer == output::Root::Answer::kFailed ? 1 : m_state.m_bCancel;
+  return false;
 }

@@ -12,29 +12,22 @@ HRESULT LastResult() { return platform::ResultOfError(GetLastError()); }
 
 }  // namespace
 
-bool StreamFile::Open(const std::wstring& path, DWORD access, DWORD disposition, DWORD flags) {
+bool StreamFile::OpenForReading(const std::wstring& path) {
   if (!Close()) return false;
-  Take(CreateFileW(path.c_str(), access, FILE_SHARE_READ, nullptr, disposition,
-                   FILE_ATTRIBUTE_NORMAL | flags, nullptr));
+  Take(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                   FILE_ATTRIBUTE_NORMAL, nullptr));
   return IsOpen();
 }
 
-bool StreamFile::OpenForReading(const std::wstring& path) {
-  return Open(path, GENERIC_READ, OPEN_EXISTING, 0);
-}
-
-bool StreamFile::Create(const std::wstring& path) {
-  // Most files are new, which costs less where it is known.
-  if (Open(path, GENERIC_WRITE, CREATE_NEW, FILE_FLAG_OPEN_REPARSE_POINT)) return true;
-  return GetLastError() == ERROR_FILE_EXISTS &&
-         Open(path, GENERIC_WRITE, CREATE_ALWAYS, FILE_FLAG_OPEN_REPARSE_POINT);
+HRESULT SeekFile(HANDLE file, LONGLONG offset, DWORD origin, ULONGLONG* position) {
+  static_assert(kSeekStart == FILE_BEGIN && kSeekCurrent == FILE_CURRENT && kSeekEnd == FILE_END);
+  if (origin > kSeekEnd) return STG_E_INVALIDFUNCTION;
+  const DWORD error = frame::MoveFilePointer(file, offset, origin, position);
+  return error == ERROR_SUCCESS ? S_OK : platform::ResultOfError(error);
 }
 
 HRESULT StreamFile::Seek(LONGLONG offset, DWORD origin, ULONGLONG* position) const {
-  static_assert(kSeekStart == FILE_BEGIN && kSeekCurrent == FILE_CURRENT && kSeekEnd == FILE_END);
-  if (origin > kSeekEnd) return STG_E_INVALIDFUNCTION;
-  const DWORD error = frame::MoveFilePointer(Get(), offset, origin, position);
-  return error == ERROR_SUCCESS ? S_OK : platform::ResultOfError(error);
+  return SeekFile(Get(), offset, origin, position);
 }
 
 HRESULT CInFileStream::Read(void* data, DWORD size, DWORD* processed) {
@@ -53,12 +46,12 @@ HRESULT CInFileStream::GetSize(ULONGLONG* size) {
 }
 
 HRESULT COutFileStream::Write(const void* data, DWORD size, DWORD* processed) {
-  DWORD written = 0;
-  const BOOL done =
-      WriteFile(m_file.Get(), data, std::min(size, kLargestTransfer), &written, nullptr);
-  m_nProcessedSize += written;
-  if (processed != nullptr) *processed = written;
-  return done != FALSE ? S_OK : LastResult();
+  const DWORD length = std::min(size, kLargestTransfer);
+  const bool done = m_pFile->Write(data, length);
+  const HRESULT result = done ? S_OK : LastResult();
+  if (processed != nullptr) *processed = done ? length : 0;
+  if (done) m_nProcessedSize += length;
+  return result;
 }
 
 HRESULT COutFileStream::SetSize(ULONGLONG size) {
@@ -66,7 +59,7 @@ HRESULT COutFileStream::SetSize(ULONGLONG size) {
   ULONGLONG end = 0;
   const bool done = Seek(0, kSeekCurrent, &before) == S_OK &&
                     Seek(static_cast<LONGLONG>(size), kSeekStart, &end) == S_OK && end == size &&
-                    SetEndOfFile(m_file.Get()) != FALSE &&
+                    SetEndOfFile(m_pFile->Get()) != FALSE &&
                     Seek(static_cast<LONGLONG>(before), kSeekStart, nullptr) == S_OK;
   return done ? S_OK : E_FAIL;
 }

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "frame/filesystem.h"
+#include "output/file.h"
 #include "sevenzip/component.h"
 #include "sevenzip/interfaces.h"
 
@@ -14,19 +15,18 @@ class StreamFile : public frame::OpenFile {
  public:
   /// Closes what was open first; a failure of that fails the open.
   bool OpenForReading(const std::wstring& path);
-  /// Creates or truncates; never follows a link.
-  bool Create(const std::wstring& path);
   /// The position comes back on failure, too, when it is asked for.
   HRESULT Seek(LONGLONG offset, DWORD origin, ULONGLONG* position) const;
-
- private:
-  bool Open(const std::wstring& path, DWORD access, DWORD disposition, DWORD flags);
 };
+
+/// The same of any open file.
+HRESULT SeekFile(HANDLE file, LONGLONG offset, DWORD origin, ULONGLONG* position);
 
 class CInFileStream final
     : public Component<Answers<IInStream, IStreamGetSize>, IInStream, IStreamGetSize> {
  public:
   bool Open(const std::wstring& path) { return m_file.OpenForReading(path); }
+  platform::FileIdentity Identity() const { return platform::IdentityOf(m_file.Get()); }
 
   HRESULT Read(void* data, DWORD size, DWORD* processed) override;
   HRESULT Seek(LONGLONG offset, DWORD origin, ULONGLONG* position) override {
@@ -38,24 +38,24 @@ class CInFileStream final
   StreamFile m_file;
 };
 
+/// The file that a run writes at the time, which is the run's to finish.
 class COutFileStream final : public Component<Answers<IOutStream>, IOutStream> {
  public:
-  bool Open(const std::wstring& path) {
+  void Open(output::File& file) {
+    m_pFile = &file;
     m_nProcessedSize = 0;
-    return m_file.Create(path);
   }
-  StreamFile& File() { return m_file; }
   /// Bytes written so far.
   ULONGLONG ProcessedSize() const { return m_nProcessedSize; }
 
   HRESULT Write(const void* data, DWORD size, DWORD* processed) override;
   HRESULT Seek(LONGLONG offset, DWORD origin, ULONGLONG* position) override {
-    return m_file.Seek(offset, origin, position);
+    return SeekFile(m_pFile->Get(), offset, origin, position);
   }
   HRESULT SetSize(ULONGLONG size) override;
 
  private:
-  StreamFile m_file;
+  output::File* m_pFile = nullptr;
   ULONGLONG m_nProcessedSize = 0;
 };
 

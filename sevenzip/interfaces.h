@@ -24,6 +24,9 @@ inline constexpr LONG kAskSkip = 2;
 
 /// What it says of an item's content; every other number is a complaint.
 inline constexpr LONG kResultOk = 0;
+inline constexpr LONG kResultUnsupportedMethod = 1;
+inline constexpr LONG kResultUnexpectedEnd = 5;
+inline constexpr LONG kResultWrongPassword = 9;
 
 inline constexpr DWORD kSeekStart = 0;
 inline constexpr DWORD kSeekCurrent = 1;

@@ -58,6 +58,7 @@ HRESULT C7zmvOpenCallback::GetStream(const wchar_t* name, IInStream** stream) {
     if ((m_volumeInfo.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) return S_FALSE;
     auto file = Create<CInFileStream>();
     if (!file->Open(path)) return static_cast<HRESULT>(GetLastError());
+    m_volumes.push_back(file->Identity());
     *stream = file.Detach();
     return S_OK;
   });

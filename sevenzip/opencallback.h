@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "sevenzip/component.h"
 #include "sevenzip/interfaces.h"
@@ -41,9 +42,13 @@ class C7zmvOpenCallback final
   HRESULT CryptoGetTextPassword(BSTR* password) override { return m_password.Get(password); }
 
   Password& GivenPassword() { return m_password; }
+  /// The files that were opened.
+  const std::vector<platform::FileIdentity>& Volumes() const { return m_volumes; }
 
  private:
   bool LookUp(const std::wstring& path);
+
+  std::vector<platform::FileIdentity> m_volumes;
 
   Password m_password;
   /// The path up to its last backslash and with it; empty without one.

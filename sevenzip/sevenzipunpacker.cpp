@@ -4,6 +4,7 @@
 #include "frame/filesystem.h"
 #include "frame/foldermap.h"
 #include "frame/iteminfo.h"
+#include "frame/itempath.h"
 #include "frame/keptexception.h"
 #include "frame/progress.h"
 #include "frame/summary.h"
@@ -35,7 +36,6 @@ C7zUnpacker& C7zUnpacker::operator=(const C7zUnpacker& other) {
   m_bReusePassword = other.m_bReusePassword;
   m_nItemCount = m_nPosition = m_nCurrent = 0;
   m_bHasCurrent = false;
-  m_verdict = SevenZipVerdict::kNone;
   return *this;
 }
 
@@ -51,6 +51,11 @@ void C7zUnpacker::SetWndFileTree(CWnd* window) { m_state.m_pWndFileTree = window
 
 void C7zUnpacker::SetHandleDialogProgress(HWND dialog) { m_state.m_hDialogProgress = dialog; }
 
+void C7zUnpacker::SetItemReport(morvunp::ItemReportFunction item, morvunp::RunReportFunction run) {
+  m_state.m_reportItem = std::move(item);
+  m_state.m_reportRun = std::move(run);
+}
+
 // Opening and closing.
 
 bool C7zUnpacker::OpenArchive(const std::wstring& path) {
@@ -58,6 +63,7 @@ bool C7zUnpacker::OpenArchive(const std::wstring& path) {
   if (!m_pEngine->CreateArchive(path)) return false;
   const auto stream = sevenzip::Create<sevenzip::CInFileStream>();
   if (!stream->Open(path)) return false;
+  m_state.m_archiveFiles = {stream->Identity()};
   const auto callback = sevenzip::Create<sevenzip::C7zOpenCallback>();
   return OpenStream(*callback.Get(), stream.Get());
 }
@@ -72,6 +78,8 @@ bool C7zUnpacker::OpenMultiVolumeArchive(const std::wstring& firstVolume) {
   if (!first->Open(firstVolume)) return false;
   const HRESULT found = split->Open(first.Get(), nullptr, callback.Get());
   frame::ThrowKept(sevenzip::Thrown());
+  m_state.m_archiveFiles = callback->Volumes();
+  m_state.m_archiveFiles.push_back(first->Identity());
   if (found != S_OK) return false;
   sevenzip::ComPtr<sevenzip::ISequentialInStream> joined;
   if (split->GetStream(0, joined.Receive()) != S_OK) return false;
@@ -123,6 +131,8 @@ bool C7zUnpacker::FindNextFile() {
   return m_nPosition != m_nItemCount;
 }
 
+ULONGLONG C7zUnpacker::GetPosition() const { return m_nCurrent; }
+
 namespace {
 
 /// Reads the properties of one item; one that fails counts as empty.
@@ -163,7 +173,12 @@ template <class Info>
 bool FillCommon(Info& info, ItemReader& reader) {
   reader.Read(sevenzip::kpidPath).GetText(info.strPath);
   if (!reader.WasRead()) return false;
-  frame::FillNames(info, reader.Read(sevenzip::kpidIsDir).IsTrue());
+  // Some writers mark a folder by a separator behind its name.
+  bool isFolder = reader.Read(sevenzip::kpidIsDir).IsTrue();
+  for (; info.strPath.size() > 1 && info.strPath.ends_with(frame::kSeparator); isFolder = true) {
+    info.strPath.pop_back();
+  }
+  frame::FillNames(info, isFolder);
   return true;
 }
 

@@ -9,6 +9,7 @@
 
 #include <filesystem>
 
+#include "platform/below.h"
 #include "platform/platform.h"
 #include "platform/userinterface.h"
 #include "support/fakehost.h"
@@ -52,7 +53,7 @@ class Attributes : public testing::Test {
  protected:
   DWORD Get() { return GetFileAttributesW(folder.LibraryPath("f").c_str()); }
   BOOL Set(DWORD attributes) {
-    return SetFileAttributesW(folder.LibraryPath("f").c_str(), attributes);
+    return testsupport::SetAttributes(folder.LibraryPath(), L"f", attributes) ? TRUE : FALSE;
   }
   TempFolder folder;
 };
@@ -76,10 +77,11 @@ TEST_F(Attributes, KeepHiddenAndSystemInAnExtendedAttribute) {
 TEST_F(Attributes, ProtectReadOnlyFilesFromRootToo) {
   testsupport::WriteFile(folder.Path("f"), "kept");
   ASSERT_TRUE(Set(FILE_ATTRIBUTE_READONLY));
-  EXPECT_EQ(CreateFileW(folder.LibraryPath("f").c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
-                        0, nullptr),
-            INVALID_HANDLE_VALUE);
+  const HANDLE parent = platform::OpenFolder(folder.LibraryPath().c_str());
+  EXPECT_EQ(platform::RewriteFileBelow(parent, L"f"), INVALID_HANDLE_VALUE);
   EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+  EXPECT_EQ(platform::LastSystemError(), EACCES);
+  CloseHandle(parent);
   EXPECT_EQ(testsupport::ReadFile(folder.Path("f")), "kept");
 }
 
@@ -96,48 +98,19 @@ TEST_F(Attributes, LookAtLinksThemselves) {
 
 TEST(Files, AreTheWritersOwnFromTheSecondWriteOn) {
   const TempFolder folder;
-  const std::wstring path = folder.LibraryPath("f");
-  const auto open = [&](DWORD disposition) {
-    return CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, disposition, 0, nullptr);
-  };
-  const HANDLE file = open(CREATE_NEW);
+  const HANDLE parent = platform::OpenFolder(folder.LibraryPath().c_str());
+  const HANDLE file = platform::CreateFileBelow(parent, L"f");
   DWORD written = 0;
   EXPECT_TRUE(WriteFile(file, "1", 1, &written, nullptr));
   EXPECT_TRUE(WriteFile(file, "2", 1, &written, nullptr));
-  EXPECT_EQ(open(CREATE_ALWAYS), INVALID_HANDLE_VALUE);
+  EXPECT_EQ(platform::RewriteFileBelow(parent, L"f"), INVALID_HANDLE_VALUE);
   EXPECT_EQ(GetLastError(), ERROR_SHARING_VIOLATION);
   EXPECT_EQ(testsupport::ReadFile(folder.Path("f")), "12") << "refused before it was cut";
   CloseHandle(file);
-  const HANDLE again = open(CREATE_ALWAYS);
+  const HANDLE again = platform::RewriteFileBelow(parent, L"f");
   EXPECT_NE(again, INVALID_HANDLE_VALUE);
   CloseHandle(again);
-}
-
-TEST(Files, AreNotRewrittenUnderOtherNamesOrWithTheirOwnersRights) {
-  const TempFolder folder;
-  const auto modeOf = [&] { return std::filesystem::status(folder.Path("f")).permissions(); };
-  const auto write = [&] {
-    const HANDLE file = CreateFileW(folder.LibraryPath("f").c_str(), GENERIC_WRITE, FILE_SHARE_READ,
-                                    nullptr, CREATE_ALWAYS, FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
-    DWORD written = 0;
-    const BOOL done = WriteFile(file, "new", 3, &written, nullptr);
-    return file != INVALID_HANDLE_VALUE && CloseHandle(file) && done;
-  };
-  testsupport::WriteFile(folder.Path("f"), "old");
-  chmod(folder.Path("f").c_str(), 0666);
-  ASSERT_EQ(link(folder.Path("f").c_str(), folder.Path("other").c_str()), 0);
-  const int reader = open(folder.Path("other").c_str(), O_RDONLY);
-  flock(reader, LOCK_SH);
-  EXPECT_FALSE(write()) << "it is in use";
-  EXPECT_EQ(testsupport::ReadFile(folder.Path("f")), "old");
-  close(reader);
-  EXPECT_TRUE(write());
-  EXPECT_EQ(testsupport::ReadFile(folder.Path("other")), "old");
-  EXPECT_EQ(modeOf(), std::filesystem::perms{0666}) << "in spite of the umask";
-  chmod(folder.Path("f").c_str(), 06750);
-  EXPECT_TRUE(write());
-  EXPECT_EQ(testsupport::ReadFile(folder.Path("f")), "new");
-  EXPECT_EQ(modeOf(), std::filesystem::perms{0750});
+  CloseHandle(parent);
 }
 
 TEST(Files, NeverWaitForAPipe) {

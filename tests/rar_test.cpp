@@ -7,8 +7,8 @@
 #include <new>
 #include <nlohmann/json.hpp>
 
+#include "output/linktarget.h"
 #include "platform/text.h"
-#include "rar/linktarget.h"
 #include "support/command.h"
 #include "support/rarbuilder.h"
 #include "support/unpacktest.h"
@@ -34,6 +34,9 @@ using testsupport::WriteFile;
 std::string RarFixture(const std::string& name) { return MORVUNP_FIXTURES "/rar/" + name; }
 
 /// Lets a test set and see what only the class itself can.
+using morvunp::ItemReason;
+using morvunp::ItemResult;
+
 class TestedUnpacker : public CRarUnpacker {
  public:
   using CRarUnpacker::CallbackProc;
@@ -44,11 +47,11 @@ class TestedUnpacker : public CRarUnpacker {
 class RarTest : public testsupport::UnpackTest<TestedUnpacker> {
  protected:
   RarTest() {
-    unpacker.SetProblemReport(
-        [this](const std::wstring& path, RarProblem problem, const std::wstring& volume) {
-          problems.emplace_back(path, problem);
-          missing = volume;
-        });
+    unpacker.SetItemReport([this](const morvunp::ItemReport& report) {
+      if (report.reason == ItemReason::kNone || report.result == ItemResult::kNotReached) return;
+      problems.emplace_back(report.path, report.reason);
+      missing = report.detail;
+    });
   }
 
   bool OpenFixture(const std::string& name) {
@@ -68,7 +71,7 @@ class RarTest : public testsupport::UnpackTest<TestedUnpacker> {
   }
   bool OpenBuilt(const std::vector<RarItem>& items) { return OpenBytes(Built(items)); }
 
-  std::vector<std::pair<std::wstring, RarProblem>> problems;
+  std::vector<std::pair<std::wstring, ItemReason>> problems;
   std::wstring missing;
 };
 
@@ -105,7 +108,7 @@ TEST_F(RarTest, AnswersSummaries) {
             L"Files - 2, Folders - 1, Size - 1 498 bytes, Packed - 325 bytes, Ratio - 21%");
   EXPECT_EQ(unpacker.GetArchiveOutputInfo(),
             L"Files - 3, Folders - 3, Size - 1 501 bytes, Packed - 328 bytes, Ratio - 21%");
-  EXPECT_EQ(unpacker.GetWalkProblem(), RarProblem::kNone);
+  EXPECT_EQ(unpacker.GetWalkProblem(), ItemReason::kNone);
 }
 
 TEST_F(RarTest, TurnsNamesIntoPathsThatCannotGrowFolders) {
@@ -132,7 +135,7 @@ TEST_F(RarTest, AsksOnceForThePasswordOfHeaders) {
   unpacker.m_bReusePassword = 0;
   host.dialogAnswers = {DialogAnswer::Press(IDCANCEL)};
   EXPECT_FALSE(OpenFixture("encrypted-headers.rar")) << "asks again, and is cancelled";
-  EXPECT_EQ(unpacker.GetWalkProblem(), RarProblem::kNoPassword);
+  EXPECT_EQ(unpacker.GetWalkProblem(), ItemReason::kNoPassword);
   ASSERT_TRUE(OpenFixture("solid-encrypted-files.rar"));
   EXPECT_EQ(Paths().size(), 6U) << "a list needs no password of files";
 }
@@ -144,13 +147,13 @@ TEST_F(RarTest, TellsOfAWrongPasswordWithTheFirstShortRecord) {
   host.messageBoxAnswers = {IDOK};
   EXPECT_FALSE(unpacker.IsFolder(L"DOCS"));
   EXPECT_EQ(host.messageBoxes.at(0).text, L"The specified password is incorrect.");
-  EXPECT_EQ(unpacker.GetWalkProblem(), RarProblem::kWrongPassword);
+  EXPECT_EQ(unpacker.GetWalkProblem(), ItemReason::kWrongPassword);
 }
 
 TEST_F(RarTest, TellsWhyAListIsCutShort) {
   ASSERT_TRUE(OpenFirstTwoVolumes());
   EXPECT_EQ(Paths().size(), 2U);
-  EXPECT_EQ(unpacker.GetWalkProblem(), RarProblem::kMissingVolume);
+  EXPECT_EQ(unpacker.GetWalkProblem(), ItemReason::kMissingVolume);
 
   std::string damaged = Built({{.path = "NAME", .data = "a"}});
   damaged[damaged.find("NAME")] ^= 1;
@@ -158,7 +161,7 @@ TEST_F(RarTest, TellsWhyAListIsCutShort) {
   ASSERT_TRUE(OpenBytes(damaged));
   EXPECT_FALSE(unpacker.IsFolder(L"NAME"));
   EXPECT_EQ(host.messageBoxes.at(0).text, L"Corrupt file or wrong password.");
-  EXPECT_EQ(unpacker.GetWalkProblem(), RarProblem::kDamaged);
+  EXPECT_EQ(unpacker.GetWalkProblem(), ItemReason::kDamaged);
 }
 
 TEST_F(RarTest, ForgetsAnswersWhateverTheOpenGives) {
@@ -192,7 +195,7 @@ TEST_F(RarTest, KeepsTheExistingFileWhenExtractionFails) {
   host.messageBoxAnswers = {IDOK};
   EXPECT_TRUE(Unpack()) << "the last file is good";
   EXPECT_THAT(Out(), ElementsAre(Pair("A", "old"), Pair("B", "b")));
-  EXPECT_THAT(problems, ElementsAre(Pair(L"A", RarProblem::kDamaged)));
+  EXPECT_THAT(problems, ElementsAre(Pair(L"A", ItemReason::kDamaged)));
 }
 
 TEST_F(RarTest, AsksForThePasswordOfFiles) {
@@ -215,7 +218,7 @@ TEST_F(RarTest, TellsWrongEmptyAndCancelledPasswordsApart) {
   host.dialogAnswers = std::deque<DialogAnswer>(3, TypePassword(L"wrong"));
   host.messageBoxAnswers = std::deque<int>(3, IDOK);
   Unpack();
-  EXPECT_THAT(problems, testing::Each(Pair(testing::_, RarProblem::kWrongPassword)));
+  EXPECT_THAT(problems, testing::Each(Pair(testing::_, ItemReason::kWrongPassword)));
   EXPECT_EQ(host.messageBoxes.size(), 3U);
   EXPECT_TRUE(Exists(folder.Path("out/EMPTY"))) << "the run goes on";
   for (const DialogAnswer& answer :
@@ -223,8 +226,8 @@ TEST_F(RarTest, TellsWrongEmptyAndCancelledPasswordsApart) {
     problems.clear();
     host.dialogAnswers = {answer};
     EXPECT_FALSE(Unpack());
-    EXPECT_THAT(problems, ElementsAre(Pair(testing::_, RarProblem::kNoPassword)));
-    EXPECT_EQ(unpacker.GetWalkProblem(), RarProblem::kNoPassword) << "the run ended there";
+    EXPECT_THAT(problems, ElementsAre(Pair(testing::_, ItemReason::kNoPassword)));
+    EXPECT_EQ(unpacker.GetWalkProblem(), ItemReason::kNoPassword) << "the run ended there";
   }
   EXPECT_EQ(Out("DOCS/A.TXT"), "old");
 }
@@ -254,8 +257,8 @@ TEST_F(RarTest, JoinsVolumesAndNamesTheMissingOne) {
   EXPECT_TRUE(Unpack()) << "what begins there comes out";
   ASSERT_TRUE(OpenFirstTwoVolumes());
   EXPECT_FALSE(Unpack());
-  EXPECT_THAT(problems, ElementsAre(Pair(L"BIG.TXT", RarProblem::kBeginsEarlier),
-                                    Pair(L"BIG.TXT", RarProblem::kMissingVolume)));
+  EXPECT_THAT(problems, ElementsAre(Pair(L"BIG.TXT", ItemReason::kBeginsEarlier),
+                                    Pair(L"BIG.TXT", ItemReason::kMissingVolume)));
   EXPECT_EQ(missing, folder.LibraryPath("set.part3.rar"));
   EXPECT_EQ(Out("BIG.TXT"), big) << "what was there is back";
 }
@@ -300,11 +303,11 @@ TEST_F(RarTest, RefusesLinksThatLeadOut) {
 TEST(RarLinks, ClimbFirstAndNoHigherThanTheTarget) {
   using Links = std::vector<std::pair<std::wstring, std::size_t>>;
   for (const auto& [target, depth] : Links{{L"a\\b", 0}, {L".\\a", 0}, {L"..\\..\\a", 2}}) {
-    EXPECT_TRUE(rar::StaysInside(target, depth)) << target;
+    EXPECT_TRUE(output::StaysInside(target, depth)) << target;
   }
   for (const auto& [target, depth] : Links{
            {L"", 0}, {L"\\etc", 3}, {L"..", 0}, {L"..\\..", 1}, {L"a\\..", 3}, {L"..\\a\\..", 3}}) {
-    EXPECT_FALSE(rar::StaysInside(target, depth)) << target;
+    EXPECT_FALSE(output::StaysInside(target, depth)) << target;
   }
 }
 
@@ -312,7 +315,7 @@ TEST_F(RarTest, CopiesNothingThatTheRunDidNotWrite) {
   WriteFile(folder.Path("out/MINE"), "private");
   ASSERT_TRUE(OpenBuilt({{.path = "COPY", .redirection = 5, .redirectsTo = "MINE"}}));
   EXPECT_FALSE(Unpack());
-  EXPECT_THAT(problems, ElementsAre(Pair(L"COPY", RarProblem::kNoSource)));
+  EXPECT_THAT(problems, ElementsAre(Pair(L"COPY", ItemReason::kNoSource)));
   EXPECT_THAT(Names(), ElementsAre("MINE"));
 }
 
@@ -397,7 +400,7 @@ TEST_F(RarTest, CommandSaysWhatWentWrong) {
                {files, "wrong", 1, "TOP.TXT: wrong password\n"},
                {files, "", 1, "DOCS/A.TXT: it is encrypted and no password was given\n"},
                {files, "", 1, "TOP.TXT: not reached\n"},
-               {damaged, "", 1, "BAD: damaged\n"},
+               {damaged, "", 1, "BAD: failed: damaged in the archive\n"},
                {link, "", 1, "L: refused: a link that leads out of the folder\n"},
                {set, "", 1, "BIG.TXT: the volume " + next + " is missing\n"},
                {set, "", 1, "the list is cut short: a volume of the set is missing\n"}};

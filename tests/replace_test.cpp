@@ -2,6 +2,9 @@
 // answer, and what the dialog shows.
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <unistd.h>
+
+#include <filesystem>
 
 #include "support/imagetest.h"
 
@@ -23,7 +26,8 @@ class Replace : public testsupport::ImageTest<testsupport::IsoBuilder> {
   /// An existing file, with attributes of the host's system.
   void Plant(const std::string& name, DWORD attributes = FILE_ATTRIBUTE_NORMAL) {
     testsupport::WriteFile(folder.Path("out/" + name), "old content");
-    ASSERT_TRUE(SetFileAttributesW(folder.LibraryPath("out/" + name).c_str(), attributes));
+    ASSERT_TRUE(
+        testsupport::SetAttributes(Target(), std::wstring(name.begin(), name.end()), attributes));
   }
   void PlantAll() {
     for (const char* name : {"A.TXT", "B.TXT", "C.TXT"}) Plant(name);
@@ -113,6 +117,21 @@ TEST_F(Replace, TellsTheKindsOfFilesApart) {
     EXPECT_EQ(Out("A.TXT"), "new");
     EXPECT_EQ(GetFileAttributesW(folder.LibraryPath("out/A.TXT").c_str()), FILE_ATTRIBUTE_NORMAL);
   }
+}
+
+TEST_F(Replace, LeavesOtherNamesOfAFileAsTheyAreAndTakesNoRightsOver) {
+  Plant("A.TXT", FILE_ATTRIBUTE_READONLY);
+  const std::string other = folder.Path("other");
+  ASSERT_EQ(link(folder.Path("out/A.TXT").c_str(), other.c_str()), 0);
+  Plant("B.TXT");
+  chmod(folder.Path("out/B.TXT").c_str(), 06750);
+  Set({});
+  EXPECT_TRUE(Unpack());
+  EXPECT_EQ(Contents(), "new.new.new.");
+  EXPECT_EQ(testsupport::ReadFile(other), "old content");
+  EXPECT_EQ(std::filesystem::status(other).permissions(), std::filesystem::perms{0444});
+  EXPECT_EQ(StatusOf("A.TXT").st_mode & 07777, 0444U) << "a new file with its permissions";
+  EXPECT_EQ(StatusOf("B.TXT").st_mode & 07777, 0750U);
 }
 
 TEST_F(Replace, DoesNotAskWhenTheSettingIsOff) {

@@ -6,7 +6,6 @@
 
 #include <cerrno>
 #include <cstring>
-#include <functional>
 #include <optional>
 #include <string_view>
 
@@ -51,19 +50,15 @@ std::optional<Reason> ReasonAgainstFile(const std::string& path) {
   return std::nullopt;
 }
 
-template <class U>
-concept ReportsProblems = requires(U unpacker) {
-  unpacker.SetProblemReport({});
-};
-
 /// The password was wrong, or there is none.
 struct PasswordProblem {
   Reason reason;
 };
 
-bool IsOfPassword(RarProblem problem) {
-  return problem == RarProblem::kNoPassword || problem == RarProblem::kWrongPassword ||
-         problem == RarProblem::kWrongPasswordOrDamaged;
+bool IsOfPassword(morvunp::ItemReason problem) {
+  return problem == morvunp::ItemReason::kNoPassword ||
+         problem == morvunp::ItemReason::kWrongPassword ||
+         problem == morvunp::ItemReason::kWrongPasswordOrDamaged;
 }
 
 /// The password of encrypted headers proves itself with the first of them.
@@ -71,7 +66,7 @@ template <class U>
 void ThrowPasswordProblem(U& unpacker, bool isOpen) {
   typename U::FullInfo record;
   if (isOpen && unpacker.FindFile() && unpacker.FindNextFile()) unpacker.GetFileFullInfo(record);
-  const RarProblem problem = unpacker.GetWalkProblem();
+  const morvunp::ItemReason problem = unpacker.GetWalkProblem();
   if (IsOfPassword(problem)) throw PasswordProblem{ReasonOf(problem, {})};
 }
 
@@ -100,13 +95,7 @@ void SetUp(U& unpacker, const ArchiveSetup& setup) {
   unpacker.SetIniYesToAll(INIYESTOALL{});
   unpacker.SetWndFileTree(setup.fileTree);
   unpacker.SetHandleDialogProgress(setup.progressWindow);
-  if constexpr (ReportsProblems<U>) {
-    if (setup.problems != nullptr) {
-      unpacker.SetProblemReport(std::bind_front(&ItemProblems::Add, setup.problems));
-    } else {
-      unpacker.SetProblemReport({});
-    }
-  }
+  unpacker.SetItemReport(setup.onItem);
 }
 
 template <class U>
@@ -114,7 +103,7 @@ std::unique_ptr<U> TryFormat(const std::wstring& path, const ArchiveSetup& setup
   auto unpacker = std::make_unique<U>();
   SetUp(*unpacker, setup);
   const bool isOpen = OpenWith(*unpacker, path, setup);
-  if constexpr (ReportsProblems<U>) ThrowPasswordProblem(*unpacker, isOpen);
+  if constexpr (requires { unpacker->GetWalkProblem(); }) ThrowPasswordProblem(*unpacker, isOpen);
   return isOpen ? std::move(unpacker) : nullptr;
 }
 
@@ -218,8 +207,8 @@ std::optional<Reason> ReasonOfGap(const C7zUnpacker& unpacker) {
 }
 
 std::optional<Reason> ReasonOfGap(const CRarUnpacker& unpacker) {
-  const RarProblem problem = unpacker.GetWalkProblem();
-  if (problem == RarProblem::kNone) return std::nullopt;
+  const morvunp::ItemReason problem = unpacker.GetWalkProblem();
+  if (problem == morvunp::ItemReason::kNone) return std::nullopt;
   Reason reason = ReasonOf(problem, {});
   reason.effect = Reason::Of("the list is cut short").text;
   return reason;

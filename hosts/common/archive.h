@@ -28,7 +28,8 @@ struct ArchiveSetup {
   INIUNPACK settings{};
   CWnd* fileTree = nullptr;
   HWND progressWindow = nullptr;
-  ItemProblems* problems = nullptr;
+  /// Told what became of each item.
+  morvunp::ItemReportFunction onItem{};
   PasswordAnswer* password = nullptr;
   /// Told of each password that was wrong before another one is asked for.
   std::function<void(const Reason&)> onWrongPassword{};
@@ -97,7 +98,12 @@ template <class Visit>
 void ForEachItem(Archive& archive, Visit visit) {
   WithUnpacker(archive, [&](auto& unpacker) {
     using Record = typename std::remove_cvref_t<decltype(unpacker)>::FullInfo;
-    WalkWholeItems<Record>(unpacker, [&](const Record& record) { return visit(ItemOf(record)); });
+    std::uint64_t position = 0;
+    WalkWholeItems<Record>(unpacker, [&](const Record& record) {
+      Item item = ItemOf(record);
+      item.position = position++;
+      return visit(item);
+    });
   });
 }
 

@@ -29,6 +29,8 @@ struct Item {
   std::optional<std::uint32_t> crc{};
   /// Only a right password gives the content.
   bool isEncrypted = false;
+  /// Place in the walk, from 0, as reports have it.
+  std::uint64_t position = 0;
 };
 
 Item ItemOf(const SEVENZIPFILEFULLINFO& record);

@@ -2,14 +2,11 @@
 #pragma once
 
 #include "hosts/common/stoprequest.h"
-#include "hosts/common/unpackwatch.h"
 #include "morvunp/messages.h"
-#include "platform/framework.h"
 
 namespace host {
 
-/// Tells those who follow a run what became of a question whether to replace a
-/// file.
-void NoteReplaceAnswer(const CDialog& dialog, UINT pressed, UnpackWatch& watch, StopRequest& stop);
+/// An answer to the question whether to replace a file may end the run.
+void NoteReplaceAnswer(UINT pressed, StopRequest& stop);
 
 }  // namespace host

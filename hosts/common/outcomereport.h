@@ -20,12 +20,8 @@ struct Totals {
 };
 
 struct ReportSettings {
-  /// The run was stopped by the user.
-  bool stopped = false;
   /// Why existing files were kept.
   Reason kept = Reason::Of("kept the existing file");
-  /// What the unpacker told of single items; null for nothing.
-  const ItemProblems* problems = nullptr;
 };
 
 using TellMissing = std::function<void(const Item&, const Reason&)>;

@@ -1,9 +1,8 @@
 // What a command should write, known before it begins.
 //
-// The library answers a run with the result of its last item only. A plan,
-// compared with what the library reports while it writes, tells about every
-// item. It holds numbers instead of names, so that an archive of a million
-// items needs little memory; names are found again by a second walk.
+// The plan holds what was told of each item, and numbers instead of names, so
+// that an archive of a million items needs little memory; names are found again
+// by a second walk.
 #pragma once
 
 #include <cstdint>
@@ -37,43 +36,22 @@ struct Request {
   std::vector<Run> runs;
 };
 
-/// kCutShort: written, but not with all of its bytes. kWrongContent: written,
-/// but not what the archive's CRC says. kNotChecked: written, but nobody could
-/// compare it with its CRC.
-enum class Outcome : std::uint8_t {
-  kNone,
-  kWritten,
-  kCutShort,
-  kWrongContent,
-  kNotChecked,
-  kKept,
-  kRefused
-};
-
+/// An item, and what was told of it.
 struct PlannedItem {
-  /// Hash of the full output path.
-  std::uint64_t pathHash = 0;
+  std::uint64_t position = 0;
   std::uint64_t size = 0;
-  /// Hash of the output name; 0 for a folder.
-  std::uint32_t nameHash = 0;
   bool isFolder = false;
-  /// The library has begun to write it.
-  bool hasBegun = false;
-  Outcome outcome = Outcome::kNone;
-  std::optional<std::uint32_t> crc{};
+  bool isTold = false;
+  morvunp::ItemResult result = morvunp::ItemResult::kNotReached;
+  morvunp::ItemReason reason = morvunp::ItemReason::kNone;
+  int systemError = 0;
 };
 
 struct Plan {
   std::vector<PlannedItem> items;
   /// For each run of the request the index behind its last item.
   std::vector<std::size_t> runEnds;
-  /// What the unpacker's engine says of the file that it has just finished; null
-  /// where it says nothing. Valid while the archive is open.
-  std::function<SevenZipVerdict()> lastVerdict;
 };
-
-std::uint64_t HashOfPath(std::wstring_view path);
-std::uint32_t HashOfName(std::wstring_view name);
 
 /// Where an item goes in a run; none when it does not belong to the run.
 std::optional<OutputPlace> PlaceInRun(const Request& request, const Run& run, const Item& item);

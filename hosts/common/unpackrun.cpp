@@ -14,9 +14,9 @@ constexpr bool kUnpacksAtCursor = !std::is_same_v<U, CCabUnpacker>;
 template <class U>
 void UnpackAtCursor(U& unpacker, const Request& request, const Item& item,
                     const OutputPlace& place) {
-  // The folders of an item that is refused are not made either.
-  if (!IsSafeItem(item.path, item.name)) return;
-  if (!MakeOutputFolder(place.folder, request.target)) return;
+  // The folders of an item that is refused are not made either; what cannot be
+  // made shows where the item is to be written.
+  if (IsSafeItem(item.path, item.name)) MakeOutputFolder(place.folder, request.target);
   unpacker.UnpackCurrentFile(std::wstring(item.name), place.folder);
 }
 
@@ -59,46 +59,34 @@ void UnpackOneFile(U& unpacker, const Request& request, const Run& run) {
   if (place && isFirst) unpacker.UnpackFile(run.path, request.target);
 }
 
-/// False when the library failed a run as a whole.
 template <class U>
-bool UnpackRun(U& unpacker, const Request& request, const Run& run, const StopRequest& stop) {
+void UnpackRun(U& unpacker, const Request& request, const Run& run, const StopRequest& stop) {
   switch (run.kind) {
     case RunKind::kArchive:
-      return unpacker.UnpackArchive(request.target);
+      unpacker.UnpackArchive(request.target);
+      break;
     case RunKind::kFolder:
-      return unpacker.UnpackFolder(run.path, request.target);
+      unpacker.UnpackFolder(run.path, request.target);
+      break;
     case RunKind::kFolderFlat:
     case RunKind::kFiles:
       UnpackEachFile(unpacker, request, run, stop);
-      return true;
+      break;
     case RunKind::kFile:
       UnpackOneFile(unpacker, request, run);
-      return true;
+      break;
   }
-  return true;
 }
-
-/// The library left items of a run aside. Most classes answer a run with the
-/// result of its last item, which tells nothing of that.
-template <class U>
-bool EndedEarly(const U& unpacker, bool) {
-  return ReasonOfGap(unpacker).has_value();
-}
-
-/// The 7z engine goes on after an item that is damaged, so that what fails a
-/// run is what ended it.
-bool EndedEarly(const C7zUnpacker&, bool result) { return !result; }
 
 }  // namespace
 
 void UnpackRequest(Archive& archive, const Request& request, const StopRequest& stop,
-                   ItemProblems& problems) {
+                   UnpackWatch& watch) {
   for (std::size_t i = 0; i < request.runs.size(); ++i) {
     if (stop.Stopped()) return;
-    WithUnpacker(archive, [&](auto& unpacker) {
-      const bool result = UnpackRun(unpacker, request, request.runs[i], stop);
-      if (EndedEarly(unpacker, result)) problems.EndRun(i);
-    });
+    watch.EnterRun(i);
+    WithUnpacker(archive,
+                 [&](auto& unpacker) { UnpackRun(unpacker, request, request.runs[i], stop); });
   }
 }
 

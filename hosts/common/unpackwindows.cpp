@@ -33,7 +33,6 @@ LRESULT UnpackWindows::OnProgress(UINT message, WPARAM wParam, LPARAM lParam) {
 
 LRESULT UnpackWindows::OnFileTree(UINT message, LPARAM lParam) {
   if (message != WM_UNPACK_FILETREE || lParam == 0) return 0;
-  watch_.Created(WrittenFile(TextOf(lParam)));
   if (onCreated) onCreated(TextOf(lParam));
   return 0;
 }

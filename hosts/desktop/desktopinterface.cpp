@@ -57,7 +57,7 @@ bool DesktopInterface::RunDialog(CDialog& dialog) {
   icons_.clear();
   if (running_ != nullptr && dialog.Template().id == morvunp::kReplaceDialog) {
     if (pressed == IDCANCEL) pressed = morvunp::kReplaceCancel;
-    host::NoteReplaceAnswer(dialog, pressed, running_->watch, running_->stop);
+    host::NoteReplaceAnswer(pressed, running_->stop);
   }
   return true;
 }

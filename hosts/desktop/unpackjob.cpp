@@ -49,7 +49,6 @@ Outcome UnpackJob::Run(const host::Request& request, QWidget* parent) {
   host::UnpackWatch watch;
   watch.Start(host::MakePlan(archive_, request));
   host::StopRequest stop;
-  host::ItemProblems problems;
   host::UnpackWindows windows(watch);
   ProgressWindow progress(written_, watch.TotalBytes(), parent);
 
@@ -71,23 +70,22 @@ Outcome UnpackJob::Run(const host::Request& request, QWidget* parent) {
   });
   {
     const SetUpScope setUp(archive_,
-                           {request.settings, windows.FileTree(), windows.Progress(), &problems});
+                           {request.settings, windows.FileTree(), windows.Progress(),
+                            [&](const morvunp::ItemReport& report) { watch.Told(report); }});
     const RunningScope running(interface_, {watch, stop, windows.Progress()});
     progress.show();
-    host::UnpackRequest(archive_, request, stop, problems);
+    host::UnpackRequest(archive_, request, stop, watch);
   }
   written_.Publish();
   Outcome outcome;
-  outcome.totals = Report(request, watch, stop, problems);
+  outcome.totals = Report(request, watch);
   outcome.wasStopped = stop.Stopped();
   outcome.target = platform::ToNativePath(request.target);
   return outcome;
 }
 
-host::Totals UnpackJob::Report(const host::Request& request, const host::UnpackWatch& watch,
-                               const host::StopRequest& stop, const host::ItemProblems& problems) {
-  return host::ReportOutcome(archive_, request, watch,
-                             {.stopped = stop.Stopped(), .problems = &problems},
+host::Totals UnpackJob::Report(const host::Request& request, const host::UnpackWatch& watch) {
+  return host::ReportOutcome(archive_, request, watch, {},
                              [this](const host::Item& item, const host::Reason& reason) {
                                missing_.Add(item.path, reason);
                              });

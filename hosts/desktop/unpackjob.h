@@ -27,8 +27,7 @@ class UnpackJob {
   WrittenModel& Written() { return written_; }
 
  private:
-  host::Totals Report(const host::Request& request, const host::UnpackWatch& watch,
-                      const host::StopRequest& stop, const host::ItemProblems& problems);
+  host::Totals Report(const host::Request& request, const host::UnpackWatch& watch);
 
   host::Archive& archive_;
   host::PasswordAnswer& password_;

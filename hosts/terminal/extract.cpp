@@ -127,14 +127,13 @@ int Extract(const ExtractCommand& command) {
   host::UnpackWatch watch;
   ProgressLine line(!command.isQuiet && isatty(STDERR_FILENO) == 1);
   host::PasswordAnswer password = AnswerOnTerminal(command.password);
-  host::ItemProblems problems;
   TerminalInterface interface(watch, line, password, command.overwrite == Overwrite::kNone);
   host::UnpackWindows windows(watch);
   windows.onProgress = [&](unsigned) { line.Show(watch.BytesDone(), watch.CurrentName()); };
   interface.SetProgressWindow(windows.Progress());
   host::Archive archive = OpenForCommand(
-      command.archive,
-      {SettingsOf(command), windows.FileTree(), windows.Progress(), &problems, &password});
+      command.archive, {SettingsOf(command), windows.FileTree(), windows.Progress(),
+                        [&](const morvunp::ItemReport& report) { watch.Told(report); }, &password});
 
   RunList list = RunsOf(archive, command);
   if (list.runs.empty()) return kExitIncomplete;
@@ -142,15 +141,12 @@ int Extract(const ExtractCommand& command) {
   const InterruptGuard guard;
   watch.Start(host::MakePlan(archive, request));
   line.Start(watch.TotalBytes());
-  host::UnpackRequest(archive, request, interface.Stop(), problems);
+  host::UnpackRequest(archive, request, interface.Stop(), watch);
   line.Clear();
 
   const bool isUnasked = command.overwrite == Overwrite::kAsk && !CanAsk();
   const Totals totals =
-      host::ReportOutcome(archive, request, watch,
-                          {.stopped = interface.Stopped(),
-                           .kept = {isUnasked ? kKeptUnasked : kKept},
-                           .problems = &problems},
+      host::ReportOutcome(archive, request, watch, {.kept = {isUnasked ? kKeptUnasked : kKept}},
                           [](const Item& item, const Reason& reason) {
                             PrintError(ShownPath(item.path) + ": " + ShownReason(reason));
                           });

@@ -44,7 +44,7 @@ void TerminalInterface::RunReplaceDialog(CDialog& dialog) {
   const bool keepUnasked = keepExisting_ || !canAsk_;
   const UINT pressed =
       keepUnasked ? morvunp::kReplaceNo : AskDialog(dialog).value_or(morvunp::kReplaceCancel);
-  host::NoteReplaceAnswer(dialog, pressed, watch_, stop_);
+  host::NoteReplaceAnswer(pressed, stop_);
   dialog.Press(pressed);
 }
 

@@ -12,6 +12,7 @@
 
 namespace cab {
 class Cabinet;
+class CCabItemInfo;
 class Extraction;
 }  // namespace cab
 
@@ -70,6 +71,8 @@ class MORVUNP_API CCabUnpacker {
   void GetIniYesToAll(INIYESTOALL& answers) const;
   void SetWndFileTree(CWnd* window);
   void SetHandleDialogProgress(HWND dialog);
+  /// See morvunp/itemreport.h. Either may be empty.
+  void SetItemReport(morvunp::ItemReportFunction item, morvunp::RunReportFunction run = {});
 
   bool OpenArchive(const std::wstring& path);
   /// False when nothing was ever opened. Keeps the item list.
@@ -80,6 +83,8 @@ class MORVUNP_API CCabUnpacker {
   bool FindFile();
   bool InitScan();
   bool FindNextFile();
+  /// Place of the current item in the walk, from 0; the one that reports name.
+  ULONGLONG GetPosition() const;
   /// False when the table could not be read whole by the last scan.
   bool IsListComplete() const;
   bool GetFileShortInfo(CABFILESHORTINFO& info) const;
@@ -145,15 +150,25 @@ class MORVUNP_API CCabUnpacker {
   CUnpackState m_state;
 
  private:
+  void StartRoot(const std::wstring& target);
+  void BeginItem(const std::wstring& path);
+  bool RefuseName();
+  bool UnpackAt(const OutputPlace& place);
   bool SelectItem(const std::wstring& path);
+  std::optional<OutputPlace> PlaceOf(const cab::CCabItemInfo& item) const;
+  bool ProcessItem(const char* fileName);
   bool RunPass();
   bool RunOverItems(DWORD mode, const std::wstring& target);
-  bool ProcessPlace(const std::optional<OutputPlace>& place);
+  morvunp::RunReport EndOfPass(bool isCopied) const;
+  void TellRest(bool isCopied);
   void BeginFile(const std::wstring& name);
   INT_PTR OnCopyFile(const FDINOTIFICATION& notification);
   INT_PTR OnCloseFile(const FDINOTIFICATION& notification);
   INT_PTR OnEnumerate();
-  UINT OnWritten(UINT written);
+  INT_PTR OnCabinetInfo(const FDINOTIFICATION& notification);
+  INT_PTR OnPartialFile(const FDINOTIFICATION& notification);
+  INT_PTR OnNextCabinet(const FDINOTIFICATION& notification);
+  UINT OnWrite(const void* bytes, UINT count);
 
   std::unique_ptr<cab::Cabinet> m_pCabinet;
   std::unique_ptr<cab::Extraction> m_pExtraction;

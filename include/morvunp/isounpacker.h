@@ -8,9 +8,15 @@
 
 #include "morvunp/unpackstate.h"
 
+struct OutputPlace;
+
 namespace iso {
 class Image;
 }
+namespace output {
+class Root;
+struct Item;
+}  // namespace output
 
 /// What every format tells of an item.
 struct ISOFILESHORTINFO {
@@ -70,6 +76,8 @@ class MORVUNP_API CIsoUnpacker {
   void GetIniYesToAll(INIYESTOALL& answers) const;
   void SetWndFileTree(CWnd* window);
   void SetHandleDialogProgress(HWND dialog);
+  /// See morvunp/itemreport.h. Either may be empty.
+  void SetItemReport(morvunp::ItemReportFunction item, morvunp::RunReportFunction run = {});
 
   bool OpenArchive(const std::wstring& path);
   /// Keeps the item list, which stays readable.
@@ -84,6 +92,8 @@ class MORVUNP_API CIsoUnpacker {
 
   bool FindFile();
   bool FindNextFile();
+  /// Place of the current item in the walk, from 0; the one that reports name.
+  ULONGLONG GetPosition() const;
   bool GetFileShortInfo(ISOFILESHORTINFO& info) const;
   bool GetFileFullInfo(ISOFILEFULLINFO& info) const;
   /// Makes the first item with this path current, ignoring case.
@@ -122,6 +132,9 @@ class MORVUNP_API CIsoUnpacker {
   CUnpackState m_state;
 
  private:
+  output::Item CurrentItem(const std::wstring& path) const;
+  output::Root RootAt(const std::wstring& target);
+  bool WriteItem(output::Root& root, const OutputPlace& place);
   template <class PlaceOf>
   bool UnpackItems(const std::wstring& target, PlaceOf placeOf);
 

@@ -4,6 +4,7 @@
 #include "morvunp/cabunpacker.h"
 #include "morvunp/dostime.h"
 #include "morvunp/isounpacker.h"
+#include "morvunp/itemreport.h"
 #include "morvunp/messages.h"
 #include "morvunp/outputplace.h"
 #include "morvunp/rarunpacker.h"

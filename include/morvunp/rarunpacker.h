@@ -2,7 +2,6 @@
 #pragma once
 
 #include <exception>
-#include <functional>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -10,9 +9,16 @@
 
 #include "morvunp/unpackstate.h"
 
+struct OutputPlace;
+
 namespace frame {
 class Totals;
 }
+namespace output {
+class Root;
+struct FileFacts;
+struct Item;
+}  // namespace output
 
 namespace rar {
 class Engine;
@@ -87,34 +93,6 @@ struct RARFILEFULLINFO {
 /// volume. A volume set may have such a header for each part of a file.
 inline constexpr DWORD kRarSplitBefore = 0x01;
 
-/// Why an item did not come out, or why a walk ended before the archive did.
-enum class RarProblem {
-  kNone,
-  kWrongPassword,
-  /// Older archives do not tell the two apart.
-  kWrongPasswordOrDamaged,
-  /// None was given: the prompt was cancelled or could not be shown.
-  kNoPassword,
-  kDamaged,
-  kMissingVolume,
-  /// The file began in a volume before the one that was opened.
-  kBeginsEarlier,
-  /// The name is unsafe, or longer than can be handled.
-  kUnsafeName,
-  /// A link that would lead out of the target folder.
-  kUnsafeLink,
-  /// A further name or a copy of an item that this run did not write.
-  kNoSource,
-  kCannotWrite,
-  kNoMemory,
-};
-
-/// Told of each item that did not come out for a reason of the archive. The
-/// path is that of the item; `detail` names the missing volume, as the engine
-/// spells it, and is empty otherwise.
-using RarProblemReport =
-    std::function<void(const std::wstring& path, RarProblem problem, const std::wstring& detail)>;
-
 /// Opens RAR archives. See morvunp/unpacker.h for the common contract.
 ///
 /// The archive is a stream: each record operation reads the next header, and
@@ -132,7 +110,8 @@ class MORVUNP_API CRarUnpacker {
   void GetIniYesToAll(INIYESTOALL& answers) const;
   void SetWndFileTree(CWnd* window);
   void SetHandleDialogProgress(HWND dialog);
-  void SetProblemReport(RarProblemReport report);
+  /// See morvunp/itemreport.h. Either may be empty.
+  void SetItemReport(morvunp::ItemReportFunction item, morvunp::RunReportFunction run = {});
 
   /// Asks for the password when the headers are encrypted.
   bool OpenArchive(const std::wstring& path);
@@ -143,6 +122,8 @@ class MORVUNP_API CRarUnpacker {
   /// Passes over the item whose header was read last, if it has not been
   /// unpacked. False when that fails; true at the end of the archive, too.
   bool FindNextFile();
+  /// Place of the current item in the walk, from 0; the one that reports name.
+  ULONGLONG GetPosition() const;
   /// Shows a message when the header is damaged or the password wrong.
   bool GetFileShortInfo(RARFILESHORTINFO& info);
   bool GetFileFullInfo(RARFILEFULLINFO& info);
@@ -151,7 +132,7 @@ class MORVUNP_API CRarUnpacker {
   /// Why the last walk ended before the archive did; kNone when it did not. The
   /// walk of an unpack run ends where the engine loses its place: the items
   /// behind are not reached.
-  RarProblem GetWalkProblem() const;
+  morvunp::ItemReason GetWalkProblem() const;
   /// The last walk met continuations of split files, which the summary texts
   /// count as files of their own.
   bool HasContinuations() const;
@@ -214,29 +195,32 @@ class MORVUNP_API CRarUnpacker {
   void UsePassword();
   int ReadHeader();
   int PassOver();
-  RarProblem ProblemOf(int code, bool isEncrypted) const;
-  /// Tells why the item in hand does not come out. False.
-  bool Report(RarProblem problem);
-
+  morvunp::ItemReason ProblemOf(int code, bool isEncrypted) const;
   std::wstring TextOf(frame::Totals totals);
 
   template <class PlaceOf>
   bool UnpackItems(const std::wstring& target, PlaceOf placeOf);
   bool LocateSource();
-  bool UnpackItem(const std::wstring& name, const std::wstring& folder);
-  std::wstring OutputPath(const std::wstring& name, const std::wstring& folder);
-  bool MayReplace(const std::wstring& path);
-  RarProblem Replace(const std::wstring& path, std::size_t depth);
-  RarProblem Write(const std::wstring& path, std::size_t depth);
-  RarProblem Extract(const std::wstring& path, std::size_t depth);
-  RarProblem Repeat(const std::wstring& path);
+  output::Root RootAt(const std::wstring& target);
+  output::Item CurrentItem(const std::wstring& path) const;
+  bool WriteItem(const OutputPlace& place);
+  bool UnpackAt(const OutputPlace& place);
+  bool Write();
+  bool WriteData();
+  bool WriteOldLink();
+  bool Repeat(const output::FileFacts& facts);
+  bool Fail(int code);
+  template <class PlaceOf>
+  void TellRest(PlaceOf placeOf);
+  int OnData(const void* bytes, std::size_t length);
 
   int OnCallback(UINT message, LPARAM p1, LPARAM p2);
   int OnPasswordNeeded(char* buffer, std::size_t capacity);
 
-  RarProblem m_nWalkProblem = RarProblem::kNone;
+  morvunp::ItemReason m_nWalkProblem = morvunp::ItemReason::kNone;
   BYTE m_bContinuations = 0;
-  RarProblemReport m_reportProblem;
+  /// Number of items that the walk has come to.
+  ULONGLONG m_nItems = 0;
   /// The volume that the engine asked for in vain.
   std::wstring m_strMissingVolume;
   /// Thrown in a callback, to be thrown again behind the engine.

@@ -3,16 +3,21 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
 #include "morvunp/unpackstate.h"
 
+struct OutputPlace;
+
 namespace frame {
-class OutputFolders;
 class Totals;
-}  // namespace frame
+}
+namespace output {
+class Root;
+}
 namespace sevenzip {
 class C7zExtractCallback;
 class Engine;
@@ -60,22 +65,11 @@ struct SEVENZIPFILEFULLINFO {
   BYTE bFolder = 0;
 };
 
-/// What the engine itself found of an item's content.
-enum class SevenZipVerdict : BYTE {
-  /// It has not finished the item.
-  kNone,
-  /// As the archive promises, as far as it promises anything.
-  kGood,
-  /// Damaged, decoded with a wrong password, or of a method that it lacks.
-  kBad,
-};
-
 /// Opens 7z archives. See morvunp/unpacker.h for the common contract.
 ///
 /// The engine is loaded for every open; without it OpenArchive gives false. A
-/// wrong password or damaged data shows nowhere in the results: compare what
-/// was written with the CRC of its record, or ask GetLastVerdict. A copy has no
-/// archive open.
+/// wrong password or damaged data shows nowhere in the results, only in the
+/// reports of the items. A copy has no archive open.
 class MORVUNP_API C7zUnpacker {
  public:
   using ShortInfo = SEVENZIPFILESHORTINFO;
@@ -91,6 +85,8 @@ class MORVUNP_API C7zUnpacker {
   void GetIniYesToAll(INIYESTOALL& answers) const;
   void SetWndFileTree(CWnd* window);
   void SetHandleDialogProgress(HWND dialog);
+  /// See morvunp/itemreport.h. Either may be empty.
+  void SetItemReport(morvunp::ItemReportFunction item, morvunp::RunReportFunction run = {});
 
   bool OpenArchive(const std::wstring& path);
   /// Opens a split set by its first volume: name.001 (or .01, .0001) or name.aa.
@@ -102,12 +98,10 @@ class MORVUNP_API C7zUnpacker {
   /// it understood: items may be missing.
   bool IsListComplete() const;
 
-  /// What the engine said of the item that it finished last: of the file in
-  /// question, when asked while the file-tree window is told of it.
-  SevenZipVerdict GetLastVerdict() const { return m_verdict; }
-
   bool FindFile();
   bool FindNextFile();
+  /// Place of the current item in the walk, from 0; the one that reports name.
+  ULONGLONG GetPosition() const;
   bool GetFileShortInfo(SEVENZIPFILESHORTINFO& info) const;
   bool GetFileFullInfo(SEVENZIPFILEFULLINFO& info) const;
   /// True when the path of a folder contains `path` anywhere.
@@ -172,11 +166,11 @@ class MORVUNP_API C7zUnpacker {
   std::wstring m_strCurrentName;
   std::wstring m_strCurrentFolder;
   std::wstring m_strOutputPath;
+  /// The run ends: Cancel, or a file that cannot be created.
   BYTE m_bReplaceCancelled = 0;
   // Size and MS-DOS date and time of the item in hand.
   ULONGLONG m_nTotal = 0;
   DWORD m_nItemDateTime = 0;
-  SevenZipVerdict m_verdict = SevenZipVerdict::kNone;
 
  private:
   template <class Callback, class Stream>
@@ -186,16 +180,25 @@ class MORVUNP_API C7zUnpacker {
   bool FindItem(const std::function<bool(const SEVENZIPFILESHORTINFO&)>& isIt);
   std::wstring TextOf(frame::Totals totals);
 
-  bool MayWriteItem(const std::wstring& path);
+  output::Root RootAt(const std::wstring& target);
+  /// The current item, of the record, as what is reported of it.
+  void BeginItem(const SEVENZIPFILEFULLINFO& info);
+  bool RefuseName();
+  bool UnpackAt(const OutputPlace& place);
   void BeginFile(const std::wstring& name);
-  template <class PlaceOf>
-  bool ProcessItem(DWORD index, PlaceOf placeOf);
+  bool ProcessItem(DWORD index);
   bool RunExtract(const DWORD* indices, DWORD count, sevenzip::C7zExtractCallback& callback);
   bool RunOverItems(const DWORD* indices, DWORD count, const std::wstring& target);
+  std::optional<OutputPlace> PlaceInRun(const std::wstring& path, bool isFolder) const;
+  void TellRest(morvunp::RunReport end);
 
   std::unique_ptr<sevenzip::Engine> m_pEngine;
-  /// The folders of the run in hand; null in none.
-  frame::OutputFolders* m_pFolders = nullptr;
+  /// What the run in hand writes into; null in none.
+  output::Root* m_pRoot = nullptr;
+  /// The first item that the run in hand has not come to.
+  DWORD m_nNext = 0;
+  /// The item in hand cannot be decoded without a password.
+  bool m_bEncrypted = false;
   /// An item has been made current since the archive was opened.
   bool m_bHasCurrent = false;
 };

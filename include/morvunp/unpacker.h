@@ -21,6 +21,7 @@
 #include <concepts>
 #include <string>
 
+#include "morvunp/itemreport.h"
 #include "morvunp/records.h"
 
 template <class T>
@@ -32,6 +33,10 @@ concept Unpacker = requires(T unpacker, const INIUNPACK& settings, INIYESTOALL& 
   { unpacker.GetIniYesToAll(answers) } -> std::same_as<void>;
   { unpacker.SetWndFileTree(window) } -> std::same_as<void>;
   { unpacker.SetHandleDialogProgress(dialog) } -> std::same_as<void>;
+  {
+    unpacker.SetItemReport(morvunp::ItemReportFunction(), morvunp::RunReportFunction())
+    } -> std::same_as<void>;
+  { unpacker.GetPosition() } -> std::same_as<ULONGLONG>;
   { unpacker.OpenArchive(text) } -> std::same_as<bool>;
   { unpacker.CloseArchive() } -> std::same_as<bool>;
   { unpacker.FindFile() } -> std::same_as<bool>;

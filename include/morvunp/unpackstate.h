@@ -2,11 +2,13 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
+#include "morvunp/itemreport.h"
 #include "morvunp/records.h"
 
 /// Settings, standing answers, host hooks and the state of the running unpack.
-/// A plain value: the operations on it are in frame/.
+/// A plain value: the operations on it are in frame/ and output/.
 struct CUnpackState {
   INIUNPACK m_iniUnpack;
   INIYESTOALL m_iniYesToAll;
@@ -23,4 +25,9 @@ struct CUnpackState {
   BYTE m_bStopRequest = 0;
   /// Full path of the file being written or of the folder last created.
   std::wstring m_strLastTarget;
+  /// Told of each item, and of the end of each run; may be empty.
+  morvunp::ItemReportFunction m_reportItem;
+  morvunp::RunReportFunction m_reportRun;
+  /// The archive that is being read and its volumes: never written to.
+  std::vector<platform::FileIdentity> m_archiveFiles;
 };

@@ -62,7 +62,7 @@ bool UnpackWith(U& unpacker, const TempFolder& folder, const wchar_t* file) {
       file != nullptr ? unpacker.UnpackFile(file, target) : unpacker.UnpackArchive(target);
   // The result is that of the last item: there may be more that none speaks of.
   if constexpr (requires { unpacker.GetWalkProblem(); }) {
-    return result && unpacker.GetWalkProblem() == RarProblem::kNone;
+    return result && unpacker.GetWalkProblem() == morvunp::ItemReason::kNone;
   }
   return result && !IsListCut(unpacker);
 }

@@ -8,9 +8,21 @@
 #include <fstream>
 #include <system_error>
 
+#include "platform/below.h"
 #include "platform/text.h"
 
 namespace testsupport {
+
+bool SetAttributes(const std::wstring& folder, const std::wstring& name, unsigned attributes) {
+  const HANDLE parent = platform::OpenFolder(folder.c_str());
+  const HANDLE file = platform::OpenFileBelow(parent, name.c_str());
+  const bool isOpen = file != INVALID_HANDLE_VALUE;
+  const bool isSet = isOpen && platform::SetAttributesOf(file, attributes) != FALSE;
+  if (isOpen) CloseHandle(file);
+  CloseHandle(parent);
+  return isSet;
+}
+
 namespace {
 
 namespace fs = std::filesystem;

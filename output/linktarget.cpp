@@ -1,10 +1,10 @@
-#include "rar/linktarget.h"
+#include "output/linktarget.h"
 
 #include <algorithm>
 
 #include "frame/itempath.h"
 
-namespace rar {
+namespace output {
 
 bool StaysInside(std::wstring_view linkTarget, std::size_t depth) {
   if (linkTarget.empty() || linkTarget.front() == frame::kSeparator) return false;
@@ -20,4 +20,4 @@ bool StaysInside(std::wstring_view linkTarget, std::size_t depth) {
   return true;
 }
 
-}  // namespace rar
+}  // namespace output

@@ -1,6 +1,7 @@
 #include "morvunp/outputplace.h"
 
 #include "frame/itempath.h"
+#include "output/root.h"
 
 namespace {
 
@@ -44,4 +45,9 @@ std::optional<OutputPlace> PlaceInArchiveRun(const INIUNPACK& settings, const st
   if (settings.bUnpackArchiveNoPaths == 0) return PlaceUnder(target, path, isFolder);
   if (isFolder) return std::nullopt;
   return OutputPlace{target, std::wstring(NameOf(path))};
+}
+
+bool MakeOutputFolder(const std::wstring& folder, const std::wstring& target) {
+  CUnpackState state;
+  return output::Root(state, target, [](const std::wstring&) {}).MakeFolder(folder);
 }

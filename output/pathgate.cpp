@@ -1,15 +1,15 @@
-#include "frame/pathgate.h"
+#include "output/pathgate.h"
 
 #include <algorithm>
 
 #include "frame/itempath.h"
 #include "morvunp/outputplace.h"
 
-namespace frame {
+namespace output {
 namespace {
 
 /// Separators of either system, and what ends a path.
-bool IsForbidden(wchar_t c) { return c == kSeparator || c == L'/' || c == L'\0'; }
+bool IsForbidden(wchar_t c) { return c == frame::kSeparator || c == L'/' || c == L'\0'; }
 
 bool StartsWithDrive(std::wstring_view name) {
   if (name.size() < 2 || name[1] != L':') return false;
@@ -27,15 +27,15 @@ bool IsSafeName(std::wstring_view name, bool inRoot) {
 
 bool IsSafePath(std::wstring_view path, bool inRoot) {
   for (;; inRoot = false) {
-    const std::size_t end = path.find(kSeparator);
+    const std::size_t end = path.find(frame::kSeparator);
     if (!IsSafeName(path.substr(0, end), inRoot)) return false;
     if (end == path.npos) return true;
     path.remove_prefix(end + 1);
   }
 }
 
-}  // namespace frame
+}  // namespace output
 
 bool IsSafeItem(std::wstring_view path, std::wstring_view name) {
-  return frame::NameOf(path) == name && frame::IsSafePath(path, true);
+  return frame::NameOf(path) == name && output::IsSafePath(path, true);
 }

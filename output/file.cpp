@@ -1,0 +1,165 @@
+#include "output/file.h"
+
+#include <cerrno>
+#include <new>
+#include <random>
+#include <utility>
+
+#include "platform/below.h"
+
+namespace output {
+namespace {
+
+/// As many as find a free one of 2^64 names, unless somebody is at work who
+/// wants none to be free.
+constexpr int kAttempts = 8;
+
+}  // namespace
+
+std::wstring PrivateName() {
+  std::random_device device;
+  std::wstring name = L".morvunp-";
+  for (int i = 0; i < 16; ++i) name += L"0123456789abcdef"[device() % 16];
+  return name;
+}
+
+bool File::Create(const std::wstring& name, DWORD mode) {
+  m_name = name;
+  m_aside.clear();
+  m_placing = Placing::kFresh;
+  m_mode = mode;
+  m_file.Take(platform::CreateFileBelow(m_folders.Current(), name.c_str(), mode));
+  return m_bPending = m_file.IsOpen();
+}
+
+bool File::Replace(const std::wstring& name, const platform::FoundFile& existing, Placing placing,
+                   std::optional<DWORD> mode) {
+  m_name = name;
+  m_aside.clear();
+  m_placing = placing;
+  if (placing == Placing::kBeside) return CreateBeside(existing, mode);
+  if (Rewrite(existing)) return true;
+  // Gone meanwhile: the name is free.
+  if (platform::LastSystemError() == ENOENT) return Create(name, mode.value_or(kDefaultMode));
+  if (platform::LastSystemError() != EMLINK) return false;
+  m_placing = Placing::kBeside;
+  return CreateBeside(existing, mode);
+}
+
+bool File::Rewrite(const platform::FoundFile& existing) {
+  constexpr DWORD kSetId = 06000;
+  if (existing.links > 1 || (existing.mode & kSetId) != 0) {
+    return platform::FailWithErrno(EMLINK) != FALSE;
+  }
+  // A protection that cannot be cleared shows when the file is opened.
+  constexpr DWORD kProtective =
+      FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN;
+  if ((existing.attributes & kProtective) != 0) {
+    platform::ClearProtectionBelow(m_folders.Current(), m_name.c_str());
+  }
+  m_file.Take(platform::RewriteFileBelow(m_folders.Current(), m_name.c_str()));
+  m_bPending = m_file.IsOpen();
+  if (m_bPending) m_reporter.TellReplaced();
+  return m_bPending;
+}
+
+bool File::CreateBeside(const platform::FoundFile& existing, std::optional<DWORD> mode) {
+  for (int i = 0; i < kAttempts; ++i) {
+    m_aside = PrivateName();
+    m_mode = mode.value_or(existing.mode) & 0777;
+    m_file.Take(platform::CreateFileBelow(m_folders.Current(), m_aside.c_str(), m_mode));
+    if (m_file.IsOpen()) break;
+    if (GetLastError() != ERROR_FILE_EXISTS) return false;
+  }
+  // The umask may have held some back. A refusal leaves the file less open.
+  m_bPending = m_file.IsOpen();
+  if (m_bPending && !mode) platform::SetModeOf(m_file.Get(), m_mode);
+  return m_bPending;
+}
+
+bool File::Write(const void* bytes, DWORD length) {
+  DWORD written = 0;
+  const BOOL done = WriteFile(m_file.Get(), bytes, length, &written, nullptr);
+  m_reporter.AddBytes(written);
+  if (done != FALSE && written == length) return true;
+  return done == FALSE ? m_reporter.TellRefusal() : m_reporter.TellError(EIO);
+}
+
+bool File::Skip(ULONGLONG length) {
+  if (frame::MoveFilePointer(m_file.Get(), static_cast<LONGLONG>(length), FILE_CURRENT) !=
+      ERROR_SUCCESS) {
+    return m_reporter.TellRefusal();
+  }
+  m_reporter.AddBytes(length);
+  return true;
+}
+
+bool File::EndHere() { return SetEndOfFile(m_file.Get()) != FALSE || m_reporter.TellRefusal(); }
+
+bool File::Finish(const FileFacts& facts, morvunp::ItemReason defect) {
+  if (facts.lastWrite) {
+    SetFileTime(m_file.Get(), &*facts.lastWrite, nullptr, &*facts.lastWrite);
+  }
+  // A new file was created with its mode.
+  const DWORD wanted = facts.attributes.value_or(0);
+  const bool hasMode = m_placing != Placing::kInPlace &&
+                       (wanted & FILE_ATTRIBUTE_UNIX_EXTENSION) != 0 &&
+                       (wanted >> 16 & 0777) == (m_mode & 0777);
+  if (facts.attributes && !hasMode) platform::SetAttributesOf(m_file.Get(), wanted);
+  if (!m_file.Close()) {
+    m_reporter.TellRefusal();
+    KeepBroken();
+    return false;
+  }
+  if (!TakeName()) return m_reporter.TellRefusal();
+  m_reporter.TellWritten(defect);
+  return true;
+}
+
+bool File::TakeName() {
+  if (m_aside.empty()) {
+    m_bPending = false;
+    return true;
+  }
+  const HANDLE folder = m_folders.Current();
+  if (platform::RenameBelow(folder, m_aside.c_str(), m_name.c_str()) == FALSE) {
+    const int error = platform::LastSystemError();
+    Remove();
+    return platform::FailWithErrno(error) != FALSE;
+  }
+  m_bPending = false;
+  m_aside.clear();
+  m_reporter.TellReplaced();
+  return true;
+}
+
+void File::KeepBroken() {
+  if (!m_aside.empty()) return Remove();
+  m_bPending = false;
+  m_file.Close();
+}
+
+void File::Remove() {
+  if (!std::exchange(m_bPending, false)) return;
+  const std::wstring& name = m_aside.empty() ? m_name : m_aside;
+  const platform::FileIdentity ours =
+      m_file.IsOpen() ? platform::IdentityOf(m_file.Get()) : platform::FileIdentity{};
+  m_file.Close();
+  platform::FoundFile named;
+  // Not what may have come to its name since; nobody knows the other name.
+  const bool isOurs =
+      !m_aside.empty() || (platform::FindBelow(m_folders.Current(), name.c_str(), named) != FALSE &&
+                           ours == named.identity);
+  if (isOurs) platform::DeleteBelow(m_folders.Current(), name.c_str());
+  m_aside.clear();
+}
+
+File::~File() {
+  try {
+    Remove();
+  } catch (const std::bad_alloc&) {
+    // Not even memory for a name is left: the file stays.
+  }
+}
+
+}  // namespace output

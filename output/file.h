@@ -1,0 +1,95 @@
+// A file on its way out.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "frame/filesystem.h"
+#include "output/folders.h"
+#include "platform/below.h"
+
+namespace output {
+
+/// What a finished file is given.
+struct FileFacts {
+  /// UTC; none: it keeps the time of writing.
+  std::optional<FILETIME> lastWrite{};
+  /// As SetFileAttributesW; none: it keeps what it has.
+  std::optional<DWORD> attributes{};
+};
+
+/// Permission bits of a new file, before the umask, where nothing is said.
+inline constexpr DWORD kDefaultMode = 0666;
+
+/// How a file comes to its name.
+enum class Placing {
+  /// Under its own name, which is free.
+  kFresh,
+  /// Into the existing file.
+  kInPlace,
+  /// Under another name, to take its own when it is whole.
+  kBeside,
+};
+
+/// The one file that a run writes at a time, in the current folder. What is
+/// neither finished nor kept goes when the object does, as by an exception.
+class File {
+ public:
+  File(CUnpackState& state, Reporter& reporter, Folders& folders)
+      : m_state(state), m_reporter(reporter), m_folders(folders) {}
+  ~File();
+  File(const File&) = delete;
+  File& operator=(const File&) = delete;
+
+  /// `mode` is that of a fresh file, before the umask. False when the name is
+  /// taken (ERROR_FILE_EXISTS) or the system refuses; nothing is told.
+  bool Create(const std::wstring& name, DWORD mode);
+  /// Makes way for a file that may be replaced. A new file in its place has its
+  /// permissions unless a mode is given. False when the system refuses.
+  bool Replace(const std::wstring& name, const platform::FoundFile& existing, Placing placing,
+               std::optional<DWORD> mode);
+
+  bool IsOpen() const { return m_file.IsOpen(); }
+  HANDLE Get() const { return m_file.Get(); }
+
+  /// False when not all of it could be written, which is told.
+  bool Write(const void* bytes, DWORD length);
+  /// Leaves a hole of zeros, which costs nothing whatever its length.
+  bool Skip(ULONGLONG length);
+  /// Ends the file where the writing ended, also behind a hole.
+  bool EndHere();
+
+  /// The file is complete: dates it, gives it its attributes and its name, and
+  /// tells that it was written, or, where the format takes it for complete in
+  /// spite of it, what is wrong with it. False when one of these fails, which
+  /// is told.
+  bool Finish(const FileFacts& facts, morvunp::ItemReason defect = morvunp::ItemReason::kNone);
+  /// Closes a file that is not whole and leaves what came out of it; one that
+  /// was to replace another goes.
+  void KeepBroken();
+  /// Deletes what was written.
+  void Remove();
+
+ private:
+  bool CreateBeside(const platform::FoundFile& existing, std::optional<DWORD> mode);
+  bool Rewrite(const platform::FoundFile& existing);
+  bool TakeName();
+
+  CUnpackState& m_state;
+  Reporter& m_reporter;
+  Folders& m_folders;
+  frame::OpenFile m_file;
+  /// A file was made and is neither finished nor given up.
+  bool m_bPending = false;
+  Placing m_placing = Placing::kFresh;
+  std::wstring m_name;
+  /// Its name until it is whole; empty unless it is written beside.
+  std::wstring m_aside;
+  /// Permission bits that a new file was created with.
+  DWORD m_mode = 0;
+};
+
+/// A name that nobody can guess.
+std::wstring PrivateName();
+
+}  // namespace output

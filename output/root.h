@@ -1,0 +1,83 @@
+// All that a run does to the disk.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "output/file.h"
+#include "output/folders.h"
+#include "output/report.h"
+
+namespace output {
+
+/// The target of one run. The formats write through it and nothing else: it
+/// makes folders, decides about existing files, creates, dates and renames
+/// files, makes links, and tells what becomes of each item. Nothing that it
+/// does reaches outside the target folder.
+class Root {
+ public:
+  /// `report` is told of every folder that is made. Files that are read, in
+  /// `state`, are never replaced.
+  Root(CUnpackState& state, std::wstring target, frame::FolderReport report)
+      : m_state(state),
+        m_reporter(state),
+        m_folders(state, m_reporter, std::move(target), std::move(report)),
+        m_file(state, m_reporter, m_folders) {}
+
+  /// An item is in hand from here on.
+  void Begin(Item item) { m_reporter.Begin(std::move(item)); }
+  Reporter& Report() { return m_reporter; }
+  const Reporter& Report() const { return m_reporter; }
+  File& Out() { return m_file; }
+  const std::wstring& Target() const { return m_folders.Target(); }
+
+  /// Makes the folder that is in hand.
+  bool MakeFolder(const std::wstring& folder);
+
+  /// Goes to the folder of a file and makes its path m_strLastTarget.
+  bool Enter(const OutputPlace& place);
+
+  enum class Answer {
+    /// The name is free, or what is there may be replaced.
+    kWrite,
+    kDeclined,
+    /// Told.
+    kFailed,
+  };
+  /// May the file in hand be written? Asks where one exists.
+  Answer Decide();
+  /// Creates the file that Decide allowed. False when that fails, which is
+  /// told. `mode` is that of a new file, before the umask; see File::Replace.
+  bool Open(Placing placing, std::optional<DWORD> mode = {});
+  /// Both at once, with one system call for a name that is free.
+  Answer Create();
+
+  /// A symbolic link, under the rule for links: it must not lead out.
+  bool MakeLink(const std::wstring& target, const FILETIME* lastWrite);
+  /// A further name for what this run wrote at `source` for the item `path`;
+  /// where there can be none, its content. False when that did not come out.
+  bool MakeHardLink(const OutputPlace& source, const std::wstring& path, const FileFacts& facts);
+  bool Copy(const OutputPlace& source, const std::wstring& path, const FileFacts& facts);
+
+  /// A folder of the run's own below the target, which nobody else can look
+  /// into; it goes with what is in it. Empty when there can be none.
+  std::wstring MakePrivateFolder();
+  std::wstring TakeLinkFrom(const std::wstring& privateFolder, const std::wstring& name);
+  void RemovePrivateFolder(const std::wstring& privateFolder);
+
+ private:
+  Answer DecideAbout(const platform::FoundFile& found);
+  bool IsArchive(const platform::FoundFile& found) const;
+  template <class Make>
+  bool MakeName(Make make);
+
+  CUnpackState& m_state;
+  Reporter m_reporter;
+  Folders m_folders;
+  File m_file;
+  std::wstring m_name;
+  /// What Decide found at the place of the file in hand.
+  std::optional<platform::FoundFile> m_existing;
+};
+
+}  // namespace output

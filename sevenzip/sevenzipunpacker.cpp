@@ -1,6 +1,8 @@
 // C7zUnpacker: opening, the walk and the queries. extraction.cpp unpacks.
 #include "morvunp/sevenzipunpacker.h"
 
+#include "frame/ansitext.h"
+#include "frame/dostime.h"
 #include "frame/filesystem.h"
 #include "frame/foldermap.h"
 #include "frame/iteminfo.h"
@@ -147,15 +149,7 @@ class ItemReader {
 /// 0 where there is none, or none that an MS-DOS time can tell.
 DWORD DosDateTimeOf(const sevenzip::Property& time) {
   if (time.Type() != VT_FILETIME) return 0;
-  const FILETIME universal = time.Time();
-  FILETIME local;
-  WORD date = 0;
-  WORD clock = 0;
-  if (FileTimeToLocalFileTime(&universal, &local) == FALSE ||
-      CoFileTimeToDosDateTime(&local, &date, &clock) == FALSE) {
-    return 0;
-  }
-  return DWORD{date} << 16 | clock;
+  return frame::DosDateTimeOf(time.Time());
 }
 
 /// False when there is no path.

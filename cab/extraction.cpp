@@ -104,6 +104,7 @@ bool CCabUnpacker::RunPass() {
   run.BeginPass();
   run.m_folders.emplace(m_state, run.m_strTarget,
                         [this](const std::wstring& folder) { UpdateFileTree(folder); });
+  const frame::CodePageScope codePage(m_state);
   const bool isCopied = m_pCabinet->Copy(FDICallback_Extract, this);
   if (run.m_bInterrupted) DeleteFileW(run.m_strOutputPath.c_str());
   return isCopied;

@@ -1,6 +1,7 @@
 // Opening, walking, records and summary texts. Unpacking is in extraction.cpp.
 #include "morvunp/rarunpacker.h"
 
+#include "frame/ansitext.h"
 #include "frame/filesystem.h"
 #include "frame/foldermap.h"
 #include "frame/iteminfo.h"
@@ -52,6 +53,10 @@ void CRarUnpacker::GetIniYesToAll(INIYESTOALL& answers) const { answers = m_stat
 void CRarUnpacker::SetWndFileTree(CWnd* window) { m_state.m_pWndFileTree = window; }
 
 void CRarUnpacker::SetHandleDialogProgress(HWND dialog) { m_state.m_hDialogProgress = dialog; }
+
+bool CRarUnpacker::SetCodePage(const std::string& name) {
+  return frame::SetCodePage(m_state, name);
+}
 
 void CRarUnpacker::SetProblemReport(RarProblemReport report) {
   m_reportProblem = std::move(report);
@@ -285,7 +290,7 @@ void CRarUnpacker::UpdateProgress(ULONGLONG done, ULONGLONG total, const std::ws
 }
 
 void CRarUnpacker::UpdateFileTree(const std::wstring& path) {
-  static std::wstring lastReport;
+  thread_local std::wstring lastReport;
   frame::UpdateFileTree(m_state, lastReport, path);
 }
 

@@ -53,6 +53,8 @@ void C7zUnpacker::SetWndFileTree(CWnd* window) { m_state.m_pWndFileTree = window
 
 void C7zUnpacker::SetHandleDialogProgress(HWND dialog) { m_state.m_hDialogProgress = dialog; }
 
+bool C7zUnpacker::SetCodePage(const std::string& name) { return frame::SetCodePage(m_state, name); }
+
 // Opening and closing.
 
 bool C7zUnpacker::OpenArchive(const std::wstring& path) {
@@ -265,7 +267,7 @@ void C7zUnpacker::UpdateProgress(ULONGLONG done, ULONGLONG total, const std::wst
 }
 
 void C7zUnpacker::UpdateFileTree(const std::wstring& path) {
-  static std::wstring lastReport;
+  thread_local std::wstring lastReport;
   frame::UpdateFileTree(m_state, lastReport, path);
 }
 

@@ -15,7 +15,7 @@ namespace {
 constexpr std::size_t kBlock = std::size_t{256} * 1024;
 
 std::optional<WrittenFile::Content> ContentOf(int descriptor) {
-  static std::vector<char> block(kBlock);
+  thread_local std::vector<char> block(kBlock);
   WrittenFile::Content content;
   for (;;) {
     const ssize_t result = read(descriptor, block.data(), block.size());

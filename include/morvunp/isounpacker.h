@@ -70,6 +70,10 @@ class MORVUNP_API CIsoUnpacker {
   void GetIniYesToAll(INIYESTOALL& answers) const;
   void SetWndFileTree(CWnd* window);
   void SetHandleDialogProgress(HWND dialog);
+  /// The code page in which names of the archive opened next are read: an iconv
+  /// name such as "CP932"; an empty one for the thread's. False, and nothing
+  /// changes, when the system does not know it or it is no superset of ASCII.
+  bool SetCodePage(const std::string& name);
 
   bool OpenArchive(const std::wstring& path);
   /// Keeps the item list, which stays readable.

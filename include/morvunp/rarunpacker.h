@@ -132,6 +132,9 @@ class MORVUNP_API CRarUnpacker {
   void GetIniYesToAll(INIYESTOALL& answers) const;
   void SetWndFileTree(CWnd* window);
   void SetHandleDialogProgress(HWND dialog);
+  /// As for every class. The names in these archives are wide text, so that
+  /// nothing depends on it; false for a code page that cannot be used.
+  bool SetCodePage(const std::string& name);
   void SetProblemReport(RarProblemReport report);
 
   /// Asks for the password when the headers are encrypted.

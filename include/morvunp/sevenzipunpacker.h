@@ -91,6 +91,9 @@ class MORVUNP_API C7zUnpacker {
   void GetIniYesToAll(INIYESTOALL& answers) const;
   void SetWndFileTree(CWnd* window);
   void SetHandleDialogProgress(HWND dialog);
+  /// As for every class. The names in these archives are wide text, so that
+  /// nothing depends on it; false for a code page that cannot be used.
+  bool SetCodePage(const std::string& name);
 
   bool OpenArchive(const std::wstring& path);
   /// Opens a split set by its first volume: name.001 (or .01, .0001) or name.aa.

@@ -23,4 +23,8 @@ struct CUnpackState {
   BYTE m_bStopRequest = 0;
   /// Full path of the file being written or of the folder last created.
   std::wstring m_strLastTarget;
+  /// In which the archive's narrow names are read; empty for the thread's. The
+  /// name and not its converters, so that an object may be copied and may go to
+  /// another thread.
+  std::string m_strCodePage;
 };

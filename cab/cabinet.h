@@ -24,7 +24,7 @@ class Cabinet {
   /// Opens a file in a fresh context. On failure no context is left.
   bool Open(const std::wstring& path);
   /// What a callback of a pass threw, which the interface cannot carry. The
-  /// callbacks have no context of the caller's, so there is one for all.
+  /// callbacks have no context of the caller's, so each thread has one for all.
   static std::exception_ptr& Thrown();
   /// One pass over the open cabinet. Throws what a callback threw.
   bool Copy(PFNFDINOTIFY notify, void* user);

@@ -3,6 +3,7 @@
 
 #include "cab/cabinet.h"
 #include "cab/extraction.h"
+#include "frame/ansitext.h"
 #include "frame/filesystem.h"
 #include "frame/foldermap.h"
 #include "frame/iteminfo.h"
@@ -39,6 +40,10 @@ void CCabUnpacker::SetItemReport(morvunp::ItemReportFunction item, morvunp::RunR
   m_state.m_reportRun = std::move(run);
 }
 
+bool CCabUnpacker::SetCodePage(const std::string& name) {
+  return frame::SetCodePage(m_state, name);
+}
+
 // Opening and closing.
 
 bool CCabUnpacker::OpenArchive(const std::wstring& path) {
@@ -56,7 +61,10 @@ bool CCabUnpacker::DestroyFDIContext() { return m_pCabinet->DestroyFDIContext();
 
 // The scan, the walk and the records.
 
-bool CCabUnpacker::FindFile() { return m_pCabinet->Scan(this); }
+bool CCabUnpacker::FindFile() {
+  const frame::CodePageScope codePage(m_state);
+  return m_pCabinet->Scan(this);
+}
 
 bool CCabUnpacker::InitScan() { return FindFile(); }
 
@@ -69,7 +77,10 @@ INT_PTR CCabUnpacker::FDICallback_Scan(FDINOTIFICATIONTYPE type, FDINOTIFICATION
   });
 }
 
-bool CCabUnpacker::FindNextFile() { return m_pCabinet->Items().FindNextFile(); }
+bool CCabUnpacker::FindNextFile() {
+  const frame::CodePageScope codePage(m_state);
+  return m_pCabinet->Items().FindNextFile();
+}
 
 ULONGLONG CCabUnpacker::GetPosition() const { return m_pCabinet->Items().Position(); }
 
@@ -79,6 +90,7 @@ void CCabUnpacker::RemoveAllItems() { m_pCabinet->Items().RemoveAllItems(); }
 
 bool CCabUnpacker::LocateFile(const std::wstring& path) {
   FindFile();
+  const frame::CodePageScope codePage(m_state);
   return m_pCabinet->Items().LocateFile(path);
 }
 
@@ -173,11 +185,13 @@ std::wstring TextOf(cab::ItemList& items, frame::Totals totals) {
 
 std::wstring CCabUnpacker::GetFolderOutputInfo(const std::wstring& path) {
   FindFile();
+  const frame::CodePageScope codePage(m_state);
   return TextOf(m_pCabinet->Items(), frame::Totals(path));
 }
 
 std::wstring CCabUnpacker::GetArchiveOutputInfo() {
   FindFile();
+  const frame::CodePageScope codePage(m_state);
   return TextOf(m_pCabinet->Items(), frame::Totals());
 }
 
@@ -190,7 +204,7 @@ void CCabUnpacker::UpdateProgress(DWORD done, DWORD total, const std::wstring& t
 }
 
 void CCabUnpacker::UpdateFileTree(const std::wstring& path) {
-  static std::wstring lastReport;
+  thread_local std::wstring lastReport;
   frame::UpdateFileTree(m_state, lastReport, path);
 }
 

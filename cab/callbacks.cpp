@@ -9,15 +9,15 @@
 namespace {
 
 /// The callbacks carry no context of the caller's: the write callback finds the
-/// unpacker here.
-void* m_pThis = nullptr;
+/// unpacker here. It is called on the thread that asked for the file.
+thread_local void* m_pThis = nullptr;
 
 constexpr UINT kWriteFailed = static_cast<UINT>(-1);
 
 }  // namespace
 
 std::exception_ptr& cab::Cabinet::Thrown() {
-  static std::exception_ptr thrown;
+  thread_local std::exception_ptr thrown;
   return thrown;
 }
 

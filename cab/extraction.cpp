@@ -129,6 +129,7 @@ bool CCabUnpacker::RunOverItems(DWORD mode, const std::wstring& target) {
 bool CCabUnpacker::RunPass() {
   cab::Extraction& run = *m_pExtraction;
   run.BeginPass();
+  const frame::CodePageScope codePage(m_state);
   const bool isCopied = m_pCabinet->Copy(FDICallback_Extract, this);
   const bool isAlone = run.m_nMode == cab::kFile && !isCopied;
   if (run.m_root->Out().IsOpen() || isAlone) {
@@ -152,6 +153,7 @@ morvunp::RunReport CCabUnpacker::EndOfPass(bool isCopied) const {
 
 /// The items that a pass which ended early has not come to.
 void CCabUnpacker::TellRest(bool isCopied) {
+  const frame::CodePageScope codePage(m_state);
   cab::Extraction& run = *m_pExtraction;
   const morvunp::RunReport end = EndOfPass(isCopied);
   const cab::ItemList& items = m_pCabinet->Items();

@@ -6,10 +6,14 @@ if(MORVUNP_WERROR)
   target_compile_options(morvunp_options INTERFACE -Werror)
 endif()
 if(MORVUNP_SANITIZE)
-  target_compile_options(morvunp_options INTERFACE -fsanitize=address,undefined
+  set(sanitizers address,undefined)
+  if(MORVUNP_SANITIZE STREQUAL "thread")
+    set(sanitizers thread)
+  endif()
+  target_compile_options(morvunp_options INTERFACE -fsanitize=${sanitizers}
                                                    -fno-sanitize-recover=all
                                                    -fno-omit-frame-pointer)
-  target_link_options(morvunp_options INTERFACE -fsanitize=address,undefined)
+  target_link_options(morvunp_options INTERFACE -fsanitize=${sanitizers})
 endif()
 # Coverage is counted everywhere. Types that both sides of a module's interface
 # know have type information of their own in each.

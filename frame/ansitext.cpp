@@ -27,4 +27,10 @@ std::wstring DecodeAnsi(std::string_view bytes) {
   return text;
 }
 
+bool SetCodePage(CUnpackState& state, const std::string& name) {
+  if (!name.empty() && !platform::IsUsableCodePage(name)) return false;
+  state.m_strCodePage = name;
+  return true;
+}
+
 }  // namespace frame

@@ -1,3 +1,5 @@
+#include "frame/dostime.h"
+
 #include "morvunp/dostime.h"
 
 std::optional<__time64_t> TimeOfDosDateTime(DWORD dateTime) {
@@ -9,4 +11,15 @@ std::optional<__time64_t> TimeOfDosDateTime(DWORD dateTime) {
     return std::nullopt;
   }
   return platform::SecondsOfFileTime(universal);
+}
+
+DWORD frame::DosDateTimeOf(const FILETIME& universal) {
+  FILETIME local;
+  WORD date = 0;
+  WORD clock = 0;
+  if (FileTimeToLocalFileTime(&universal, &local) == FALSE ||
+      CoFileTimeToDosDateTime(&local, &date, &clock) == FALSE) {
+    return 0;
+  }
+  return DWORD{date} << 16 | clock;
 }

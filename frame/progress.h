@@ -28,7 +28,7 @@ bool MayGoOn(CUnpackState& state);
 bool ReportBlock(CUnpackState& state, ULONGLONG done, ULONGLONG total);
 
 /// Reports a written file or a created folder. `lastReport` is the class's
-/// static string, to which the message points.
+/// string of this thread, to which the message points.
 void UpdateFileTree(const CUnpackState& state, std::wstring& lastReport, const std::wstring& path);
 
 }  // namespace frame

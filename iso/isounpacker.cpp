@@ -1,5 +1,6 @@
 #include "morvunp/isounpacker.h"
 
+#include "frame/ansitext.h"
 #include "frame/filesystem.h"
 #include "frame/foldermap.h"
 #include "frame/iteminfo.h"
@@ -36,9 +37,14 @@ void CIsoUnpacker::SetItemReport(morvunp::ItemReportFunction item, morvunp::RunR
   m_state.m_reportRun = std::move(run);
 }
 
+bool CIsoUnpacker::SetCodePage(const std::string& name) {
+  return frame::SetCodePage(m_state, name);
+}
+
 // Opening and closing.
 
 bool CIsoUnpacker::OpenArchive(const std::wstring& path) {
+  const frame::CodePageScope codePage(m_state);
   if (!m_pImage->Open(path)) return false;
   m_state.m_archiveFiles = {m_pImage->Identity()};
   if (m_state.m_bKeepYesToAll == 0) m_state.m_iniYesToAll = {};
@@ -236,7 +242,7 @@ void CIsoUnpacker::UpdateProgress(ULONGLONG done, ULONGLONG total, const std::ws
 }
 
 void CIsoUnpacker::UpdateFileTree(const std::wstring& path) {
-  static std::wstring lastReport;
+  thread_local std::wstring lastReport;
   frame::UpdateFileTree(m_state, lastReport, path);
 }
 

@@ -3,12 +3,13 @@
 // in user.DOSATTRIB, as "0x" and a hexadecimal number.
 #include "platform/attributes.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
-#include <fstream>
 #include <string>
 
 #include "platform/text.h"
@@ -37,16 +38,28 @@ DWORD AttributesOfLink(const std::string& path) {
   return FILE_ATTRIBUTE_REPARSE_POINT | (toFolder ? FILE_ATTRIBUTE_DIRECTORY : 0);
 }
 
-/// The call that tells the mask sets it as well, for all threads.
+/// The start of what the kernel tells about this thread; empty where it does not.
+std::string ThreadStatus() {
+  const int descriptor = open("/proc/thread-self/status", O_RDONLY | O_CLOEXEC);
+  if (descriptor < 0) return {};
+  std::array<char, 256> text{};
+  const ssize_t length = read(descriptor, text.data(), text.size());
+  close(descriptor);
+  return {text.data(), length > 0 ? static_cast<std::size_t>(length) : 0};
+}
+
+/// The call that gives the umask also sets it, for all threads: two that look at
+/// once could leave the wrong one behind. It is the last resort.
 mode_t CurrentUmask() {
-  std::ifstream status("/proc/self/status");
-  for (std::string line; std::getline(status, line);) {
-    if (line.starts_with("Umask:")) {
-      return static_cast<mode_t>(std::strtoul(line.c_str() + 6, nullptr, 8));
-    }
+  constexpr std::string_view kField = "\nUmask:\t";
+  const std::string status = ThreadStatus();
+  const std::size_t field = status.find(kField);
+  if (field != status.npos && status.find('\n', field + 1) != status.npos) {
+    return static_cast<mode_t>(std::strtoul(status.c_str() + field + kField.size(), nullptr, 8));
   }
-  constexpr mode_t kUsual = 022;
-  return kUsual;
+  const mode_t mask = umask(077);
+  umask(mask);
+  return mask;
 }
 
 BOOL ApplyMode(int descriptor, mode_t mode, mode_t present) {

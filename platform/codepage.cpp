@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <array>
 #include <clocale>
+#include <map>
+#include <new>
 #include <utility>
 
 #include "platform/text.h"
@@ -55,10 +57,23 @@ class FollowingCodePage {
   std::unique_ptr<CodePage> m_page;
 };
 
+thread_local FollowingCodePage localePage;
+thread_local FollowingCodePage languagePage;
+
 /// What SetAnsiCodePage set; null for the locale's codeset.
-std::unique_ptr<CodePage>& ChosenCodePage() {
-  static std::unique_ptr<CodePage> page;
-  return page;
+thread_local const CodePage* chosen = nullptr;
+/// That of the innermost scope; null for what would be without it.
+thread_local const CodePage* scoped = nullptr;
+
+/// This thread's converters for a code page that was asked for by name; they
+/// stay until the thread ends, because calls use them again and again. Null
+/// when it cannot be used.
+const CodePage* NamedCodePage(const std::string& name) {
+  thread_local std::map<std::string, std::unique_ptr<CodePage>> pages;
+  if (const auto found = pages.find(name); found != pages.end()) return found->second.get();
+  auto page = CodePage::Open(name);
+  if (page == nullptr) return nullptr;
+  return pages.emplace(name, std::move(page)).first->second.get();
 }
 
 }  // namespace
@@ -144,31 +159,31 @@ std::optional<std::string> CodePage::EncodeOne(wchar_t character) const {
   return bytes;
 }
 
-const CodePage& LocaleCodePage() {
-  static FollowingCodePage page;
-  return page.Get(nl_langinfo(CODESET));
-}
+const CodePage& LocaleCodePage() { return localePage.Get(nl_langinfo(CODESET)); }
 
-const CodePage& LanguageCodePage() {
-  static FollowingCodePage page;
-  return page.Get(LanguageCodePageName());
-}
+const CodePage& LanguageCodePage() { return languagePage.Get(LanguageCodePageName()); }
 
 const CodePage& AnsiCodePage() {
-  const auto& chosen = ChosenCodePage();
+  if (scoped != nullptr) return *scoped;
   return chosen != nullptr ? *chosen : LocaleCodePage();
 }
 
 bool SetAnsiCodePage(const std::string& name) {
-  if (name.empty()) {
-    ChosenCodePage().reset();
-    return true;
-  }
-  auto page = CodePage::Open(name);
-  if (page == nullptr) return false;
-  ChosenCodePage() = std::move(page);
+  const CodePage* const page = name.empty() ? nullptr : NamedCodePage(name);
+  if (page == nullptr && !name.empty()) return false;
+  chosen = page;
   return true;
 }
+
+bool IsUsableCodePage(const std::string& name) { return NamedCodePage(name) != nullptr; }
+
+AnsiCodePageScope::AnsiCodePageScope(const std::string& name) : m_outer(scoped) {
+  const CodePage* const page = name.empty() ? nullptr : NamedCodePage(name);
+  if (page == nullptr && !name.empty()) throw std::bad_alloc();
+  scoped = page;
+}
+
+AnsiCodePageScope::~AnsiCodePageScope() { scoped = m_outer; }
 
 bool IsPlainAscii(std::string_view text) {
   return std::all_of(text.begin(), text.end(), [](char c) { return c > 0; });

@@ -10,7 +10,8 @@
 
 namespace platform {
 
-/// A pair of converters between a code page and wide text. Not thread-safe.
+/// A pair of converters between a code page and wide text. They have a state,
+/// so that no two threads may use one.
 class CodePage {
  public:
   /// Null when the system does not know `name`, or when the code page is not
@@ -41,7 +42,8 @@ class CodePage {
   iconv_t m_encoder;
 };
 
-/// The code page in force: what a host set, or else the locale's codeset.
+/// The code page in force on this thread: that of an AnsiCodePageScope, or else
+/// what a host set, or else the locale's codeset.
 const CodePage& AnsiCodePage();
 /// The codeset of the locale, whatever a host set: the code page of file names
 /// and terminals.
@@ -49,6 +51,23 @@ const CodePage& LocaleCodePage();
 /// The Windows code page of the locale's language (1252 where nothing better
 /// is known).
 const CodePage& LanguageCodePage();
+
+/// True when the system knows the code page and it is a superset of ASCII.
+bool IsUsableCodePage(const std::string& name);
+
+/// A code page is in force on this thread until the scope ends; an empty name
+/// stands for what would be without any scope. Throws std::bad_alloc when the
+/// converters cannot be made, although the code page is usable.
+class AnsiCodePageScope {
+ public:
+  explicit AnsiCodePageScope(const std::string& name);
+  ~AnsiCodePageScope();
+  AnsiCodePageScope(const AnsiCodePageScope&) = delete;
+  AnsiCodePageScope& operator=(const AnsiCodePageScope&) = delete;
+
+ private:
+  const CodePage* m_outer;
+};
 
 /// True when every character is ASCII other than NUL.
 bool IsPlainAscii(std::string_view text);

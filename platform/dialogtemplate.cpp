@@ -4,6 +4,7 @@
 
 namespace {
 
+/// The process's: filled while the library is loaded, and only read from then.
 std::map<UINT, platform::DialogTemplate>& Templates() {
   static std::map<UINT, platform::DialogTemplate> templates;
   return templates;

@@ -33,13 +33,15 @@ bool LockedByOthers(int descriptor, Share share, bool writing) {
   return false;
 }
 
-/// The file that was created last. Nobody else can have it open yet, and most
-/// files are written at once, so its lock is taken with the second write.
+/// The file that this thread created last. Nobody else can have it open yet,
+/// and most files are written at once, so its lock is taken with the second
+/// write. A file is created, written and closed inside one call, so on one
+/// thread: the number does not outlive the file.
 struct LateLock {
   int descriptor = -1;
   bool written = false;
 };
-LateLock lateLock;
+thread_local LateLock lateLock;
 
 /// Before a write. False when somebody else has taken the file meanwhile.
 bool TakeLateLock(int descriptor) {

@@ -47,6 +47,14 @@ bool IsUsable(LPCWSTR name, void* module) {
   return _wcsicmp(name, L"7zxa.dll") != 0 || HasPlainInterfaces(module);
 }
 
+/// Lets a loaded module stay for as long as the process runs. The 7-Zip engine
+/// sets the umask to 0 for a moment whenever it is loaded, and the files of all
+/// threads are created under it: once is enough.
+void Keep(const char* path) {
+  void* const module = dlopen(path, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
+  if (module != nullptr) dlclose(module);
+}
+
 std::string RealPath(const char* path) {
   std::array<char, PATH_MAX> real{};
   return realpath(path, real.data()) != nullptr ? real.data() : std::string();
@@ -82,7 +90,10 @@ HMODULE LoadLibraryW(LPCWSTR name) {
   for (const std::string& path : PlacesOf(name)) {
     void* const module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (module == nullptr) continue;
-    if (IsUsable(name, module)) return static_cast<HMODULE>(module);
+    if (IsUsable(name, module)) {
+      Keep(path.c_str());
+      return static_cast<HMODULE>(module);
+    }
     dlclose(module);
   }
   SetLastError(ERROR_MOD_NOT_FOUND);

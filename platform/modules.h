@@ -11,7 +11,8 @@ struct HINSTANCE__;
 using HMODULE = HINSTANCE__*;
 using FARPROC = INT_PTR (*)();
 
-/// Null when there is no such module or it cannot be loaded.
+/// Null when there is no such module or it cannot be loaded. A module stays in
+/// memory also when every handle was freed.
 MORVUNP_API HMODULE LoadLibraryW(LPCWSTR name);
 /// Null when the module has no such function.
 MORVUNP_API FARPROC GetProcAddress(HMODULE module, LPCSTR name);

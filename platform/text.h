@@ -1,7 +1,8 @@
 // Text conversion, and the two forms of a path.
 //
 // A wide string holds one code point per character. "The ANSI code page" is
-// the locale's codeset unless a host sets another one.
+// the locale's codeset unless a host sets another one for the thread or for the
+// object at work.
 #pragma once
 
 #include <string>
@@ -36,7 +37,7 @@ MORVUNP_API wchar_t* CharUpperW(wchar_t* text);
 namespace platform {
 
 /// Makes `name` (an iconv name such as "CP932") the ANSI code page of this
-/// process; an empty name goes back to the locale's codeset. False when the
+/// thread; an empty name goes back to the locale's codeset. False when the
 /// system does not know it or it is not a superset of ASCII.
 MORVUNP_API bool SetAnsiCodePage(const std::string& name);
 

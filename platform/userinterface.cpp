@@ -2,8 +2,8 @@
 
 namespace {
 
-platform::UserInterface* registered = nullptr;
-CWnd* mainWindow = nullptr;
+thread_local platform::UserInterface* registered = nullptr;
+thread_local CWnd* mainWindow = nullptr;
 
 }  // namespace
 

@@ -25,12 +25,13 @@ class MORVUNP_API UserInterface {
   virtual HICON FindIcon(const std::wstring& path, bool byTypeOnly) = 0;
 };
 
-/// Registers the process's user interface; null removes it. Not owned: it must
-/// outlive every library call made while it is registered.
+/// Registers the user interface of this thread, where all calls of it come;
+/// null removes it. Not owned: it must outlive every library call that the
+/// thread makes while it is registered.
 MORVUNP_API void RegisterUserInterface(UserInterface* userInterface);
 MORVUNP_API UserInterface* RegisteredUserInterface();
 
-/// Sets what AfxGetMainWnd returns. Not owned.
+/// Sets what AfxGetMainWnd returns on this thread. Not owned.
 MORVUNP_API void SetMainWindow(CWnd* window);
 
 }  // namespace platform

@@ -1,6 +1,7 @@
 #include "platform/windows.h"
 
 #include <algorithm>
+#include <atomic>
 #include <deque>
 #include <map>
 #include <vector>
@@ -14,8 +15,9 @@ struct Window {
   platform::WindowProcedure procedure;
 };
 
-std::map<HWND, Window> windows;
-std::deque<MSG> queue;
+// Each thread has its own; a window of another thread is none here.
+thread_local std::map<HWND, Window> windows;
+thread_local std::deque<MSG> queue;
 
 LRESULT Deliver(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
   const auto found = windows.find(window);
@@ -28,7 +30,8 @@ LRESULT Deliver(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
 }  // namespace
 
 HWND platform::MakeWindow(HWND parent, WindowProcedure procedure) {
-  static std::uintptr_t lastHandle = 0;
+  // The process's, so that no thread takes a handle of another for its own.
+  static std::atomic<std::uintptr_t> lastHandle = 0;
   const auto window = reinterpret_cast<HWND>(++lastHandle);
   windows.emplace(window, Window{parent, std::move(procedure)});
   return window;

@@ -1,7 +1,8 @@
 // Windows, messages and the thread's message queue.
 //
 // A window is a small object in a table: a handle, a parent, a procedure.
-// Everything here belongs to the one user-interface thread.
+// A window belongs to the thread that made it, as a queue does: on another
+// thread there is no window of that handle.
 #pragma once
 
 #include <functional>

@@ -5,6 +5,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "frame/dostime.h"
 #include "rar/enginename.h"
 
 // Last, because it defines names of the platform layer as macros.
@@ -147,6 +148,9 @@ int Engine::Buffers::ReadHeader(void* archive) {
 Header Engine::Buffers::DecodedHeader() const {
   // A name that fills the whole field has no terminating zero.
   const std::size_t length = wcsnlen(header.FileNameW, std::size(header.FileNameW));
+  const FILETIME modified{header.MtimeLow, header.MtimeHigh};
+  // The engine's own MS-DOS time may be that of another thread's archive.
+  const DWORD dosTime = frame::DosDateTimeOf(modified);
   const std::size_t sourceLength = wcsnlen(source.data(), source.size());
   return {.path = FromEngineName({header.FileNameW, length}),
           .isPathCut = length == std::size(header.FileNameW),
@@ -154,8 +158,8 @@ Header Engine::Buffers::DecodedHeader() const {
           .packedSize = Join(header.PackSizeHigh, header.PackSize),
           .unpackedSize = Join(header.UnpSizeHigh, header.UnpSize),
           .crc = header.FileCRC,
-          .time = header.FileTime,
-          .modified = {header.MtimeLow, header.MtimeHigh},
+          .time = dosTime != 0 ? dosTime : header.FileTime,
+          .modified = modified,
           .unpackVersion = header.UnpVer,
           .method = header.Method,
           .attributes = header.FileAttr,

@@ -1,6 +1,7 @@
 // Opening, walking, records and summary texts. Unpacking is in extraction.cpp.
 #include "morvunp/rarunpacker.h"
 
+#include "frame/ansitext.h"
 #include "frame/filesystem.h"
 #include "frame/foldermap.h"
 #include "frame/iteminfo.h"
@@ -59,6 +60,10 @@ void CRarUnpacker::SetHandleDialogProgress(HWND dialog) { m_state.m_hDialogProgr
 void CRarUnpacker::SetItemReport(morvunp::ItemReportFunction item, morvunp::RunReportFunction run) {
   m_state.m_reportItem = std::move(item);
   m_state.m_reportRun = std::move(run);
+}
+
+bool CRarUnpacker::SetCodePage(const std::string& name) {
+  return frame::SetCodePage(m_state, name);
 }
 
 // Opening and closing.
@@ -295,7 +300,7 @@ void CRarUnpacker::UpdateProgress(ULONGLONG done, ULONGLONG total, const std::ws
 }
 
 void CRarUnpacker::UpdateFileTree(const std::wstring& path) {
-  static std::wstring lastReport;
+  thread_local std::wstring lastReport;
   frame::UpdateFileTree(m_state, lastReport, path);
 }
 

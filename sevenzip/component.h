@@ -8,7 +8,7 @@
 namespace sevenzip {
 
 /// The reference count of an object: 0 until its creator holds it. Plain, not
-/// atomic: everything happens on one thread.
+/// atomic: an object is on one thread at a time.
 class CMyUnknownImp {
  public:
   CMyUnknownImp() = default;

@@ -1,6 +1,8 @@
 // C7zUnpacker: opening, the walk and the queries. extraction.cpp unpacks.
 #include "morvunp/sevenzipunpacker.h"
 
+#include "frame/ansitext.h"
+#include "frame/dostime.h"
 #include "frame/filesystem.h"
 #include "frame/foldermap.h"
 #include "frame/iteminfo.h"
@@ -55,6 +57,8 @@ void C7zUnpacker::SetItemReport(morvunp::ItemReportFunction item, morvunp::RunRe
   m_state.m_reportItem = std::move(item);
   m_state.m_reportRun = std::move(run);
 }
+
+bool C7zUnpacker::SetCodePage(const std::string& name) { return frame::SetCodePage(m_state, name); }
 
 // Opening and closing.
 
@@ -157,15 +161,7 @@ class ItemReader {
 /// 0 where there is none, or none that an MS-DOS time can tell.
 DWORD DosDateTimeOf(const sevenzip::Property& time) {
   if (time.Type() != VT_FILETIME) return 0;
-  const FILETIME universal = time.Time();
-  FILETIME local;
-  WORD date = 0;
-  WORD clock = 0;
-  if (FileTimeToLocalFileTime(&universal, &local) == FALSE ||
-      CoFileTimeToDosDateTime(&local, &date, &clock) == FALSE) {
-    return 0;
-  }
-  return DWORD{date} << 16 | clock;
+  return frame::DosDateTimeOf(time.Time());
 }
 
 /// False when there is no path.
@@ -286,7 +282,7 @@ void C7zUnpacker::UpdateProgress(ULONGLONG done, ULONGLONG total, const std::wst
 }
 
 void C7zUnpacker::UpdateFileTree(const std::wstring& path) {
-  static std::wstring lastReport;
+  thread_local std::wstring lastReport;
   frame::UpdateFileTree(m_state, lastReport, path);
 }
 

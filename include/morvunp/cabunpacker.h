@@ -53,7 +53,7 @@ struct CABFILEFULLINFO {
 /// morvunp/unpacker.h for the common contract.
 ///
 /// Every look-up, summary text and UnpackFile reads the cabinet's table anew,
-/// after which the cursor stands elsewhere. Only one object of the process may
+/// after which the cursor stands elsewhere. Only one object of a thread may
 /// unpack at a time. FindNextFile throws CInvalidArgException past the last
 /// item.
 class MORVUNP_API CCabUnpacker {
@@ -73,6 +73,10 @@ class MORVUNP_API CCabUnpacker {
   void SetHandleDialogProgress(HWND dialog);
   /// See morvunp/itemreport.h. Either may be empty.
   void SetItemReport(morvunp::ItemReportFunction item, morvunp::RunReportFunction run = {});
+  /// The code page in which names of the archive opened next are read: an iconv
+  /// name such as "CP932"; an empty one for the thread's. False, and nothing
+  /// changes, when the system does not know it or it is no superset of ASCII.
+  bool SetCodePage(const std::string& name);
 
   bool OpenArchive(const std::wstring& path);
   /// False when nothing was ever opened. Keeps the item list.
@@ -103,7 +107,7 @@ class MORVUNP_API CCabUnpacker {
   bool UnpackFolder(const std::wstring& path, const std::wstring& target);
   bool UnpackArchive(const std::wstring& target);
 
-  /// The object that wrote a file last.
+  /// The object that wrote a file last on this thread.
   static void* GetThis();
 
   // What the decompression interface calls.

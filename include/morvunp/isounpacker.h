@@ -78,6 +78,10 @@ class MORVUNP_API CIsoUnpacker {
   void SetHandleDialogProgress(HWND dialog);
   /// See morvunp/itemreport.h. Either may be empty.
   void SetItemReport(morvunp::ItemReportFunction item, morvunp::RunReportFunction run = {});
+  /// The code page in which names of the archive opened next are read: an iconv
+  /// name such as "CP932"; an empty one for the thread's. False, and nothing
+  /// changes, when the system does not know it or it is no superset of ASCII.
+  bool SetCodePage(const std::string& name);
 
   bool OpenArchive(const std::wstring& path);
   /// Keeps the item list, which stays readable.

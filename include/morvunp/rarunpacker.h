@@ -112,6 +112,9 @@ class MORVUNP_API CRarUnpacker {
   void SetHandleDialogProgress(HWND dialog);
   /// See morvunp/itemreport.h. Either may be empty.
   void SetItemReport(morvunp::ItemReportFunction item, morvunp::RunReportFunction run = {});
+  /// As for every class. The names in these archives are wide text, so that
+  /// nothing depends on it; false for a code page that cannot be used.
+  bool SetCodePage(const std::string& name);
 
   /// Asks for the password when the headers are encrypted.
   bool OpenArchive(const std::wstring& path);

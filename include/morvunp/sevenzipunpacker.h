@@ -87,6 +87,9 @@ class MORVUNP_API C7zUnpacker {
   void SetHandleDialogProgress(HWND dialog);
   /// See morvunp/itemreport.h. Either may be empty.
   void SetItemReport(morvunp::ItemReportFunction item, morvunp::RunReportFunction run = {});
+  /// As for every class. The names in these archives are wide text, so that
+  /// nothing depends on it; false for a code page that cannot be used.
+  bool SetCodePage(const std::string& name);
 
   bool OpenArchive(const std::wstring& path);
   /// Opens a split set by its first volume: name.001 (or .01, .0001) or name.aa.

@@ -1,11 +1,17 @@
 // The contract that all unpacker classes share, as a concept.
 //
 // There is no common base class: a host holds a std::variant of the classes
-// and visits it. One object opens one archive at a time, on one thread:
+// and visits it. One object opens one archive at a time:
 //
-//   construct; SetIni, SetIniYesToAll; SetWndFileTree, SetHandleDialogProgress;
+//   construct; SetIni, SetIniYesToAll, SetCodePage;
+//   SetWndFileTree, SetHandleDialogProgress;
 //   OpenArchive; walk and read records and texts; unpack; GetIniYesToAll;
 //   CloseArchive; destroy.
+//
+// An operation works on the thread that calls it. Objects on different threads
+// know nothing of each other, and an object may be used by one thread after the
+// other. Windows, the message queue, the user interface and the code page of
+// platform::SetAnsiCodePage are each thread's own.
 //
 // Paths inside an archive are joined by one backslash, without a leading one.
 // Target folders are absolute paths in the library's form (see
@@ -26,8 +32,9 @@
 
 template <class T>
 concept Unpacker = requires(T unpacker, const INIUNPACK& settings, INIYESTOALL& answers,
-                            CWnd* window, HWND dialog, const std::wstring& text,
-                            typename T::ShortInfo& shortInfo, typename T::FullInfo& fullInfo) {
+                            CWnd* window, HWND dialog, const std::string& codePage,
+                            const std::wstring& text, typename T::ShortInfo& shortInfo,
+                            typename T::FullInfo& fullInfo) {
   { unpacker.SetIni(settings) } -> std::same_as<void>;
   { unpacker.SetIniYesToAll(answers) } -> std::same_as<void>;
   { unpacker.GetIniYesToAll(answers) } -> std::same_as<void>;
@@ -37,6 +44,7 @@ concept Unpacker = requires(T unpacker, const INIUNPACK& settings, INIYESTOALL& 
     unpacker.SetItemReport(morvunp::ItemReportFunction(), morvunp::RunReportFunction())
     } -> std::same_as<void>;
   { unpacker.GetPosition() } -> std::same_as<ULONGLONG>;
+  { unpacker.SetCodePage(codePage) } -> std::same_as<bool>;
   { unpacker.OpenArchive(text) } -> std::same_as<bool>;
   { unpacker.CloseArchive() } -> std::same_as<bool>;
   { unpacker.FindFile() } -> std::same_as<bool>;

@@ -30,4 +30,8 @@ struct CUnpackState {
   morvunp::RunReportFunction m_reportRun;
   /// The archive that is being read and its volumes: never written to.
   std::vector<platform::FileIdentity> m_archiveFiles;
+  /// In which the archive's narrow names are read; empty for the thread's. The
+  /// name and not its converters, so that an object may be copied and may go to
+  /// another thread.
+  std::string m_strCodePage;
 };

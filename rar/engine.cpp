@@ -8,18 +8,14 @@
 #include "rar/enginename.h"
 
 // Last, because it defines names of the platform layer as macros.
-#ifndef _WIN32
 #define _UNIX
-#endif
 #include <unrar/dll.hpp>
-#ifndef _WIN32
 #undef HANDLE
 #undef LONG
 #undef LPARAM
 #undef UINT
 #undef CALLBACK
 #undef PASCAL
-#endif
 
 namespace rar {
 namespace {

@@ -7,7 +7,7 @@
 #include <unordered_set>
 
 #include "hosts/common/reason.h"
-#include "morvunp/morvunp.h"
+#include "morvunp/rarunpacker.h"
 
 namespace host {
 

@@ -52,6 +52,7 @@ grep -q "MORVUNP_HAS_RAR $has_rar\$" "$prefix/include/morvunp/buildoptions.h" ||
   fail "RAR: find_package $find_rar, headers $header_rar, pkg-config $has_rar"
 
 # Each public header stands on its own.
+eval "flags=($(pkg-config --cflags morvunp))"
 for folder in morvunp morvunp/platform; do
   (cd "$prefix/include" && ls "$folder"/*.h) | xargs -P 2 -I '{}' sh -c \
     'echo "#include \"{}\"" | "$0" -std=c++20 -Wall -Wextra -Werror -fsyntax-only -x c++ "$@" -' \

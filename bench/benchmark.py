@@ -17,7 +17,7 @@ import data
 import measure
 
 ROOT = Path(__file__).resolve().parent.parent
-COMMAND = ROOT / "build/release/hosts/terminal/morvunp"
+COMMAND = ROOT / "build/release/bin/morvunp"
 OURS = "morvunp"
 
 

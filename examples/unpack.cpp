@@ -114,7 +114,9 @@ int Unpack(const std::string& archive, const std::filesystem::path& folder) {
   bool isUnpacked = false;
   const bool isArchive = Run<CCabUnpacker>(archive, target, progress, isUnpacked) ||
                          Run<CIsoUnpacker>(archive, target, progress, isUnpacked) ||
+#if MORVUNP_HAS_RAR
                          Run<CRarUnpacker>(archive, target, progress, isUnpacked) ||
+#endif
                          Run<C7zUnpacker>(archive, target, progress, isUnpacked);
   DestroyWindow(progress);
   if (!isArchive) std::cerr << archive << ": not an archive, or its engine is missing\n";

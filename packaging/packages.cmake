@@ -19,18 +19,22 @@ set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
 set(own_library "libmorvunp${MORVUNP_SOVERSION} (= ${PROJECT_VERSION}-1)")
 
-# "contrib", because the RAR engine is in non-free.
+# "contrib" where the RAR engine, which is in non-free, is linked.
+set(area)
+if(MORVUNP_HAS_RAR)
+  set(area contrib/)
+endif()
 function(morvunp_package component name section summary text)
   string(TOUPPER ${component} key)
   set(CPACK_DEBIAN_${key}_PACKAGE_NAME ${name} PARENT_SCOPE)
-  set(CPACK_DEBIAN_${key}_PACKAGE_SECTION contrib/${section} PARENT_SCOPE)
+  set(CPACK_DEBIAN_${key}_PACKAGE_SECTION ${area}${section} PARENT_SCOPE)
   set(CPACK_DEBIAN_${key}_DESCRIPTION "${summary}\n${text}" PARENT_SCOPE)
 endfunction()
-set(about "morvunp opens 7z archives, cabinets, CD and DVD images (ISO 9660 and UDF)
-and RAR archives, split sets too, and writes nothing outside the target folder.
+set(about "morvunp opens archives of the formats 7z, cabinet, ISO 9660 and UDF${and_rar},
+split sets too, and writes nothing outside the target folder.
 .
 ")
 morvunp_package(library libmorvunp${MORVUNP_SOVERSION} libs "unpacks archives of several formats"

@@ -1,20 +1,9 @@
-// The one place that chooses where the host system's services come from.
+// The host system's services, in one.
 //
-// The library is written against the services by their own names. On the
-// system that offers them its real headers are included here; on this one a
-// small layer of our own, in this folder, stands in their place.
+// The library is written against them by their own names; the small layer in
+// this folder offers what of them it calls.
 #pragma once
 
-#ifdef _WIN32
-#include <afxwin.h>
-#include <fcntl.h>
-#include <fdi.h>
-#include <io.h>
-#include <oleauto.h>
-#include <share.h>
-#include <sys/stat.h>
-#include <time.h>
-#else
 #include "platform/cabinet/fdi.h"
 #include "platform/components.h"
 #include "platform/crt.h"
@@ -26,4 +15,3 @@
 #include "platform/times.h"
 #include "platform/types.h"
 #include "platform/windows.h"
-#endif

@@ -34,13 +34,17 @@ struct Format {
 
 using Formats = testing::Types<
     Format<CIsoUnpacker, testsupport::WriteIso>, Format<CIsoUnpacker, testsupport::WriteUdf>,
-    Format<CCabUnpacker, testsupport::WriteCabinet>, Format<CRarUnpacker, testsupport::WriteRar>,
-    Format<C7zUnpacker, testsupport::Write7z>>;
+    Format<CCabUnpacker, testsupport::WriteCabinet>, Format<C7zUnpacker, testsupport::Write7z>
+#if MORVUNP_HAS_RAR
+    ,
+    Format<CRarUnpacker, testsupport::WriteRar>
+#endif
+    >;
 
 struct FormatNames {
   template <class>
   static std::string GetName(int index) {
-    return std::vector{"Iso", "Udf", "Cabinet", "Rar", "SevenZip"}.at(
+    return std::vector{"Iso", "Udf", "Cabinet", "SevenZip", "Rar"}.at(
         static_cast<std::size_t>(index));
   }
 };

@@ -172,6 +172,9 @@ Reason ReasonOfUnknown(const std::string& path, DWORD error) {
         "a 7z archive, but the 7-Zip engine is missing; install the package p7zip-full (or "
         "7zip with its 7z.so)");
   }
+  if (!MORVUNP_HAS_RAR && BeginningOf(path).starts_with(kSignature<CRarUnpacker>)) {
+    return Reason::Of("a RAR archive, but morvunp was built without the RAR engine");
+  }
   if (error == ERROR_MOD_NOT_FOUND)
     return Reason::Of("not an archive, or one whose module is missing");
   return Reason::Of("not an archive that morvunp knows, or damaged");
@@ -206,8 +209,7 @@ std::optional<Reason> ReasonOfGap(const C7zUnpacker& unpacker) {
   return Reason::Of("cut or damaged: the engine found errors in its headers");
 }
 
-std::optional<Reason> ReasonOfGap(const CRarUnpacker& unpacker) {
-  const morvunp::ItemReason problem = unpacker.GetWalkProblem();
+std::optional<Reason> ReasonOfGap(morvunp::ItemReason problem) {
   if (problem == morvunp::ItemReason::kNone) return std::nullopt;
   Reason reason = ReasonOf(problem, {});
   reason.effect = Reason::Of("the list is cut short").text;

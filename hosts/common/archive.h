@@ -20,7 +20,10 @@ namespace host {
 /// RAR and 7z come last: their archives may follow a program, so that they are
 /// also found inside files of other formats.
 using Archive = std::variant<std::unique_ptr<CCabUnpacker>, std::unique_ptr<CIsoUnpacker>,
-                             std::unique_ptr<CRarUnpacker>, std::unique_ptr<C7zUnpacker>>;
+#if MORVUNP_HAS_RAR
+                             std::unique_ptr<CRarUnpacker>,
+#endif
+                             std::unique_ptr<C7zUnpacker>>;
 
 /// What an unpacker is told before it opens an archive. The windows are not
 /// owned and must outlive the archive; null when nothing is unpacked.
@@ -54,7 +57,12 @@ Archive OpenArchiveFile(const std::string& path, const ArchiveSetup& setup);
 std::optional<Reason> ReasonOfGap(const C7zUnpacker& unpacker);
 std::optional<Reason> ReasonOfGap(const CCabUnpacker& unpacker);
 std::optional<Reason> ReasonOfGap(const CIsoUnpacker& unpacker);
-std::optional<Reason> ReasonOfGap(const CRarUnpacker& unpacker);
+std::optional<Reason> ReasonOfGap(morvunp::ItemReason problem);
+template <class U>
+requires requires(const U& unpacker) { unpacker.GetWalkProblem(); }
+std::optional<Reason> ReasonOfGap(const U& unpacker) {
+  return ReasonOfGap(unpacker.GetWalkProblem());
+}
 
 /// The library's text about the whole archive.
 std::wstring SummaryOf(Archive& archive);

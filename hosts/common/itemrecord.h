@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "morvunp/morvunp.h"
+#include "morvunp/rarunpacker.h"
 
 namespace host {
 

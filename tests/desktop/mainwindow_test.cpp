@@ -321,6 +321,7 @@ TEST_F(MainWindowTest, StopsInTheMiddleOfAFileAfterAskingAndNothingElseStartsMea
 }
 
 TEST_F(MainWindowTest, AsksForAPasswordAgainWhenItWasWrongAndOpensNothingWithoutOne) {
+  if (!MORVUNP_HAS_RAR) GTEST_SKIP() << "built without the RAR engine";
   const std::string archive = MORVUNP_FIXTURES "/rar/encrypted-headers.rar";
   const auto type = [](const char* password) {
     return [password](LibraryDialog& dialog) {

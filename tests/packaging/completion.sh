@@ -20,7 +20,7 @@ expect() {
     fail "\"$*\": $(complete_words "$@" | paste -sd ' '), not $wanted"
 }
 
-morvunp=$build/hosts/terminal/morvunp
+morvunp=$build/bin/morvunp
 for command in list info extract; do
   options=$("$morvunp" "$command" --help | grep -oE '^ +[^ ]*--[a-z-]+' | grep -oE -- '--[a-z-]+' | sort)
   [[ $(complete_words morvunp "$command" --) == "$options" ]] ||

@@ -39,7 +39,20 @@ LD_LIBRARY_PATH=$(dirname "$(find "$prefix" -name libmorvunp.so)")
 export LD_LIBRARY_PATH
 check_unpacker "$scratch/unpack"
 
+# Both tell whether RAR archives can be read, and so does the header.
+has_rar=$(pkg-config --variable=has_rar morvunp)
+find_rar=0
+sed -i 's/CONFIG REQUIRED/CONFIG REQUIRED COMPONENTS RAR/' "$scratch/outside/CMakeLists.txt"
+cmake -S "$scratch/outside" -B "$scratch/outside/build" >/dev/null 2>&1 && find_rar=1
+header_rar=0
+[[ -e $prefix/include/morvunp/rarunpacker.h ]] && header_rar=1
+grep -q "MORVUNP_HAS_RAR $has_rar\$" "$prefix/include/morvunp/buildoptions.h" ||
+  fail "the header tells something else of RAR than pkg-config: $has_rar"
+[[ $find_rar$header_rar == "$has_rar$has_rar" ]] ||
+  fail "RAR: find_package $find_rar, headers $header_rar, pkg-config $has_rar"
+
 # Each public header stands on its own.
+eval "flags=($(pkg-config --cflags morvunp))"
 for folder in morvunp morvunp/platform; do
   (cd "$prefix/include" && ls "$folder"/*.h) | xargs -P 2 -I '{}' sh -c \
     'echo "#include \"{}\"" | "$0" -std=c++20 -Wall -Wextra -Werror -fsyntax-only -x c++ "$@" -' \

@@ -47,16 +47,10 @@ class TimeZone {
   TimeZone& operator=(const TimeZone&) = delete;
 };
 
-// The full record of each class; for its type only.
-ISOFILEFULLINFO RecordOf(const CIsoUnpacker&);
-CABFILEFULLINFO RecordOf(const CCabUnpacker&);
-RARFILEFULLINFO RecordOf(const CRarUnpacker&);
-SEVENZIPFILEFULLINFO RecordOf(const C7zUnpacker&);
-
 template <class U>
 class UnpackTest : public testing::Test {
  protected:
-  using Record = decltype(RecordOf(std::declval<U>()));
+  using Record = typename U::FullInfo;
 
   UnpackTest() {
     mkdir(folder.Path("out").c_str(), 0777);

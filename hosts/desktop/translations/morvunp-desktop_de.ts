@@ -272,6 +272,10 @@
         <translation>ein 7z-Archiv, aber die 7-Zip-Engine fehlt; installieren Sie das Paket p7zip-full (oder 7zip mit seiner 7z.so)</translation>
     </message>
     <message>
+        <source>a RAR archive, but morvunp was built without the RAR engine</source>
+        <translation>ein RAR-Archiv, aber morvunp wurde ohne die RAR-Engine gebaut</translation>
+    </message>
+    <message>
         <source>not an archive, or one whose module is missing</source>
         <translation>kein Archiv, oder eines, dessen Modul fehlt</translation>
     </message>

@@ -272,6 +272,10 @@
         <translation>une archive 7z, mais le moteur 7-Zip est absent&#xa0;; installez le paquet p7zip-full (ou 7zip avec son 7z.so)</translation>
     </message>
     <message>
+        <source>a RAR archive, but morvunp was built without the RAR engine</source>
+        <translation>une archive RAR, mais morvunp a été compilé sans le moteur RAR</translation>
+    </message>
+    <message>
         <source>not an archive, or one whose module is missing</source>
         <translation>ce n’est pas une archive, ou son module est absent</translation>
     </message>

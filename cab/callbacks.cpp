@@ -55,7 +55,7 @@ UINT CCabUnpacker::FDIWrite(INT_PTR, void* buffer, UINT count) {
 
 UINT CCabUnpacker::OnWrite(const void* bytes, UINT count) {
   cab::Extraction& run = *m_pExtraction;
-  output::Root& root = *run.m_root;
+  output::Root& root = *run.m_pRoot;
   if (!root.Out().Write(bytes, count)) return kWriteFailed;
   run.m_nDone += count;
   if (frame::ReportBlock(m_state, run.m_nDone, static_cast<DWORD>(run.m_nTotal))) return count;

@@ -7,6 +7,7 @@
 #include "frame/ansitext.h"
 #include "frame/itempath.h"
 #include "frame/keptexception.h"
+#include "frame/lent.h"
 #include "frame/pathindex.h"
 #include "frame/progress.h"
 #include "morvunp/cabunpacker.h"
@@ -45,17 +46,16 @@ bool IsSafe(const std::wstring& path) {
 
 // The three operations.
 
-void CCabUnpacker::StartRoot(const std::wstring& target) {
-  m_pExtraction->m_root.emplace(m_state, target,
-                                [this](const std::wstring& folder) { UpdateFileTree(folder); });
+output::Root CCabUnpacker::RootAt(const std::wstring& target) {
+  return {m_state, target, [this](const std::wstring& folder) { UpdateFileTree(folder); }};
 }
 
 /// The item that a run has found by its path, as what is reported of it.
 void CCabUnpacker::BeginItem(const std::wstring& path) {
   const cab::Extraction& run = *m_pExtraction;
-  m_pExtraction->m_root->Begin({run.m_nPosition, path,
-                                static_cast<ULONGLONG>(LONGLONG{run.m_nTotal}),
-                                TimeOf(run.m_nItemDateTime)});
+  m_pExtraction->m_pRoot->Begin({run.m_nPosition, path,
+                                 static_cast<ULONGLONG>(LONGLONG{run.m_nTotal}),
+                                 TimeOf(run.m_nItemDateTime)});
 }
 
 bool CCabUnpacker::UnpackFile(const std::wstring& path, const std::wstring& target) {
@@ -68,19 +68,21 @@ bool CCabUnpacker::UnpackFile(const std::wstring& path, const std::wstring& targ
   run.m_nItemDateTime = item.DosDateTime();
   run.m_nPosition = GetPosition();
   if (item.IsFolder()) return false;
-  StartRoot(target);
+  output::Root root = RootAt(target);
+  const frame::Lent lent(m_pExtraction->m_pRoot, root);
   BeginItem(path);
   if (!IsSafe(path)) return RefuseName();
   return UnpackAt(PlaceOfFile(m_state.m_iniUnpack, path, target));
 }
 
 bool CCabUnpacker::RefuseName() {
-  return m_pExtraction->m_root->Report().Tell(morvunp::ItemResult::kRefused,
-                                              morvunp::ItemReason::kUnsafeName);
+  return m_pExtraction->m_pRoot->Report().Tell(morvunp::ItemResult::kRefused,
+                                               morvunp::ItemReason::kUnsafeName);
 }
 
 bool CCabUnpacker::UnpackCurrentFile(const std::wstring& name, const std::wstring& folder) {
-  StartRoot(folder);
+  output::Root root = RootAt(folder);
+  const frame::Lent lent(m_pExtraction->m_pRoot, root);
   BeginItem(m_pExtraction->m_strWanted);
   if (!IsSafe(name)) return RefuseName();
   const OutputPlace place{folder, name};
@@ -93,8 +95,8 @@ bool CCabUnpacker::UnpackCurrentFile(const std::wstring& name, const std::wstrin
 /// The item that is wanted, by a pass of its own.
 bool CCabUnpacker::UnpackAt(const OutputPlace& place) {
   cab::Extraction& run = *m_pExtraction;
-  if (!run.m_root->Enter(place)) return false;
-  if (run.m_root->Decide() != output::Root::Answer::kWrite) return false;
+  if (!run.m_pRoot->Enter(place)) return false;
+  if (run.m_pRoot->Decide() != output::Root::Answer::kWrite) return false;
   m_state.m_bStopRequest = 0;
   m_state.m_bCancel = 0;
   BeginFile(place.name);
@@ -119,7 +121,8 @@ bool CCabUnpacker::RunOverItems(DWORD mode, const std::wstring& target) {
   run.m_strTarget = target;
   m_state.m_bCancel = 0;
   m_state.m_bStopRequest = 0;
-  StartRoot(target);
+  output::Root root = RootAt(target);
+  const frame::Lent lent(m_pExtraction->m_pRoot, root);
   const bool isCopied = RunPass();
   TellRest(isCopied);
   return isCopied;
@@ -132,9 +135,9 @@ bool CCabUnpacker::RunPass() {
   const frame::CodePageScope codePage(m_state);
   const bool isCopied = m_pCabinet->Copy(FDICallback_Extract, this);
   const bool isAlone = run.m_nMode == cab::kFile && !isCopied;
-  if (run.m_root->Out().IsOpen() || isAlone) {
-    run.m_root->Report().Tell(morvunp::ItemResult::kFailed, m_pCabinet->ReasonOfFailure());
-    run.m_root->Out().KeepBroken();
+  if (run.m_pRoot->Out().IsOpen() || isAlone) {
+    run.m_pRoot->Report().Tell(morvunp::ItemResult::kFailed, m_pCabinet->ReasonOfFailure());
+    run.m_pRoot->Out().KeepBroken();
   }
   return isCopied;
 }
@@ -147,7 +150,7 @@ morvunp::RunReport CCabUnpacker::EndOfPass(bool isCopied) const {
   // whose file could not be created.
   const bool isAtEnd = run.m_nNext >= m_pCabinet->Items().size();
   if (isCopied || (m_pCabinet->WasAborted() && isAtEnd)) return {};
-  if (m_pCabinet->WasAborted()) return run.m_root->Report().LastFailure();
+  if (m_pCabinet->WasAborted()) return run.m_pRoot->Report().LastFailure();
   return {m_pCabinet->ReasonOfFailure(), 0, m_pCabinet->MissingCabinet()};
 }
 
@@ -160,11 +163,11 @@ void CCabUnpacker::TellRest(bool isCopied) {
   for (std::size_t i = run.m_nNext; m_state.m_reportItem && i < items.size(); ++i) {
     const cab::CCabItemInfo item = items[i];
     if (!PlaceOf(item)) continue;
-    run.m_root->Report().TellNotReached(
+    run.m_pRoot->Report().TellNotReached(
         {i, item.m_strPath, static_cast<DWORD>(item.m_nSize), TimeOf(item.DosDateTime())},
         end.reason);
   }
-  run.m_root->Report().TellEnd(end.reason, end.systemError, end.detail);
+  run.m_pRoot->Report().TellEnd(end.reason, end.systemError, end.detail);
 }
 
 /// The start of each file that is written.
@@ -236,8 +239,8 @@ INT_PTR CCabUnpacker::OnPartialFile(const FDINOTIFICATION& notification) {
   run.m_nItemDateTime = item.DosDateTime();
   BeginItem(item.m_strPath);
   const bool isNamed = notification.psz2 != nullptr;
-  run.m_root->Report().Tell(morvunp::ItemResult::kFailed, morvunp::ItemReason::kBeginsEarlier,
-                            isNamed ? frame::DecodeAnsi(notification.psz2) : std::wstring());
+  run.m_pRoot->Report().Tell(morvunp::ItemResult::kFailed, morvunp::ItemReason::kBeginsEarlier,
+                             isNamed ? frame::DecodeAnsi(notification.psz2) : std::wstring());
   return kGoOn;
 }
 
@@ -249,7 +252,7 @@ INT_PTR CCabUnpacker::OnCopyFile(const FDINOTIFICATION& notification) {
     case cab::kFile:
       isWanted = !run.m_bFileOpened &&
                  frame::SamePath(frame::DecodeAnsi(notification.psz1), run.m_strWanted);
-      if (isWanted && !run.m_root->Open(output::Placing::kInPlace)) return kAbort;
+      if (isWanted && !run.m_pRoot->Open(output::Placing::kInPlace)) return kAbort;
       break;
     case cab::kFolder:
       run.m_nPosition = position;
@@ -264,7 +267,7 @@ INT_PTR CCabUnpacker::OnCopyFile(const FDINOTIFICATION& notification) {
   }
   if (!isWanted) return m_state.m_bCancel != 0 ? kAbort : kSkip;
   run.m_bFileOpened = true;
-  return run.m_root->Out().IsOpen() ? cab::kOutputFile : kAbort;
+  return run.m_pRoot->Out().IsOpen() ? cab::kOutputFile : kAbort;
 }
 
 INT_PTR CCabUnpacker::OnCloseFile(const FDINOTIFICATION& notification) {
@@ -274,7 +277,7 @@ INT_PTR CCabUnpacker::OnCloseFile(const FDINOTIFICATION& notification) {
   // A file that was just written has this attribute and no other.
   const DWORD attributes = notification.attribs & kRecorded;
   if (attributes != FILE_ATTRIBUTE_ARCHIVE) facts.attributes = attributes;
-  if (!m_pExtraction->m_root->Out().Finish(facts)) return kAbort;
+  if (!m_pExtraction->m_pRoot->Out().Finish(facts)) return kAbort;
   UpdateFileTree(m_state.m_strLastTarget);
   return TRUE;
 }
@@ -325,7 +328,7 @@ bool CCabUnpacker::ProcessItem(const char* fileName) {
   const cab::CCabItemInfo& item = *m_pCabinet->Items().Current();
   const std::optional<OutputPlace> place = PlaceOf(item);
   if (!place) return false;
-  output::Root& root = *m_pExtraction->m_root;
+  output::Root& root = *m_pExtraction->m_pRoot;
   BeginItem(item.m_strPath);
   if (!IsSafe(PathOf(item))) return RefuseName();
   // A folder that is recorded as such has nothing to write.
@@ -337,7 +340,7 @@ bool CCabUnpacker::ProcessItem(const char* fileName) {
 }
 
 bool CCabUnpacker::ProcessUnpackCurrentFile(const std::wstring& name, const std::wstring& folder) {
-  output::Root& root = *m_pExtraction->m_root;
+  output::Root& root = *m_pExtraction->m_pRoot;
   if (!root.Enter({folder, name})) return false;
   if (root.Create() == output::Root::Answer::kDeclined) return false;
   BeginFile(name);

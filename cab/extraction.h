@@ -1,7 +1,6 @@
 // The state of an extraction pass.
 #pragma once
 
-#include <optional>
 #include <string>
 
 #include "output/root.h"
@@ -36,8 +35,8 @@ class Extraction {
   LONG m_nTotal = 0;
   /// Its MS-DOS date and time.
   DWORD m_nItemDateTime = 0;
-  /// What the pass writes into.
-  std::optional<output::Root> m_root;
+  /// What the operation writes into; null in none.
+  output::Root* m_pRoot = nullptr;
 
   void BeginPass() {
     m_bFileOpened = false;

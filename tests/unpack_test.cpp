@@ -206,6 +206,7 @@ TYPED_TEST(Unpacking, PassesOnWhatTheHostThrows) {
   this->host.onProgress = fail;
   EXPECT_THROW(this->Unpack(L"BIG"), HostError);
   this->host.onProgress = nullptr;
+  EXPECT_FALSE(testsupport::Exists(this->folder.Path("out/BIG"))) << "what is not whole goes";
   EXPECT_TRUE(this->unpacker.UnpackArchive(this->Target())) << "the object can be used on";
   EXPECT_TRUE(this->Out("BIG") == Pattern(9'000'000));
 }

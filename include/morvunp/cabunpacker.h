@@ -16,6 +16,10 @@ class CCabItemInfo;
 class Extraction;
 }  // namespace cab
 
+namespace output {
+class Root;
+}
+
 /// What every format tells of an item.
 struct CABFILESHORTINFO {
   /// The part of the whole path after its last "."; empty when there is none.
@@ -154,7 +158,7 @@ class MORVUNP_API CCabUnpacker {
   CUnpackState m_state;
 
  private:
-  void StartRoot(const std::wstring& target);
+  output::Root RootAt(const std::wstring& target);
   void BeginItem(const std::wstring& path);
   bool RefuseName();
   bool UnpackAt(const OutputPlace& place);

@@ -20,8 +20,8 @@
 //
 // A host may throw in whatever the library calls: window procedures, dialogs,
 // pending events, reports. The engine below is brought to its end first, then
-// the same exception leaves the operation, in all formats. The item in hand is
-// not whole then; the object can be used on.
+// the same exception leaves the operation, in all formats. The file in hand goes,
+// as when the user interrupts; the object can be used on.
 #pragma once
 
 #include <concepts>

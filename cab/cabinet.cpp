@@ -7,7 +7,7 @@
 #include "frame/keptexception.h"
 #include "frame/modulefunction.h"
 
-namespace cab {
+namespace morvunp::cab {
 namespace {
 
 template <class Function>
@@ -113,4 +113,4 @@ bool Cabinet::Scan(void* user) {
   return m_bListComplete && m_items.size() != 0;
 }
 
-}  // namespace cab
+}  // namespace morvunp::cab

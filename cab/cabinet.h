@@ -6,7 +6,7 @@
 
 #include "cab/itemlist.h"
 
-namespace cab {
+namespace morvunp::cab {
 
 class Cabinet {
  public:
@@ -63,4 +63,4 @@ class Cabinet {
   bool m_bListComplete = true;
 };
 
-}  // namespace cab
+}  // namespace morvunp::cab

@@ -13,7 +13,11 @@
 #include "frame/summary.h"
 #include "morvunp/unpacker.h"
 
-static_assert(Unpacker<CCabUnpacker>);
+namespace cab = morvunp::cab;
+namespace frame = morvunp::frame;
+namespace platform = morvunp::platform;
+
+static_assert(morvunp::Unpacker<CCabUnpacker>);
 
 CCabUnpacker::CCabUnpacker()
     : m_pCabinet(std::make_unique<cab::Cabinet>()),
@@ -147,7 +151,7 @@ bool CCabUnpacker::GetFileFullInfo(CABFILEFULLINFO& info) const {
 bool CCabUnpacker::IsFolder(const std::wstring& path) {
   const std::wstring key = path + frame::kSeparator;
   bool found = false;
-  WalkItems<CABFILESHORTINFO>(*this, [&](const CABFILESHORTINFO& info) {
+  morvunp::WalkItems<CABFILESHORTINFO>(*this, [&](const CABFILESHORTINFO& info) {
     const bool isOfFolder = info.bInFolder != 0 || info.bFolder != 0;
     found = isOfFolder && info.strPath.find(key) != std::wstring::npos;
     return !found;

@@ -6,6 +6,10 @@
 #include "frame/progress.h"
 #include "morvunp/cabunpacker.h"
 
+namespace cab = morvunp::cab;
+namespace frame = morvunp::frame;
+namespace output = morvunp::output;
+
 namespace {
 
 /// The callbacks carry no context of the caller's: the write callback finds the

@@ -15,6 +15,11 @@
 #include "morvunp/outputplace.h"
 #include "output/pathgate.h"
 
+namespace cab = morvunp::cab;
+namespace frame = morvunp::frame;
+namespace output = morvunp::output;
+namespace platform = morvunp::platform;
+
 namespace {
 
 constexpr INT_PTR kSkip = 0;
@@ -39,7 +44,7 @@ std::wstring PathOf(const cab::CCabItemInfo& item) {
 }
 
 bool IsSafe(const std::wstring& path) {
-  return IsSafeItem(path, std::wstring(frame::NameOf(path)));
+  return morvunp::IsSafeItem(path, std::wstring(frame::NameOf(path)));
 }
 
 }  // namespace
@@ -72,7 +77,7 @@ bool CCabUnpacker::UnpackFile(const std::wstring& path, const std::wstring& targ
   const frame::Lent lent(m_pExtraction->m_pRoot, root);
   BeginItem(path);
   if (!IsSafe(path)) return RefuseName();
-  return UnpackAt(PlaceOfFile(m_state.m_iniUnpack, path, target));
+  return UnpackAt(morvunp::PlaceOfFile(m_state.m_iniUnpack, path, target));
 }
 
 bool CCabUnpacker::RefuseName() {
@@ -85,15 +90,15 @@ bool CCabUnpacker::UnpackCurrentFile(const std::wstring& name, const std::wstrin
   const frame::Lent lent(m_pExtraction->m_pRoot, root);
   BeginItem(m_pExtraction->m_strWanted);
   if (!IsSafe(name)) return RefuseName();
-  const OutputPlace place{folder, name};
+  const morvunp::OutputPlace place{folder, name};
   if (!frame::HasParent(name)) return UnpackAt(place);
-  const OutputPlace below{frame::Join(folder, frame::ParentOf(name)),
-                          std::wstring(frame::NameOf(name))};
+  const morvunp::OutputPlace below{frame::Join(folder, frame::ParentOf(name)),
+                                   std::wstring(frame::NameOf(name))};
   return UnpackAt(below);
 }
 
 /// The item that is wanted, by a pass of its own.
-bool CCabUnpacker::UnpackAt(const OutputPlace& place) {
+bool CCabUnpacker::UnpackAt(const morvunp::OutputPlace& place) {
   cab::Extraction& run = *m_pExtraction;
   if (!run.m_pRoot->Enter(place)) return false;
   if (run.m_pRoot->Decide() != output::Root::Answer::kWrite) return false;
@@ -272,7 +277,8 @@ INT_PTR CCabUnpacker::OnCopyFile(const FDINOTIFICATION& notification) {
 
 INT_PTR CCabUnpacker::OnCloseFile(const FDINOTIFICATION& notification) {
   output::FileFacts facts;
-  const auto written = TimeOfDosDateTime(DWORD{notification.date} << 16 | notification.time);
+  const auto written =
+      morvunp::TimeOfDosDateTime(DWORD{notification.date} << 16 | notification.time);
   if (written) facts.lastWrite = platform::FileTimeOfTimespec(*written, 0);
   // A file that was just written has this attribute and no other.
   const DWORD attributes = notification.attribs & kRecorded;
@@ -305,13 +311,14 @@ bool CCabUnpacker::SelectItem(const std::wstring& path) {
 }
 
 /// Where an item goes in the run in hand; none when it does not belong to it.
-std::optional<OutputPlace> CCabUnpacker::PlaceOf(const cab::CCabItemInfo& item) const {
+std::optional<morvunp::OutputPlace> CCabUnpacker::PlaceOf(const cab::CCabItemInfo& item) const {
   const cab::Extraction& run = *m_pExtraction;
   const std::wstring path = PathOf(item);
   return run.m_nMode == cab::kFolder
-             ? PlaceInFolderRun(m_state.m_iniUnpack, run.m_strFolder, path, item.IsFolder(),
-                                run.m_strTarget)
-             : PlaceInArchiveRun(m_state.m_iniUnpack, path, item.IsFolder(), run.m_strTarget);
+             ? morvunp::PlaceInFolderRun(m_state.m_iniUnpack, run.m_strFolder, path,
+                                         item.IsFolder(), run.m_strTarget)
+             : morvunp::PlaceInArchiveRun(m_state.m_iniUnpack, path, item.IsFolder(),
+                                          run.m_strTarget);
 }
 
 bool CCabUnpacker::ProcessUnpackFolder(const std::wstring&, const std::wstring&,
@@ -326,7 +333,7 @@ bool CCabUnpacker::ProcessUnpackArchive(const std::wstring&, const char* fileNam
 bool CCabUnpacker::ProcessItem(const char* fileName) {
   if (!SelectItem(frame::DecodeAnsi(fileName))) return false;
   const cab::CCabItemInfo& item = *m_pCabinet->Items().Current();
-  const std::optional<OutputPlace> place = PlaceOf(item);
+  const std::optional<morvunp::OutputPlace> place = PlaceOf(item);
   if (!place) return false;
   output::Root& root = *m_pExtraction->m_pRoot;
   BeginItem(item.m_strPath);

@@ -5,7 +5,7 @@
 
 #include "output/root.h"
 
-namespace cab {
+namespace morvunp::cab {
 
 /// What a pass is to unpack.
 enum Mode : DWORD { kNothing = 0, kFile = 1, kFolder = 2, kArchive = 3 };
@@ -45,4 +45,4 @@ class Extraction {
   }
 };
 
-}  // namespace cab
+}  // namespace morvunp::cab

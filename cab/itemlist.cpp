@@ -4,7 +4,7 @@
 
 #include "frame/ansitext.h"
 
-namespace cab {
+namespace morvunp::cab {
 
 void ItemList::RemoveAllItems() {
   m_nPosition = kNoWalk;
@@ -71,4 +71,4 @@ bool ItemList::LocateFile(const std::wstring& path) {
   return true;
 }
 
-}  // namespace cab
+}  // namespace morvunp::cab

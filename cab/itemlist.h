@@ -7,7 +7,7 @@
 #include "frame/pathindex.h"
 #include "morvunp/cabunpacker.h"
 
-namespace cab {
+namespace morvunp::cab {
 
 /// One file of the cabinet's table.
 class CCabItemInfo : public CObject {
@@ -77,4 +77,4 @@ class ItemList {
   CCabItemInfo m_current;
 };
 
-}  // namespace cab
+}  // namespace morvunp::cab

@@ -4,9 +4,9 @@
 
 #include "frame/ansitext.h"
 #include "frame/itempath.h"
-#include "platform/platform.h"
+#include "morvunp/platform/platform.h"
 
-namespace cab {
+namespace morvunp::cab {
 namespace {
 
 /// Starts an escape: this byte and eight hexadecimal digits.
@@ -74,4 +74,4 @@ std::wstring ExistingCabinet(const std::wstring& path) {
   return found.empty() ? path : found;
 }
 
-}  // namespace cab
+}  // namespace morvunp::cab

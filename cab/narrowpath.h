@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace cab {
+namespace morvunp::cab {
 
 /// A path in the ANSI code page. Characters that the code page lacks are kept
 /// by an escape, so that every file that exists can be opened; the interface
@@ -21,4 +21,4 @@ std::wstring CabinetPath(const char* folder, const char* name);
 /// differs in case only. Sets name their cabinets in any case.
 std::wstring ExistingCabinet(const std::wstring& path);
 
-}  // namespace cab
+}  // namespace morvunp::cab

@@ -9,20 +9,20 @@
 #include <vector>
 
 #include "morvunp/morvunp.h"
-#include "platform/text.h"
-#include "platform/userinterface.h"
+#include "morvunp/platform/text.h"
+#include "morvunp/platform/userinterface.h"
 
 namespace {
 
-using platform::ControlKind;
-using platform::ToNativeText;
+using morvunp::platform::ControlKind;
+using morvunp::platform::ToNativeText;
 
 /// Shows the library's dialogs and questions on the terminal. Names come from
 /// strangers: a real host makes control characters in them visible.
-class Console : public platform::UserInterface {
+class Console : public morvunp::platform::UserInterface {
  public:
-  Console() { platform::RegisterUserInterface(this); }
-  ~Console() override { platform::RegisterUserInterface(nullptr); }
+  Console() { morvunp::platform::RegisterUserInterface(this); }
+  ~Console() override { morvunp::platform::RegisterUserInterface(nullptr); }
   Console(const Console&) = delete;
   Console& operator=(const Console&) = delete;
 
@@ -38,7 +38,8 @@ class Console : public platform::UserInterface {
         std::erase(label, L'&');  // marks the letter that a window underlines
         std::cout << '[' << buttons.size() << "] " << ToNativeText(label) << '\n';
       } else if (control.kind == ControlKind::kPasswordEdit) {
-        dialog.SetControlText(control.id, platform::ToLibraryPath(Ask("Password (seen): ")));
+        dialog.SetControlText(control.id,
+                              morvunp::platform::ToLibraryPath(Ask("Password (seen): ")));
       } else if (!text.empty()) {
         std::cout << text << '\n';
       }
@@ -83,25 +84,25 @@ LRESULT OnProgress(UINT message, WPARAM percentage, LPARAM name) {
   return 0;
 }
 
-template <Unpacker U>
+template <morvunp::Unpacker U>
 void List(U& unpacker) {
-  WalkItems<typename U::ShortInfo>(unpacker, [](const typename U::ShortInfo& item) {
+  morvunp::WalkItems<typename U::ShortInfo>(unpacker, [](const typename U::ShortInfo& item) {
     std::cout << ToNativeText(item.strPath) << '\n';
     return true;
   });
 }
 
 /// False when the archive is of another format.
-template <Unpacker U>
+template <morvunp::Unpacker U>
 bool Run(const std::string& archive, const std::string& folder, HWND progress, bool& isUnpacked) {
   U unpacker;
-  if (!unpacker.OpenArchive(platform::ToLibraryPath(archive))) return false;
+  if (!unpacker.OpenArchive(morvunp::platform::ToLibraryPath(archive))) return false;
   List(unpacker);
   INIUNPACK settings;
   settings.bConfirmReplace = 1;
   unpacker.SetIni(settings);
   unpacker.SetHandleDialogProgress(progress);
-  isUnpacked = unpacker.UnpackArchive(platform::ToLibraryPath(folder));
+  isUnpacked = unpacker.UnpackArchive(morvunp::platform::ToLibraryPath(folder));
   return true;
 }
 
@@ -109,7 +110,7 @@ int Unpack(const std::string& archive, const std::filesystem::path& folder) {
   std::filesystem::create_directories(folder);
   const std::string target = std::filesystem::canonical(folder).string();
   const Console console;
-  const HWND progress = platform::MakeWindow(nullptr, OnProgress);
+  const HWND progress = morvunp::platform::MakeWindow(nullptr, OnProgress);
   // The result of the last item; docs/embedding.md tells how to follow each.
   bool isUnpacked = false;
   const bool isArchive = Run<CCabUnpacker>(archive, target, progress, isUnpacked) ||

@@ -1,8 +1,8 @@
 #include "frame/ansitext.h"
 
-#include "platform/platform.h"
+#include "morvunp/platform/platform.h"
 
-namespace frame {
+namespace morvunp::frame {
 
 void DecodeAnsi(std::string_view bytes, std::wstring& text) {
   const int length = static_cast<int>(bytes.size());
@@ -33,4 +33,4 @@ bool SetCodePage(CUnpackState& state, const std::string& name) {
   return true;
 }
 
-}  // namespace frame
+}  // namespace morvunp::frame

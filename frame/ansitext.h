@@ -8,7 +8,7 @@
 #include "morvunp/unpackstate.h"
 #include "platform/codepage.h"
 
-namespace frame {
+namespace morvunp::frame {
 
 /// `text` keeps its memory from one call to the next.
 void DecodeAnsi(std::string_view bytes, std::wstring& text);
@@ -26,4 +26,4 @@ class CodePageScope : platform::AnsiCodePageScope {
   explicit CodePageScope(const CUnpackState& state) : AnsiCodePageScope(state.m_strCodePage) {}
 };
 
-}  // namespace frame
+}  // namespace morvunp::frame

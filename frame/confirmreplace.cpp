@@ -1,6 +1,6 @@
 #include "frame/confirmreplace.h"
 
-namespace frame {
+namespace morvunp::frame {
 
 BOOL CConfirmReplace::OnInitDialog() {
   CDialog::OnInitDialog();
@@ -41,4 +41,4 @@ void CConfirmReplace::SetIcon(int control, const std::wstring& path, UINT flags)
   SendDlgItemMessageW(control, STM_SETICON, reinterpret_cast<WPARAM>(info.hIcon), 0);
 }
 
-}  // namespace frame
+}  // namespace morvunp::frame

@@ -5,7 +5,7 @@
 
 #include "morvunp/messages.h"
 
-namespace frame {
+namespace morvunp::frame {
 
 /// Shows an existing file beside the one that would replace it. The caller
 /// fills the texts, then runs the dialog; the result is one of the constants.
@@ -38,4 +38,4 @@ class CConfirmReplace : public CDialog {
   void SetIcon(int control, const std::wstring& path, UINT flags);
 };
 
-}  // namespace frame
+}  // namespace morvunp::frame

@@ -2,7 +2,10 @@
 
 #include "morvunp/dostime.h"
 
-std::optional<__time64_t> TimeOfDosDateTime(DWORD dateTime) {
+namespace frame = morvunp::frame;
+namespace platform = morvunp::platform;
+
+std::optional<__time64_t> morvunp::TimeOfDosDateTime(DWORD dateTime) {
   FILETIME local;
   FILETIME universal;
   if (DosDateTimeToFileTime(static_cast<WORD>(dateTime >> 16), static_cast<WORD>(dateTime),

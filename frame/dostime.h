@@ -1,11 +1,11 @@
 // Local MS-DOS times of exact ones.
 #pragma once
 
-#include "platform/platform.h"
+#include "morvunp/platform/platform.h"
 
-namespace frame {
+namespace morvunp::frame {
 
 /// The date in the high half; 0 for a time that an MS-DOS time cannot tell.
 DWORD DosDateTimeOf(const FILETIME& universal);
 
-}  // namespace frame
+}  // namespace morvunp::frame

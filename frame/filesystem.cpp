@@ -3,7 +3,7 @@
 #include "frame/itempath.h"
 #include "morvunp/dostime.h"
 
-namespace frame {
+namespace morvunp::frame {
 
 DWORD MoveFilePointer(HANDLE file, LONGLONG distance, DWORD method, ULONGLONG* position) {
   auto high = static_cast<LONG>(distance >> 32);
@@ -63,4 +63,4 @@ bool SetFileDosTimeModified(const std::wstring& path, DWORD dosDateTime) {
   return file.IsOpen() && SetDosTimeModified(file.Get(), dosDateTime);
 }
 
-}  // namespace frame
+}  // namespace morvunp::frame

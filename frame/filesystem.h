@@ -7,7 +7,7 @@
 
 #include "morvunp/unpackstate.h"
 
-namespace frame {
+namespace morvunp::frame {
 
 /// Owns the handle of an open file; INVALID_HANDLE_VALUE for none.
 class OpenFile {
@@ -56,4 +56,4 @@ bool SetFileTimeModified(const std::wstring& path, __time64_t time);
 bool SetDosTimeModified(HANDLE file, DWORD dosDateTime);
 bool SetFileDosTimeModified(const std::wstring& path, DWORD dosDateTime);
 
-}  // namespace frame
+}  // namespace morvunp::frame

@@ -5,7 +5,7 @@
 #include "frame/itempath.h"
 #include "platform/unicode.h"
 
-namespace frame {
+namespace morvunp::frame {
 namespace {
 
 constexpr DWORD kMultiplier = 33;
@@ -59,4 +59,4 @@ bool CheckFolder(std::vector<std::wstring>& list, const std::wstring& path) {
   return HasParent(path) ? CheckFolder(list, std::wstring(ParentOf(path))) : !known;
 }
 
-}  // namespace frame
+}  // namespace morvunp::frame

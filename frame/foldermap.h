@@ -6,9 +6,9 @@
 #include <unordered_map>
 #include <vector>
 
-#include "platform/platform.h"
+#include "morvunp/platform/platform.h"
 
-namespace frame {
+namespace morvunp::frame {
 
 /// Key: HashKey of a folder path; value: the first path stored under it. Two
 /// paths of one hash count as one folder.
@@ -34,4 +34,4 @@ DWORD CheckFolderMap(FolderMap& map, const std::wstring& path);
 /// outermost ancestor that was looked at was not in the list yet.
 bool CheckFolder(std::vector<std::wstring>& list, const std::wstring& path);
 
-}  // namespace frame
+}  // namespace morvunp::frame

@@ -5,7 +5,7 @@
 
 #include "frame/itempath.h"
 
-namespace frame {
+namespace morvunp::frame {
 
 /// Empties it. The texts keep their memory: a walk fills the same record for
 /// every item.
@@ -41,4 +41,4 @@ bool IsFolderItem(const Info& info) {
   return info.bFolder != 0 || info.bInFolder != 0;
 }
 
-}  // namespace frame
+}  // namespace morvunp::frame

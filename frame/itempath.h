@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace frame {
+namespace morvunp::frame {
 
 inline constexpr wchar_t kSeparator = L'\\';
 
@@ -39,4 +39,4 @@ inline std::wstring_view TitleOf(std::wstring_view name) {
   return name.substr(0, name.rfind(L'.'));
 }
 
-}  // namespace frame
+}  // namespace morvunp::frame

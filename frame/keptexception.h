@@ -4,7 +4,7 @@
 #include <exception>
 #include <utility>
 
-namespace frame {
+namespace morvunp::frame {
 
 /// The result of a callback's `operation`. What that throws goes to `kept`, and
 /// the interface gets `failure`.
@@ -23,4 +23,4 @@ inline void ThrowKept(std::exception_ptr& kept) {
   if (kept) std::rethrow_exception(std::exchange(kept, nullptr));
 }
 
-}  // namespace frame
+}  // namespace morvunp::frame

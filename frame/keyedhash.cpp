@@ -6,7 +6,7 @@
 #include <exception>
 #include <random>
 
-namespace frame {
+namespace morvunp::frame {
 namespace {
 
 using Key = std::array<ULONGLONG, 2>;
@@ -81,4 +81,4 @@ ULONGLONG TextHash::Result() {
   return m_v0 ^ m_v1 ^ m_v2 ^ m_v3;
 }
 
-}  // namespace frame
+}  // namespace morvunp::frame

@@ -5,9 +5,9 @@
 #include <cstddef>
 #include <string>
 
-#include "platform/platform.h"
+#include "morvunp/platform/platform.h"
 
-namespace frame {
+namespace morvunp::frame {
 
 /// For unordered containers whose keys are numbers out of an archive. The
 /// standard library's hash of a number is the number, so that an archive could
@@ -35,4 +35,4 @@ class TextHash {
   ULONGLONG m_nCount = 0;
 };
 
-}  // namespace frame
+}  // namespace morvunp::frame

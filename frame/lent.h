@@ -1,7 +1,7 @@
 // A pointer that is set for one scope.
 #pragma once
 
-namespace frame {
+namespace morvunp::frame {
 
 /// Lets `pointer` point at `object` until the scope ends, also by an exception;
 /// then it is null again.
@@ -17,4 +17,4 @@ class Lent {
   T*& m_pointer;
 };
 
-}  // namespace frame
+}  // namespace morvunp::frame

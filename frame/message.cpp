@@ -1,6 +1,6 @@
 #include "frame/message.h"
 
-namespace frame {
+namespace morvunp::frame {
 namespace {
 
 constexpr LPCWSTR kCaption = L"Morvane Archiver";
@@ -12,4 +12,4 @@ int ShowMessage(LPCWSTR text, UINT type) {
   return MessageBoxW(owner != nullptr ? owner->GetSafeHwnd() : nullptr, text, kCaption, type);
 }
 
-}  // namespace frame
+}  // namespace morvunp::frame

@@ -1,9 +1,9 @@
 // Functions of modules that are loaded at run time.
 #pragma once
 
-#include "platform/platform.h"
+#include "morvunp/platform/platform.h"
 
-namespace frame {
+namespace morvunp::frame {
 
 /// The function of this name, of which only its user knows the type; null when
 /// the module has none.
@@ -13,4 +13,4 @@ Function FunctionOf(HMODULE module, LPCSTR name) {
   return reinterpret_cast<Function>(reinterpret_cast<void (*)()>(GetProcAddress(module, name)));
 }
 
-}  // namespace frame
+}  // namespace morvunp::frame

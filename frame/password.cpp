@@ -1,6 +1,6 @@
 #include "frame/password.h"
 
-namespace frame {
+namespace morvunp::frame {
 
 BOOL CPassword::OnInitDialog() {
   CDialog::OnInitDialog();
@@ -13,4 +13,4 @@ void CPassword::OnOK() {
   EndDialog(kOk);
 }
 
-}  // namespace frame
+}  // namespace morvunp::frame

@@ -5,7 +5,7 @@
 
 #include "morvunp/messages.h"
 
-namespace frame {
+namespace morvunp::frame {
 
 /// Asks for one line of masked text. One object serves one question; what
 /// becomes of the text is the caller's affair.
@@ -26,4 +26,4 @@ class CPassword : public CDialog {
   void OnCancel() override { EndDialog(kCancel); }
 };
 
-}  // namespace frame
+}  // namespace morvunp::frame

@@ -3,9 +3,9 @@
 #include <cwctype>
 
 #include "frame/keyedhash.h"
-#include "platform/platform.h"
+#include "morvunp/platform/platform.h"
 
-namespace frame {
+namespace morvunp::frame {
 namespace {
 
 wchar_t Folded(wchar_t c) {
@@ -27,4 +27,4 @@ std::size_t FoldedHash(const std::wstring& path) {
   return static_cast<std::size_t>(hash.Result());
 }
 
-}  // namespace frame
+}  // namespace morvunp::frame

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-namespace frame {
+namespace morvunp::frame {
 
 bool SamePath(const std::wstring& left, const std::wstring& right);
 /// Equal for paths that differ in case only.
@@ -67,4 +67,4 @@ class PathIndex {
   bool m_bLookedUp = false;
 };
 
-}  // namespace frame
+}  // namespace morvunp::frame

@@ -4,7 +4,7 @@
 #include "frame/summary.h"
 #include "morvunp/messages.h"
 
-namespace frame {
+namespace morvunp::frame {
 namespace {
 
 bool NextMessage(MSG& message) { return PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != FALSE; }
@@ -62,4 +62,4 @@ void UpdateFileTree(const CUnpackState& state, std::wstring& lastReport, const s
                reinterpret_cast<LPARAM>(lastReport.c_str()));
 }
 
-}  // namespace frame
+}  // namespace morvunp::frame

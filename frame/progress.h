@@ -6,7 +6,7 @@
 
 #include "morvunp/unpackstate.h"
 
-namespace frame {
+namespace morvunp::frame {
 
 /// Sends `percentage` to the progress dialog, with a text unless it is empty.
 void SendProgress(const CUnpackState& state, DWORD percentage, const std::wstring& text);
@@ -31,4 +31,4 @@ bool ReportBlock(CUnpackState& state, ULONGLONG done, ULONGLONG total);
 /// string of this thread, to which the message points.
 void UpdateFileTree(const CUnpackState& state, std::wstring& lastReport, const std::wstring& path);
 
-}  // namespace frame
+}  // namespace morvunp::frame

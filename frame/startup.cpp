@@ -3,9 +3,9 @@
 #include <cstring>
 
 #include "frame/templates.h"
-#include "platform/platform.h"
+#include "morvunp/platform/platform.h"
 
-namespace frame {
+namespace morvunp::frame {
 namespace {
 
 /// Dates and names follow the user's settings. A user who set nothing still
@@ -28,4 +28,4 @@ struct Startup {
 const Startup startup;
 
 }  // namespace
-}  // namespace frame
+}  // namespace morvunp::frame

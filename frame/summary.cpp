@@ -3,7 +3,7 @@
 #include <array>
 #include <cwchar>
 
-namespace frame {
+namespace morvunp::frame {
 namespace {
 
 constexpr std::size_t kTimeTextLength = 128;
@@ -76,4 +76,4 @@ std::wstring SizesText(ULONGLONG size, ULONGLONG packed) {
          std::to_wstring(static_cast<LONG>(PercentageOf(packed, size))) + L"%";
 }
 
-}  // namespace frame
+}  // namespace morvunp::frame

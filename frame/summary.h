@@ -7,9 +7,9 @@
 #include "frame/foldermap.h"
 #include "frame/itempath.h"
 #include "frame/keyedhash.h"
-#include "platform/platform.h"
+#include "morvunp/platform/platform.h"
 
-namespace frame {
+namespace morvunp::frame {
 
 /// Unsigned decimal, grouped in threes from the right with one blank.
 std::wstring FormatOfNumber64(ULONGLONG number);
@@ -68,4 +68,4 @@ class Totals {
   std::unordered_set<DWORD, KeyedHash> m_folders;
 };
 
-}  // namespace frame
+}  // namespace morvunp::frame

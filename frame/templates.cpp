@@ -4,7 +4,7 @@
 #include "frame/password.h"
 #include "morvunp/messages.h"
 
-namespace frame {
+namespace morvunp::frame {
 namespace {
 
 using platform::ControlKind;
@@ -63,4 +63,4 @@ void RegisterTemplates() {
   platform::RegisterDialogTemplate(PasswordTemplate());
 }
 
-}  // namespace frame
+}  // namespace morvunp::frame

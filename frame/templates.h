@@ -1,9 +1,9 @@
 // The library's dialog templates.
 #pragma once
 
-namespace frame {
+namespace morvunp::frame {
 
 /// Makes the templates available to CDialog. Called when the library loads.
 void RegisterTemplates();
 
-}  // namespace frame
+}  // namespace morvunp::frame

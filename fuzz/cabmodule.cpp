@@ -7,7 +7,7 @@
 
 #include "fuzz/cabinetset.h"
 #include "fuzz/target.h"
-#include "platform/platform.h"
+#include "morvunp/platform/platform.h"
 
 namespace fuzz {
 namespace {

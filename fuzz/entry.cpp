@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "fuzz/target.h"
-#include "platform/platform.h"
+#include "morvunp/platform/platform.h"
 
 namespace {
 

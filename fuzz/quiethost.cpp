@@ -26,20 +26,21 @@ QuietHost::QuietHost(const Manner& manner, std::wstring target)
     : m_nAnswer(manner.firstAnswer),
       m_nPatience(manner.patience),
       m_strTarget(std::move(target)),
-      m_hProgress(platform::MakeWindow(nullptr, [this](UINT, WPARAM, LPARAM) {
+      m_hProgress(morvunp::platform::MakeWindow(nullptr, [this](UINT, WPARAM, LPARAM) {
         CountMessage();
         return LRESULT{0};
       })) {
-  m_wndFileTree.m_hWnd = platform::MakeWindow(nullptr, [this](UINT, WPARAM, LPARAM lParam) {
-    const std::wstring path = reinterpret_cast<const wchar_t*>(lParam);
-    Require(path.starts_with(m_strTarget), "what was written lies in the target folder");
-    return LRESULT{0};
-  });
-  platform::RegisterUserInterface(this);
+  m_wndFileTree.m_hWnd =
+      morvunp::platform::MakeWindow(nullptr, [this](UINT, WPARAM, LPARAM lParam) {
+        const std::wstring path = reinterpret_cast<const wchar_t*>(lParam);
+        Require(path.starts_with(m_strTarget), "what was written lies in the target folder");
+        return LRESULT{0};
+      });
+  morvunp::platform::RegisterUserInterface(this);
 }
 
 QuietHost::~QuietHost() {
-  platform::RegisterUserInterface(nullptr);
+  morvunp::platform::RegisterUserInterface(nullptr);
   DestroyWindow(m_hProgress);
   DestroyWindow(m_wndFileTree.m_hWnd);
   MSG message;

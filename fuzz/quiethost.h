@@ -4,8 +4,8 @@
 #include <string>
 
 #include "fuzz/input.h"
+#include "morvunp/platform/userinterface.h"
 #include "morvunp/records.h"
-#include "platform/userinterface.h"
 
 namespace fuzz {
 
@@ -24,7 +24,7 @@ struct Manner {
 };
 
 /// The registered user interface from construction to destruction.
-class QuietHost : public platform::UserInterface {
+class QuietHost : public morvunp::platform::UserInterface {
  public:
   /// Whatever is reported must lie in `target`.
   QuietHost(const Manner& manner, std::wstring target);

@@ -3,7 +3,7 @@
 #include <filesystem>
 
 #include "fuzz/input.h"
-#include "platform/text.h"
+#include "morvunp/platform/text.h"
 #include "tests/support/tempfolder.h"
 
 namespace fuzz {
@@ -47,10 +47,10 @@ std::wstring Sandbox::Put(const std::string& name, std::string_view bytes) {
   const std::string path = Path("in") + "/" + name;
   testsupport::WriteFile(path, bytes);
   m_put[name] = bytes.size();
-  return platform::ToLibraryPath(path);
+  return morvunp::platform::ToLibraryPath(path);
 }
 
-std::wstring Sandbox::Target() const { return platform::ToLibraryPath(Path("out")); }
+std::wstring Sandbox::Target() const { return morvunp::platform::ToLibraryPath(Path("out")); }
 
 void Sandbox::CheckOutside() const {
   const auto entries = [](const std::string& path) {

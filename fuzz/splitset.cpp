@@ -5,7 +5,7 @@
 
 #include "fuzz/input.h"
 #include "fuzz/target.h"
-#include "platform/text.h"
+#include "morvunp/platform/text.h"
 #include "sevenzip/property.h"
 #include "sevenzip/splithandler.h"
 #include "sevenzip/volumesequence.h"
@@ -13,20 +13,20 @@
 namespace fuzz {
 namespace {
 
-using sevenzip::Answers;
-using sevenzip::Component;
-using sevenzip::ComPtr;
-using sevenzip::Create;
-using sevenzip::IArchiveExtractCallback;
-using sevenzip::IArchiveOpenCallback;
-using sevenzip::IArchiveOpenVolumeCallback;
-using sevenzip::IInStream;
-using sevenzip::IProgress;
-using sevenzip::ISequentialInStream;
-using sevenzip::ISequentialOutStream;
-using sevenzip::kSeekCurrent;
-using sevenzip::kSeekEnd;
-using sevenzip::kSeekStart;
+using morvunp::sevenzip::Answers;
+using morvunp::sevenzip::Component;
+using morvunp::sevenzip::ComPtr;
+using morvunp::sevenzip::Create;
+using morvunp::sevenzip::IArchiveExtractCallback;
+using morvunp::sevenzip::IArchiveOpenCallback;
+using morvunp::sevenzip::IArchiveOpenVolumeCallback;
+using morvunp::sevenzip::IInStream;
+using morvunp::sevenzip::IProgress;
+using morvunp::sevenzip::ISequentialInStream;
+using morvunp::sevenzip::ISequentialOutStream;
+using morvunp::sevenzip::kSeekCurrent;
+using morvunp::sevenzip::kSeekEnd;
+using morvunp::sevenzip::kSeekStart;
 
 class Volume final : public Component<Answers<IInStream>, IInStream> {
  public:
@@ -65,8 +65,9 @@ class Folder final : public Component<Answers<IArchiveOpenVolumeCallback>,
   HRESULT SetTotal(const ULONGLONG*, const ULONGLONG*) override { return S_OK; }
   HRESULT SetCompleted(const ULONGLONG*, const ULONGLONG*) override { return S_OK; }
   HRESULT GetProperty(PROPID id, PROPVARIANT* value) override {
-    if (id == sevenzip::kpidName) sevenzip::Put(value, m_strFirstName);
-    if (id == sevenzip::kpidSize) sevenzip::Put(value, m_pieces[m_nFound].claimedSize);
+    if (id == morvunp::sevenzip::kpidName) morvunp::sevenzip::Put(value, m_strFirstName);
+    if (id == morvunp::sevenzip::kpidSize)
+      morvunp::sevenzip::Put(value, m_pieces[m_nFound].claimedSize);
     return S_OK;
   }
   HRESULT GetStream(const wchar_t* name, IInStream** stream) override {
@@ -153,7 +154,7 @@ void RunSplitSet(std::string_view bytes) {
   const auto handler = Create<NArchive::NSplit::CHandler>();
   if (handler->Open(first.Get(), nullptr, folder.Get()) != S_OK) return;
   const auto collector = Create<Collector>();
-  Require(handler->Extract(nullptr, sevenzip::kAllItems, 0, collector.Get()) == S_OK,
+  Require(handler->Extract(nullptr, morvunp::sevenzip::kAllItems, 0, collector.Get()) == S_OK,
           "volumes are copied");
   Require(collector->bytes == whole, "a copy is what its volumes are");
   ComPtr<ISequentialInStream> joined;

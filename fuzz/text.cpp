@@ -1,6 +1,6 @@
 // Names and times on their way from an archive to the system: decoding, the
 // path gate, the place of an item, and the two forms of a path.
-#include "platform/text.h"
+#include "morvunp/platform/text.h"
 #include "cab/narrowpath.h"
 #include "frame/ansitext.h"
 #include "frame/itempath.h"
@@ -8,8 +8,8 @@
 #include "fuzz/target.h"
 #include "morvunp/dostime.h"
 #include "morvunp/outputplace.h"
+#include "morvunp/platform/platform.h"
 #include "output/pathgate.h"
-#include "platform/platform.h"
 
 namespace fuzz {
 namespace {
@@ -35,12 +35,12 @@ void CheckPlace(const std::wstring& path, bool isFolder) {
     INIUNPACK settings;
     settings.bUnpackFileNoPath = settings.bUnpackArchiveNoPaths = bits & 1;
     settings.bUnpackFolderRelative = bits >> 1;
-    const std::wstring top = path.substr(0, path.find(frame::kSeparator));
-    for (const auto& place : {std::optional(PlaceOfFile(settings, path, target)),
-                              PlaceInFolderRun(settings, top, path, isFolder, target),
-                              PlaceInArchiveRun(settings, path, isFolder, target)}) {
+    const std::wstring top = path.substr(0, path.find(morvunp::frame::kSeparator));
+    for (const auto& place : {std::optional(morvunp::PlaceOfFile(settings, path, target)),
+                              morvunp::PlaceInFolderRun(settings, top, path, isFolder, target),
+                              morvunp::PlaceInArchiveRun(settings, path, isFolder, target)}) {
       if (!place) continue;
-      const std::string native = platform::ToNativePath(place->Path());
+      const std::string native = morvunp::platform::ToNativePath(place->Path());
       Require(native.starts_with("/t/out"), kStay);
       Require(native == "/t/out" || !Leaves(native.substr(7)), kStay);
     }
@@ -48,18 +48,19 @@ void CheckPlace(const std::wstring& path, bool isFolder) {
 }
 
 void CheckItem(const std::wstring& path) {
-  const std::wstring name(frame::NameOf(path));
-  frame::ExtensionOf(path);
-  frame::TitleOf(name);
-  if (!IsSafeItem(path, name)) return;
-  Require(!Leaves(platform::ToNativePath(path)), "the gate refuses what leaves a folder");
+  const std::wstring name(morvunp::frame::NameOf(path));
+  morvunp::frame::ExtensionOf(path);
+  morvunp::frame::TitleOf(name);
+  if (!morvunp::IsSafeItem(path, name)) return;
+  Require(!Leaves(morvunp::platform::ToNativePath(path)), "the gate refuses what leaves a folder");
   CheckPlace(path, false);
   CheckPlace(path, true);
 }
 
 void CheckTimes(Input input) {
   const auto dateTime = static_cast<DWORD>(input.Number(4));
-  Require(TimeOfDosDateTime(dateTime).value_or(0) >= 0, "no archive's time is before 1970");
+  Require(morvunp::TimeOfDosDateTime(dateTime).value_or(0) >= 0,
+          "no archive's time is before 1970");
   const FILETIME time{static_cast<DWORD>(input.Number(4)), static_cast<DWORD>(input.Number(4))};
   FILETIME local;
   WORD date = 0;
@@ -75,19 +76,20 @@ void CheckTimes(Input input) {
 void RunText(std::string_view bytes) {
   Input input(bytes);
   const char* const codePage = kCodePages[input.Number(1) % std::size(kCodePages)];
-  Require(platform::SetAnsiCodePage(codePage), "the system knows the code page");
+  Require(morvunp::platform::SetAnsiCodePage(codePage), "the system knows the code page");
   CheckTimes(input);
   const std::string_view raw = input.Rest();
-  const std::wstring decoded = frame::DecodeAnsi(raw);
+  const std::wstring decoded = morvunp::frame::DecodeAnsi(raw);
   Require(decoded.empty() == raw.empty(), "no name is lost");
   CheckItem(decoded);
-  cab::WidePath(raw);
+  morvunp::cab::WidePath(raw);
 
-  const std::wstring path = platform::ToLibraryPath(raw);
-  Require(platform::ToNativePath(path) == raw, "a path of the system comes back");
-  Require(cab::WidePath(cab::NarrowPath(path)) == path, "a narrowed path comes back");
-  platform::ToNativeText(decoded);
-  platform::SetAnsiCodePage("");
+  const std::wstring path = morvunp::platform::ToLibraryPath(raw);
+  Require(morvunp::platform::ToNativePath(path) == raw, "a path of the system comes back");
+  Require(morvunp::cab::WidePath(morvunp::cab::NarrowPath(path)) == path,
+          "a narrowed path comes back");
+  morvunp::platform::ToNativeText(decoded);
+  morvunp::platform::SetAnsiCodePage("");
 }
 
 std::vector<std::string> TextSeeds() {

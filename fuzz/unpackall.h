@@ -14,7 +14,7 @@ template <class U>
 std::vector<std::wstring> SomePathsOf(U& unpacker) {
   constexpr std::size_t kMost = 4000;
   std::vector<std::wstring> paths;
-  WalkItems<typename U::FullInfo>(unpacker, [&](const typename U::FullInfo& info) {
+  morvunp::WalkItems<typename U::FullInfo>(unpacker, [&](const typename U::FullInfo& info) {
     typename U::ShortInfo brief;
     Require(unpacker.GetFileShortInfo(brief) && brief.strPath == info.strPath,
             "both records tell of one item");

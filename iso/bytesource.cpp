@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 
-namespace iso {
+namespace morvunp::iso {
 namespace {
 
 // The first reads stay small: most images are recognised in a few sectors.
@@ -64,4 +64,4 @@ void ForEachSector(ByteSource& source, std::uint64_t offset,
   }
 }
 
-}  // namespace iso
+}  // namespace morvunp::iso

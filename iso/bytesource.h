@@ -7,9 +7,9 @@
 #include <span>
 #include <vector>
 
-#include "platform/platform.h"
+#include "morvunp/platform/platform.h"
 
-namespace iso {
+namespace morvunp::iso {
 
 /// Sectors of the volume recognition sequence, whatever the image's own size.
 inline constexpr std::uint32_t kSectorSize = 2048;
@@ -50,4 +50,4 @@ std::vector<BYTE> ReadWhole(ByteSource& source, std::uint64_t offset, std::uint3
 void ForEachSector(ByteSource& source, std::uint64_t offset,
                    const std::function<bool(std::span<const BYTE>)>& visit);
 
-}  // namespace iso
+}  // namespace morvunp::iso

@@ -4,7 +4,7 @@
 
 #include "frame/progress.h"
 
-namespace iso {
+namespace morvunp::iso {
 namespace {
 
 // Reads below this size take what follows along: little at first, and much
@@ -101,4 +101,4 @@ CopyResult CopyExtent(ByteSource& source, CopyBuffer& buffer, std::uint64_t offs
   return CopyResult::kDone;
 }
 
-}  // namespace iso
+}  // namespace morvunp::iso

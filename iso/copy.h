@@ -9,7 +9,7 @@
 #include "morvunp/unpackstate.h"
 #include "output/root.h"
 
-namespace iso {
+namespace morvunp::iso {
 
 enum class CopyResult { kDone, kFailed, kCancelled };
 
@@ -86,4 +86,4 @@ class OutputFile {
 CopyResult CopyExtent(ByteSource& source, CopyBuffer& buffer, std::uint64_t offset,
                       std::uint64_t length, OutputFile& output);
 
-}  // namespace iso
+}  // namespace morvunp::iso

@@ -8,7 +8,7 @@
 #include "iso/recognition.h"
 #include "iso/udfscan.h"
 
-namespace iso {
+namespace morvunp::iso {
 namespace {
 
 /// 0 when the file cannot be opened.
@@ -182,4 +182,4 @@ CopyResult Image::CopyUDFExtent(int volume, const UDFEXTENT& extent, OutputFile&
   return CopyExtent(*m_pSource, m_buffer, *position, length, output);
 }
 
-}  // namespace iso
+}  // namespace morvunp::iso

@@ -12,7 +12,7 @@
 #include "iso/udfvolume.h"
 #include "output/root.h"
 
-namespace iso {
+namespace morvunp::iso {
 
 class Image {
  public:
@@ -78,4 +78,4 @@ class Image {
   CopyBuffer m_buffer;
 };
 
-}  // namespace iso
+}  // namespace morvunp::iso

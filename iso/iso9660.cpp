@@ -7,7 +7,7 @@
 #include "frame/ansitext.h"
 #include "iso/littleendian.h"
 
-namespace iso {
+namespace morvunp::iso {
 namespace {
 
 // ECMA-119 8.4: type, standard identifier and version of the descriptor.
@@ -78,4 +78,4 @@ void GetNameItemISO9660(const DirectoryRecord& record, std::wstring& name) {
   if (name.ends_with(L'.')) name.pop_back();
 }
 
-}  // namespace iso
+}  // namespace morvunp::iso

@@ -8,9 +8,9 @@
 #include <string_view>
 
 #include "iso/recorddate.h"
-#include "platform/platform.h"
+#include "morvunp/platform/platform.h"
 
-namespace iso {
+namespace morvunp::iso {
 
 /// ECMA-119 8.4, the fields in use.
 struct PrimaryVolumeDescriptor {
@@ -59,4 +59,4 @@ bool IsHiddenISO9660(const BYTE* flags);
 /// text keeps its memory from one name to the next.
 void GetNameItemISO9660(const DirectoryRecord& record, std::wstring& name);
 
-}  // namespace iso
+}  // namespace morvunp::iso

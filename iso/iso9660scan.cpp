@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <optional>
 
-namespace iso {
+namespace morvunp::iso {
 namespace {
 
 // ECMA-119 6.8.2.2: the directory itself and its parent come first.
@@ -81,4 +81,4 @@ bool Iso9660Scan::AddItem(const DirectoryRecord& record, ItemIndex folder) {
   return true;
 }
 
-}  // namespace iso
+}  // namespace morvunp::iso

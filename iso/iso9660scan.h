@@ -9,7 +9,7 @@
 #include "iso/recorddate.h"
 #include "iso/scanguard.h"
 
-namespace iso {
+namespace morvunp::iso {
 
 /// Appends every item below a root to a list, in depth-first pre-order.
 /// Directories that cannot be read add nothing, but the scan remembers.
@@ -39,4 +39,4 @@ class Iso9660Scan {
   bool m_bComplete = true;
 };
 
-}  // namespace iso
+}  // namespace morvunp::iso

@@ -14,7 +14,11 @@
 #include "output/root.h"
 #include "output/walk.h"
 
-static_assert(Unpacker<CIsoUnpacker>);
+namespace frame = morvunp::frame;
+namespace iso = morvunp::iso;
+namespace output = morvunp::output;
+
+static_assert(morvunp::Unpacker<CIsoUnpacker>);
 
 CIsoUnpacker::CIsoUnpacker() : m_pImage(std::make_unique<iso::Image>()) {}
 
@@ -131,7 +135,7 @@ bool CIsoUnpacker::LocateFile(const std::wstring& path) {
 
 bool CIsoUnpacker::IsFolder(const std::wstring& path) {
   bool found = false;
-  WalkItems<ISOFILESHORTINFO>(*this, [&](const ISOFILESHORTINFO& info) {
+  morvunp::WalkItems<ISOFILESHORTINFO>(*this, [&](const ISOFILESHORTINFO& info) {
     found = info.bFolder != 0 && info.strPath.find(path) != std::wstring::npos;
     return !found;
   });
@@ -164,7 +168,7 @@ output::Item CIsoUnpacker::CurrentItem(const std::wstring& path) const {
 }
 
 /// Writes the current item, which is the one in hand.
-bool CIsoUnpacker::WriteItem(output::Root& root, const OutputPlace& place) {
+bool CIsoUnpacker::WriteItem(output::Root& root, const morvunp::OutputPlace& place) {
   const iso::CIsoItemInfo& item = *m_pImage->Items().Current();
   if (item.m_bSafe == 0) {
     return root.Report().Tell(morvunp::ItemResult::kRefused, morvunp::ItemReason::kUnsafeName);
@@ -203,7 +207,7 @@ bool CIsoUnpacker::UnpackFile(const std::wstring& path, const std::wstring& targ
   if (!LocateFile(path) || m_pImage->Items().Current()->m_bFolder != 0) return false;
   output::Root root = RootAt(target);
   root.Begin(CurrentItem(path));
-  return WriteItem(root, PlaceOfFile(m_state.m_iniUnpack, path, target));
+  return WriteItem(root, morvunp::PlaceOfFile(m_state.m_iniUnpack, path, target));
 }
 
 template <class PlaceOf>
@@ -213,7 +217,7 @@ bool CIsoUnpacker::UnpackItems(const std::wstring& target, PlaceOf placeOf) {
   const bool result = output::UnpackByWalking(
       *this, m_state, root, placeOf,
       [this](const ISOFILESHORTINFO& info) { return CurrentItem(info.strPath); },
-      [this](output::Root& to, const OutputPlace& place) { return WriteItem(to, place); });
+      [this](output::Root& to, const morvunp::OutputPlace& place) { return WriteItem(to, place); });
   morvunp::ItemReason end = morvunp::ItemReason::kNone;
   if (!IsListComplete()) end = morvunp::ItemReason::kDamaged;
   if (m_state.m_bCancel != 0) end = morvunp::ItemReason::kInterrupted;
@@ -223,13 +227,14 @@ bool CIsoUnpacker::UnpackItems(const std::wstring& target, PlaceOf placeOf) {
 
 bool CIsoUnpacker::UnpackFolder(const std::wstring& path, const std::wstring& target) {
   return UnpackItems(target, [&](const ISOFILESHORTINFO& info) {
-    return PlaceInFolderRun(m_state.m_iniUnpack, path, info.strPath, info.bFolder != 0, target);
+    return morvunp::PlaceInFolderRun(m_state.m_iniUnpack, path, info.strPath, info.bFolder != 0,
+                                     target);
   });
 }
 
 bool CIsoUnpacker::UnpackArchive(const std::wstring& target) {
   return UnpackItems(target, [&](const ISOFILESHORTINFO& info) {
-    return PlaceInArchiveRun(m_state.m_iniUnpack, info.strPath, info.bFolder != 0, target);
+    return morvunp::PlaceInArchiveRun(m_state.m_iniUnpack, info.strPath, info.bFolder != 0, target);
   });
 }
 

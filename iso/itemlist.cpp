@@ -6,7 +6,7 @@
 #include "frame/itempath.h"
 #include "output/pathgate.h"
 
-namespace iso {
+namespace morvunp::iso {
 namespace {
 
 template <class T>
@@ -103,4 +103,4 @@ bool ItemList::LocateFile(const std::wstring& path) {
   return found < m_arrItems.size();
 }
 
-}  // namespace iso
+}  // namespace morvunp::iso

@@ -13,7 +13,7 @@
 #include "iso/udf.h"
 #include "morvunp/isounpacker.h"
 
-namespace iso {
+namespace morvunp::iso {
 
 /// Where the data of a UDF file is. Owns nothing.
 struct UdfAllocation {
@@ -121,4 +121,4 @@ class ItemList {
   const CIsoItemInfo* m_pCurrent = nullptr;
 };
 
-}  // namespace iso
+}  // namespace morvunp::iso

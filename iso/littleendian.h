@@ -1,9 +1,9 @@
 // Little-endian numbers, assembled byte by byte.
 #pragma once
 
-#include "platform/platform.h"
+#include "morvunp/platform/platform.h"
 
-namespace iso {
+namespace morvunp::iso {
 
 inline WORD GetLittleEndian16Bit(const BYTE* bytes) {
   return static_cast<WORD>(bytes[0] | bytes[1] << 8);
@@ -17,4 +17,4 @@ inline ULONGLONG GetLittleEndian64Bit(const BYTE* bytes) {
   return GetLittleEndian32Bit(bytes) | ULONGLONG{GetLittleEndian32Bit(bytes + 4)} << 32;
 }
 
-}  // namespace iso
+}  // namespace morvunp::iso

@@ -4,7 +4,7 @@
 #include <array>
 #include <string_view>
 
-namespace iso {
+namespace morvunp::iso {
 namespace {
 
 // ECMA-167 2/8.3: the recognition sequence follows 32768 bytes that belong to
@@ -61,4 +61,4 @@ std::optional<PrimaryVolumeDescriptor> FindPrimaryVolumeDescriptor(ByteSource& s
   return descriptor;
 }
 
-}  // namespace iso
+}  // namespace morvunp::iso

@@ -7,7 +7,7 @@
 #include "iso/bytesource.h"
 #include "iso/iso9660.h"
 
-namespace iso {
+namespace morvunp::iso {
 
 enum class FileSystem { kNone, kISO9660, kUDF };
 
@@ -21,4 +21,4 @@ std::wstring GetStandardIdentifier(const BYTE* block);
 /// The first primary volume descriptor, searched from the start of the file.
 std::optional<PrimaryVolumeDescriptor> FindPrimaryVolumeDescriptor(ByteSource& source);
 
-}  // namespace iso
+}  // namespace morvunp::iso

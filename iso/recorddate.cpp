@@ -1,6 +1,6 @@
 #include "iso/recorddate.h"
 
-namespace iso {
+namespace morvunp::iso {
 namespace {
 
 bool Between(int value, int first, int last) { return value >= first && value <= last; }
@@ -44,4 +44,4 @@ __time64_t DateConverter::TimeOf(const RecordedDate& date) {
   return m_lastTime;
 }
 
-}  // namespace iso
+}  // namespace morvunp::iso

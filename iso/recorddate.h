@@ -4,9 +4,9 @@
 #include <unordered_map>
 
 #include "frame/keyedhash.h"
-#include "platform/platform.h"
+#include "morvunp/platform/platform.h"
 
-namespace iso {
+namespace morvunp::iso {
 
 /// Calendar fields as recorded; `year` is the full year. All fields zero: no
 /// date is recorded.
@@ -36,4 +36,4 @@ class DateConverter {
   __time64_t m_lastTime = 0;
 };
 
-}  // namespace iso
+}  // namespace morvunp::iso

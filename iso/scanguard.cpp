@@ -1,6 +1,6 @@
 #include "iso/scanguard.h"
 
-namespace iso {
+namespace morvunp::iso {
 namespace {
 
 constexpr std::size_t kLongestPath = 4095;
@@ -38,4 +38,4 @@ bool ScanGuard::CountAllocation(ULONGLONG length) {
   return true;
 }
 
-}  // namespace iso
+}  // namespace morvunp::iso

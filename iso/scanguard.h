@@ -5,9 +5,9 @@
 #include <unordered_set>
 
 #include "frame/keyedhash.h"
-#include "platform/platform.h"
+#include "morvunp/platform/platform.h"
 
-namespace iso {
+namespace morvunp::iso {
 
 /// Decides whether the contents of a folder are read. Folders that are not
 /// entered stay in the list, empty. Honest images never meet these bounds:
@@ -54,4 +54,4 @@ class ScanGuard {
   std::unordered_set<ULONGLONG, frame::KeyedHash> m_entered;
 };
 
-}  // namespace iso
+}  // namespace morvunp::iso

@@ -5,7 +5,7 @@
 #include "iso/littleendian.h"
 #include "platform/unicode.h"
 
-namespace iso {
+namespace morvunp::iso {
 namespace {
 
 constexpr std::size_t kChecksumOffset = 4;
@@ -163,4 +163,4 @@ void GetDString(const BYTE* bytes, WORD length, std::wstring& text) {
   }
 }
 
-}  // namespace iso
+}  // namespace morvunp::iso

@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "iso/recorddate.h"
-#include "platform/platform.h"
+#include "morvunp/platform/platform.h"
 
-namespace iso {
+namespace morvunp::iso {
 
 /// Tag identifiers of ECMA-167 3/7.2.1 and 4/7.2.1 that this reader knows.
 enum class UdfTag : WORD {
@@ -150,4 +150,4 @@ bool DecodeExtents(std::span<const BYTE> bytes, BYTE type, WORD partition,
 /// text keeps its memory from one name to the next.
 void GetDString(const BYTE* bytes, WORD length, std::wstring& text);
 
-}  // namespace iso
+}  // namespace morvunp::iso

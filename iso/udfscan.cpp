@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace iso {
+namespace morvunp::iso {
 namespace {
 
 // ECMA-167 4/14.9: an entry fits into one logical block. An ICB with several
@@ -193,4 +193,4 @@ bool UdfScan::ReadContinuation(const UDFEXTENT& continuation, BYTE type, const T
   return descriptors && DecodeExtents(*descriptors, type, tree.partition, m_extents);
 }
 
-}  // namespace iso
+}  // namespace morvunp::iso

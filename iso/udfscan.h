@@ -12,7 +12,7 @@
 #include "iso/scanguard.h"
 #include "iso/udfvolume.h"
 
-namespace iso {
+namespace morvunp::iso {
 
 /// Appends every item of every logical volume to a list, in depth-first
 /// pre-order.
@@ -77,4 +77,4 @@ class UdfScan {
   bool m_bComplete = true;
 };
 
-}  // namespace iso
+}  // namespace morvunp::iso

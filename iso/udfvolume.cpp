@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace iso {
+namespace morvunp::iso {
 namespace {
 
 constexpr DWORD kSectorSizes[] = {2048, 512, 256, 4096, 1024};
@@ -114,4 +114,4 @@ std::optional<std::vector<BYTE>> UdfVolumes::ReadExtent(ByteSource& source, int 
   return ReadWhole(source, *position, length);
 }
 
-}  // namespace iso
+}  // namespace morvunp::iso

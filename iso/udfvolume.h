@@ -9,7 +9,7 @@
 #include "iso/bytesource.h"
 #include "iso/udf.h"
 
-namespace iso {
+namespace morvunp::iso {
 
 class UdfVolumes {
  public:
@@ -49,4 +49,4 @@ class UdfVolumes {
   std::vector<UDFVOLUME> m_arrLogicalVolumes;
 };
 
-}  // namespace iso
+}  // namespace morvunp::iso

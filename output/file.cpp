@@ -7,7 +7,7 @@
 
 #include "platform/below.h"
 
-namespace output {
+namespace morvunp::output {
 namespace {
 
 /// As many as find a free one of 2^64 names, unless somebody is at work who
@@ -162,4 +162,4 @@ File::~File() {
   }
 }
 
-}  // namespace output
+}  // namespace morvunp::output

@@ -8,7 +8,7 @@
 #include "output/folders.h"
 #include "platform/below.h"
 
-namespace output {
+namespace morvunp::output {
 
 /// What a finished file is given.
 struct FileFacts {
@@ -92,4 +92,4 @@ class File {
 /// A name that nobody can guess.
 std::wstring PrivateName();
 
-}  // namespace output
+}  // namespace morvunp::output

@@ -7,7 +7,7 @@
 #include "frame/itempath.h"
 #include "platform/below.h"
 
-namespace output {
+namespace morvunp::output {
 namespace {
 
 bool IsBelow(const std::wstring& path, const std::wstring& folder) {
@@ -112,4 +112,4 @@ bool Folders::Step(const std::wstring& name, const std::wstring& path) {
   return true;
 }
 
-}  // namespace output
+}  // namespace morvunp::output

@@ -7,7 +7,7 @@
 #include "morvunp/outputplace.h"
 #include "output/report.h"
 
-namespace output {
+namespace morvunp::output {
 
 /// The target folder of a run and what lies below it, all reached from one
 /// descriptor: no symbolic link between the two is followed, not even one that
@@ -52,4 +52,4 @@ class Folders {
   std::wstring m_relative;
 };
 
-}  // namespace output
+}  // namespace morvunp::output

@@ -4,7 +4,7 @@
 
 #include "frame/itempath.h"
 
-namespace output {
+namespace morvunp::output {
 
 bool StaysInside(std::wstring_view linkTarget, std::size_t depth) {
   if (linkTarget.empty() || linkTarget.front() == frame::kSeparator) return false;
@@ -20,4 +20,4 @@ bool StaysInside(std::wstring_view linkTarget, std::size_t depth) {
   return true;
 }
 
-}  // namespace output
+}  // namespace morvunp::output

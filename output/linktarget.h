@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-namespace output {
+namespace morvunp::output {
 
 /// True when a link `depth` folders below the target folder cannot lead out of
 /// it, whatever other links of this kind lie there: it is relative, climbs no
@@ -11,4 +11,4 @@ namespace output {
 /// folder in which it really stands.
 bool StaysInside(std::wstring_view linkTarget, std::size_t depth);
 
-}  // namespace output
+}  // namespace morvunp::output

@@ -5,7 +5,10 @@
 #include "frame/itempath.h"
 #include "morvunp/outputplace.h"
 
-namespace output {
+namespace frame = morvunp::frame;
+namespace output = morvunp::output;
+
+namespace morvunp::output {
 namespace {
 
 /// Separators of either system, and what ends a path.
@@ -34,8 +37,8 @@ bool IsSafePath(std::wstring_view path, bool inRoot) {
   }
 }
 
-}  // namespace output
+}  // namespace morvunp::output
 
-bool IsSafeItem(std::wstring_view path, std::wstring_view name) {
+bool morvunp::IsSafeItem(std::wstring_view path, std::wstring_view name) {
   return frame::NameOf(path) == name && output::IsSafePath(path, true);
 }

@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-namespace output {
+namespace morvunp::output {
 
 /// True when an item of this name may be written into a folder that passed the
 /// gate itself, or into the target folder when `inRoot`.
@@ -13,4 +13,4 @@ bool IsSafeName(std::wstring_view name, bool inRoot);
 /// The same for every component of a path; `inRoot` is said of the first.
 bool IsSafePath(std::wstring_view path, bool inRoot);
 
-}  // namespace output
+}  // namespace morvunp::output

@@ -3,6 +3,9 @@
 #include "frame/itempath.h"
 #include "output/root.h"
 
+namespace frame = morvunp::frame;
+namespace output = morvunp::output;
+
 namespace {
 
 using frame::Join;
@@ -10,7 +13,8 @@ using frame::NameOf;
 using frame::ParentOf;
 
 /// Place of an item that keeps `relative` under the target folder.
-OutputPlace PlaceUnder(const std::wstring& target, std::wstring_view relative, bool isFolder) {
+morvunp::OutputPlace PlaceUnder(const std::wstring& target, std::wstring_view relative,
+                                bool isFolder) {
   if (isFolder) return {Join(target, relative), {}};
   if (!frame::HasParent(relative)) return {target, std::wstring(relative)};
   return {Join(target, ParentOf(relative)), std::wstring(NameOf(relative))};
@@ -18,17 +22,21 @@ OutputPlace PlaceUnder(const std::wstring& target, std::wstring_view relative, b
 
 }  // namespace
 
-std::wstring OutputPlace::Path() const { return name.empty() ? folder : Join(folder, name); }
+std::wstring morvunp::OutputPlace::Path() const {
+  return name.empty() ? folder : Join(folder, name);
+}
 
-OutputPlace PlaceOfFile(const INIUNPACK& settings, const std::wstring& path,
-                        const std::wstring& target) {
+morvunp::OutputPlace morvunp::PlaceOfFile(const INIUNPACK& settings, const std::wstring& path,
+                                          const std::wstring& target) {
   if (settings.bUnpackFileNoPath != 0) return {target, std::wstring(NameOf(path))};
   return PlaceUnder(target, path, false);
 }
 
-std::optional<OutputPlace> PlaceInFolderRun(const INIUNPACK& settings, const std::wstring& folder,
-                                            const std::wstring& path, bool isFolder,
-                                            const std::wstring& target) {
+std::optional<morvunp::OutputPlace> morvunp::PlaceInFolderRun(const INIUNPACK& settings,
+                                                              const std::wstring& folder,
+                                                              const std::wstring& path,
+                                                              bool isFolder,
+                                                              const std::wstring& target) {
   if (!path.starts_with(folder)) return std::nullopt;
   const bool below = path.size() > folder.size() && path[folder.size()] == frame::kSeparator;
   const bool itself = isFolder && path.size() == folder.size();
@@ -40,14 +48,16 @@ std::optional<OutputPlace> PlaceInFolderRun(const INIUNPACK& settings, const std
   return PlaceUnder(target, relative, isFolder);
 }
 
-std::optional<OutputPlace> PlaceInArchiveRun(const INIUNPACK& settings, const std::wstring& path,
-                                             bool isFolder, const std::wstring& target) {
+std::optional<morvunp::OutputPlace> morvunp::PlaceInArchiveRun(const INIUNPACK& settings,
+                                                               const std::wstring& path,
+                                                               bool isFolder,
+                                                               const std::wstring& target) {
   if (settings.bUnpackArchiveNoPaths == 0) return PlaceUnder(target, path, isFolder);
   if (isFolder) return std::nullopt;
-  return OutputPlace{target, std::wstring(NameOf(path))};
+  return morvunp::OutputPlace{target, std::wstring(NameOf(path))};
 }
 
-bool MakeOutputFolder(const std::wstring& folder, const std::wstring& target) {
-  CUnpackState state;
+bool morvunp::MakeOutputFolder(const std::wstring& folder, const std::wstring& target) {
+  morvunp::CUnpackState state;
   return output::Root(state, target, [](const std::wstring&) {}).MakeFolder(folder);
 }

@@ -6,7 +6,7 @@
 #include "frame/itempath.h"
 #include "frame/summary.h"
 
-namespace output {
+namespace morvunp::output {
 namespace {
 
 constexpr DWORD kProtective =
@@ -79,4 +79,4 @@ bool MayReplace(CUnpackState& state, const std::wstring& target, const platform:
   }
 }
 
-}  // namespace output
+}  // namespace morvunp::output

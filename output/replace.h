@@ -8,7 +8,7 @@
 #include "output/report.h"
 #include "platform/below.h"
 
-namespace output {
+namespace morvunp::output {
 
 /// Decides about the file `found` at the path `target`, asking when the
 /// settings say so. False: keep it; m_bCancel is set when the user chose
@@ -19,4 +19,4 @@ bool MayReplace(CUnpackState& state, const std::wstring& target, const platform:
 /// The existing file is read-only, hidden or system.
 bool IsProtected(const platform::FoundFile& found);
 
-}  // namespace output
+}  // namespace morvunp::output

@@ -3,7 +3,7 @@
 #include <cerrno>
 #include <utility>
 
-namespace output {
+namespace morvunp::output {
 namespace {
 
 using morvunp::ItemReason;
@@ -102,4 +102,4 @@ void Reporter::TellEnd(ItemReason reason, int systemError, std::wstring_view det
   if (m_state.m_reportRun) m_state.m_reportRun({reason, systemError, detail});
 }
 
-}  // namespace output
+}  // namespace morvunp::output

@@ -8,7 +8,7 @@
 #include "frame/keyedhash.h"
 #include "morvunp/unpackstate.h"
 
-namespace output {
+namespace morvunp::output {
 
 /// An item on its way out.
 struct Item {
@@ -83,4 +83,4 @@ class Reporter {
   std::unordered_map<ULONGLONG, Written, frame::KeyedHash> m_written;
 };
 
-}  // namespace output
+}  // namespace morvunp::output

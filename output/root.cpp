@@ -9,7 +9,7 @@
 #include "output/replace.h"
 #include "platform/below.h"
 
-namespace output {
+namespace morvunp::output {
 
 using morvunp::ItemReason;
 using morvunp::ItemResult;
@@ -181,4 +181,4 @@ void Root::RemovePrivateFolder(const std::wstring& privateFolder) {
   platform::RemoveFolderBelow(m_folders.Root(false), privateFolder.c_str());
 }
 
-}  // namespace output
+}  // namespace morvunp::output

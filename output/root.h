@@ -8,7 +8,7 @@
 #include "output/folders.h"
 #include "output/report.h"
 
-namespace output {
+namespace morvunp::output {
 
 /// The target of one run. The formats write through it and nothing else: it
 /// makes folders, decides about existing files, creates, dates and renames
@@ -80,4 +80,4 @@ class Root {
   std::optional<platform::FoundFile> m_existing;
 };
 
-}  // namespace output
+}  // namespace morvunp::output

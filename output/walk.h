@@ -7,7 +7,7 @@
 #include "morvunp/unpacker.h"
 #include "output/root.h"
 
-namespace output {
+namespace morvunp::output {
 
 /// Walks all items and writes those that `placeOf` gives a place, until one is
 /// cancelled; those behind are told as not reached. The result is that of the
@@ -36,4 +36,4 @@ bool UnpackByWalking(U& unpacker, CUnpackState& state, Root& root, PlaceOf place
   return result;
 }
 
-}  // namespace output
+}  // namespace morvunp::output

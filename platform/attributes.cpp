@@ -12,7 +12,9 @@
 #include <cstdio>
 #include <string>
 
-#include "platform/text.h"
+#include "morvunp/platform/text.h"
+
+namespace platform = morvunp::platform;
 
 namespace {
 

@@ -8,9 +8,9 @@
 #include <array>
 #include <cstdlib>
 
-#include "platform/files.h"
+#include "morvunp/platform/files.h"
 
-namespace platform {
+namespace morvunp::platform {
 
 /// The extended attribute that holds hidden and system, as "0x" and a
 /// hexadecimal number.
@@ -33,4 +33,4 @@ BOOL SetDescriptorAttributes(int descriptor, DWORD attributes);
 /// A null time is left as it is.
 timespec TimespecOf(const FILETIME* time);
 
-}  // namespace platform
+}  // namespace morvunp::platform

@@ -13,11 +13,11 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "morvunp/platform/text.h"
 #include "platform/attributes.h"
 #include "platform/descriptors.h"
-#include "platform/text.h"
 
-namespace platform {
+namespace morvunp::platform {
 namespace {
 
 BOOL ResultOf(int result) { return result == 0 ? TRUE : FailWithErrno(errno); }
@@ -217,4 +217,4 @@ BOOL SetTimeBelow(HANDLE folder, LPCWSTR name, const FILETIME& lastWrite) {
       utimensat(DescriptorOf(folder), ToNativePath(name).c_str(), times, AT_SYMLINK_NOFOLLOW));
 }
 
-}  // namespace platform
+}  // namespace morvunp::platform

@@ -7,9 +7,9 @@
 // GetLastError and LastSystemError.
 #pragma once
 
-#include "platform/files.h"
+#include "morvunp/platform/files.h"
 
-namespace platform {
+namespace morvunp::platform {
 
 /// Opens a folder for the services below; symbolic links on the way are
 /// followed. INVALID_HANDLE_VALUE on failure. Close with CloseHandle.
@@ -70,4 +70,4 @@ std::wstring LinkTargetBelow(HANDLE folder, LPCWSTR name);
 /// Dates a symbolic link itself.
 BOOL SetTimeBelow(HANDLE folder, LPCWSTR name, const FILETIME& lastWrite);
 
-}  // namespace platform
+}  // namespace morvunp::platform

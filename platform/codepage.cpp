@@ -9,9 +9,9 @@
 #include <new>
 #include <utility>
 
-#include "platform/text.h"
+#include "morvunp/platform/text.h"
 
-namespace platform {
+namespace morvunp::platform {
 namespace {
 
 const iconv_t kNoConverter = reinterpret_cast<iconv_t>(-1);
@@ -189,4 +189,4 @@ bool IsPlainAscii(std::string_view text) {
   return std::all_of(text.begin(), text.end(), [](char c) { return c > 0; });
 }
 
-}  // namespace platform
+}  // namespace morvunp::platform

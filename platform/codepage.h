@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace platform {
+namespace morvunp::platform {
 
 /// A pair of converters between a code page and wide text. They have a state,
 /// so that no two threads may use one.
@@ -72,4 +72,4 @@ class AnsiCodePageScope {
 /// True when every character is ASCII other than NUL.
 bool IsPlainAscii(std::string_view text);
 
-}  // namespace platform
+}  // namespace morvunp::platform

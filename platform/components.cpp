@@ -1,10 +1,12 @@
-#include "platform/components.h"
+#include "morvunp/platform/components.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
 #include "platform/unicode.h"
+
+namespace platform = morvunp::platform;
 
 namespace {
 

@@ -1,13 +1,15 @@
-#include "platform/crt.h"
+#include "morvunp/platform/crt.h"
 
 #include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
 
+#include "morvunp/platform/files.h"
+#include "morvunp/platform/text.h"
 #include "platform/descriptors.h"
-#include "platform/files.h"
-#include "platform/text.h"
+
+namespace platform = morvunp::platform;
 
 int _wsopen_s(int* descriptor, LPCWSTR path, int, int share, int) {
   const auto sharing =

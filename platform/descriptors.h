@@ -5,9 +5,9 @@
 
 #include <string>
 
-#include "platform/types.h"
+#include "morvunp/platform/types.h"
 
-namespace platform {
+namespace morvunp::platform {
 
 inline int DescriptorOf(HANDLE file) {
   return static_cast<int>(reinterpret_cast<std::intptr_t>(file));
@@ -32,4 +32,4 @@ int OpenDescriptorAt(int folder, const std::string& path, int flags, mode_t mode
 /// on.
 int MoveUp(int descriptor);
 
-}  // namespace platform
+}  // namespace morvunp::platform

@@ -1,6 +1,8 @@
-#include "platform/dialogtemplate.h"
+#include "morvunp/platform/dialogtemplate.h"
 
 #include <map>
+
+namespace platform = morvunp::platform;
 
 namespace {
 

@@ -1,6 +1,8 @@
 #include <cerrno>
 
-#include "platform/types.h"
+#include "morvunp/platform/types.h"
+
+namespace platform = morvunp::platform;
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "platform/files.h"
+#include "morvunp/platform/files.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -7,11 +7,13 @@
 
 #include <cerrno>
 
+#include "morvunp/platform/text.h"
 #include "platform/attributes.h"
 #include "platform/descriptors.h"
-#include "platform/text.h"
 
-namespace platform {
+namespace platform = morvunp::platform;
+
+namespace morvunp::platform {
 namespace {
 
 constexpr int kFirstDescriptor = 3;
@@ -116,7 +118,7 @@ int OpenDescriptor(const std::string& path, int flags, Share share) {
   return OpenDescriptorAt(AT_FDCWD, path, flags, 0666, share);
 }
 
-}  // namespace platform
+}  // namespace morvunp::platform
 
 namespace {
 

@@ -3,8 +3,10 @@
 
 #include <memory>
 
-#include "platform/files.h"
-#include "platform/text.h"
+#include "morvunp/platform/files.h"
+#include "morvunp/platform/text.h"
+
+namespace platform = morvunp::platform;
 
 std::wstring platform::NameIgnoringCase(const std::wstring& path) {
   const std::size_t nameStart = path.rfind(L'\\') + 1;

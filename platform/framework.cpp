@@ -1,6 +1,8 @@
-#include "platform/framework.h"
+#include "morvunp/platform/framework.h"
 
-#include "platform/userinterface.h"
+#include "morvunp/platform/userinterface.h"
+
+namespace platform = morvunp::platform;
 
 CInvalidArgException::CInvalidArgException()
     : std::invalid_argument("an index outside its list was used") {}

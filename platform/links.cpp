@@ -11,9 +11,11 @@
 #include <cstdlib>
 #include <memory>
 
+#include "morvunp/platform/files.h"
+#include "morvunp/platform/text.h"
 #include "platform/descriptors.h"
-#include "platform/files.h"
-#include "platform/text.h"
+
+namespace platform = morvunp::platform;
 
 namespace {
 

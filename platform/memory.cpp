@@ -1,4 +1,4 @@
-#include "platform/memory.h"
+#include "morvunp/platform/memory.h"
 
 #include <unistd.h>
 

@@ -1,4 +1,4 @@
-#include "platform/modules.h"
+#include "morvunp/platform/modules.h"
 
 #include <dlfcn.h>
 #include <unistd.h>
@@ -10,8 +10,10 @@
 #include <string>
 #include <vector>
 
-#include "platform/components.h"
-#include "platform/text.h"
+#include "morvunp/platform/components.h"
+#include "morvunp/platform/text.h"
+
+namespace platform = morvunp::platform;
 
 namespace {
 

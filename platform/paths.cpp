@@ -3,9 +3,11 @@
 // escapes, so that every file that exists can be named.
 #include <cwchar>
 
+#include "morvunp/platform/text.h"
 #include "platform/codepage.h"
-#include "platform/text.h"
 #include "platform/unicode.h"
+
+namespace platform = morvunp::platform;
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "platform/text.h"
+#include "morvunp/platform/text.h"
 
 #include <wchar.h>
 #include <cwctype>
@@ -6,6 +6,8 @@
 #include <algorithm>
 
 #include "platform/codepage.h"
+
+namespace platform = morvunp::platform;
 
 namespace {
 

@@ -1,7 +1,9 @@
-#include "platform/times.h"
+#include "morvunp/platform/times.h"
 
 #include <cerrno>
 #include <chrono>
+
+namespace platform = morvunp::platform;
 
 namespace {
 

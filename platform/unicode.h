@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-namespace platform {
+namespace morvunp::platform {
 
 inline constexpr wchar_t kFirstHighSurrogate = 0xD800;
 inline constexpr wchar_t kFirstLowSurrogate = 0xDC00;
@@ -47,4 +47,4 @@ inline void AppendUtf8(std::string& out, wchar_t codePoint) {
   }
 }
 
-}  // namespace platform
+}  // namespace morvunp::platform

@@ -1,4 +1,6 @@
-#include "platform/userinterface.h"
+#include "morvunp/platform/userinterface.h"
+
+namespace platform = morvunp::platform;
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "platform/windows.h"
+#include "morvunp/platform/windows.h"
 
 #include <algorithm>
 #include <atomic>
@@ -6,7 +6,9 @@
 #include <map>
 #include <vector>
 
-#include "platform/userinterface.h"
+#include "morvunp/platform/userinterface.h"
+
+namespace platform = morvunp::platform;
 
 namespace {
 

@@ -3,7 +3,7 @@
 
 #include "rar/engine.h"
 
-namespace rar {
+namespace morvunp::rar {
 
 /// The engine calls `callback` while this lives.
 class Callbacks {
@@ -22,4 +22,4 @@ class Callbacks {
 /// The message for an answer of the engine, if it has one.
 void ShowProblem(int code);
 
-}  // namespace rar
+}  // namespace morvunp::rar

@@ -18,7 +18,7 @@
 #undef CALLBACK
 #undef PASCAL
 
-namespace rar {
+namespace morvunp::rar {
 namespace {
 
 static_assert(std::is_same_v<UNRARCALLBACK, Callback>);
@@ -268,4 +268,4 @@ void Engine::SetCallback(Callback callback, LPARAM userData) {
 
 void Engine::ClearCallback() { SetCallback(nullptr, 0); }
 
-}  // namespace rar
+}  // namespace morvunp::rar

@@ -15,9 +15,9 @@
 #include <memory>
 #include <string>
 
-#include "platform/platform.h"
+#include "morvunp/platform/platform.h"
 
-namespace rar {
+namespace morvunp::rar {
 
 /// The engine's answers that mean something to the library.
 enum Code : int {
@@ -145,4 +145,4 @@ class Engine {
   int m_nLost = kSuccess;
 };
 
-}  // namespace rar
+}  // namespace morvunp::rar

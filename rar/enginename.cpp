@@ -1,10 +1,10 @@
 #include "rar/enginename.h"
 
 #include "frame/itempath.h"
-#include "platform/text.h"
+#include "morvunp/platform/text.h"
 #include "platform/unicode.h"
 
-namespace rar {
+namespace morvunp::rar {
 namespace {
 
 using platform::kEscapedBackslash;
@@ -66,4 +66,4 @@ std::wstring ToEngineName(std::wstring_view path) {
   return name;
 }
 
-}  // namespace rar
+}  // namespace morvunp::rar

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace rar {
+namespace morvunp::rar {
 
 /// The engine holds names of fewer characters than this.
 inline constexpr std::size_t kEngineNameCapacity = 1024;
@@ -20,4 +20,4 @@ std::wstring FromEngineName(std::wstring_view name);
 /// The inverse, for paths of this system too.
 std::wstring ToEngineName(std::wstring_view path);
 
-}  // namespace rar
+}  // namespace morvunp::rar

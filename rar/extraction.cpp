@@ -22,10 +22,15 @@
 #include "rar/oldlink.h"
 #include "rar/password.h"
 
+namespace frame = morvunp::frame;
+namespace output = morvunp::output;
+namespace platform = morvunp::platform;
+namespace rar = morvunp::rar;
+
 using morvunp::ItemReason;
 using morvunp::ItemResult;
 
-namespace rar {
+namespace morvunp::rar {
 
 /// What the items of one run share.
 struct Run {
@@ -37,7 +42,7 @@ struct Run {
   bool isDropped = false;
 };
 
-}  // namespace rar
+}  // namespace morvunp::rar
 
 namespace {
 
@@ -69,7 +74,7 @@ output::Root CRarUnpacker::RootAt(const std::wstring& target) {
 }
 
 output::Item CRarUnpacker::CurrentItem(const std::wstring& path) const {
-  return {GetPosition(), path, m_nTotal, TimeOfDosDateTime(m_nFileTime).value_or(0)};
+  return {GetPosition(), path, m_nTotal, morvunp::TimeOfDosDateTime(m_nFileTime).value_or(0)};
 }
 
 // One file.
@@ -81,7 +86,8 @@ bool CRarUnpacker::UnpackCurrentFile(const std::wstring& name, const std::wstrin
   const frame::Lent lent(m_pRun, run);
   root.Begin(CurrentItem(m_hArchive->Current().path));
   const std::wstring& inside = m_hArchive->Current().path;
-  const bool isSafe = IsSafeItem(inside, frame::NameOf(inside)) && output::IsSafePath(name, false);
+  const bool isSafe =
+      morvunp::IsSafeItem(inside, frame::NameOf(inside)) && output::IsSafePath(name, false);
   if (!isSafe || m_hArchive->Current().isPathCut) {
     return root.Report().Tell(ItemResult::kRefused, ItemReason::kUnsafeName);
   }
@@ -90,10 +96,10 @@ bool CRarUnpacker::UnpackCurrentFile(const std::wstring& name, const std::wstrin
 }
 
 /// The current item, which is the one in hand.
-bool CRarUnpacker::WriteItem(const OutputPlace& place) {
+bool CRarUnpacker::WriteItem(const morvunp::OutputPlace& place) {
   const rar::Header& header = m_hArchive->Current();
   output::Reporter& report = m_pRun->root.Report();
-  if (!IsSafeItem(header.path, frame::NameOf(header.path))) {
+  if (!morvunp::IsSafeItem(header.path, frame::NameOf(header.path))) {
     return report.Tell(ItemResult::kRefused, ItemReason::kUnsafeName);
   }
   if (header.isPathCut) return report.Tell(ItemResult::kRefused, ItemReason::kNameTooLong);
@@ -101,7 +107,7 @@ bool CRarUnpacker::WriteItem(const OutputPlace& place) {
   return UnpackAt(place);
 }
 
-bool CRarUnpacker::UnpackAt(const OutputPlace& place) {
+bool CRarUnpacker::UnpackAt(const morvunp::OutputPlace& place) {
   output::Root& root = m_pRun->root;
   if (m_hArchive->Current().IsContinuation()) {
     return root.Report().Tell(ItemResult::kFailed, ItemReason::kBeginsEarlier);
@@ -191,7 +197,7 @@ bool CRarUnpacker::WriteOldLink() {
 bool CRarUnpacker::Repeat(const output::FileFacts& facts) {
   const rar::Header& header = m_hArchive->Current();
   output::Root& root = m_pRun->root;
-  std::optional<OutputPlace> source;
+  std::optional<morvunp::OutputPlace> source;
   if (m_pRun->placeOf && output::IsSafePath(header.source, true)) {
     source = m_pRun->placeOf(header.source);
   }
@@ -209,12 +215,12 @@ bool CRarUnpacker::UnpackFile(const std::wstring& path, const std::wstring& targ
   rar::Run run{root, {}, rar::OldLinks(m_strArchive)};
   const frame::Lent lent(m_pRun, run);
   root.Begin(CurrentItem(info.strPath));
-  if (!IsSafeItem(info.strPath, frame::NameOf(info.strPath))) {
+  if (!morvunp::IsSafeItem(info.strPath, frame::NameOf(info.strPath))) {
     return root.Report().Tell(ItemResult::kRefused, ItemReason::kUnsafeName);
   }
   if (!LocateSource()) return root.Report().Tell(ItemResult::kRefused, ItemReason::kNoSource);
   m_strCurrentName = name;
-  return UnpackAt(PlaceOfFile(m_state.m_iniUnpack, path, target));
+  return UnpackAt(morvunp::PlaceOfFile(m_state.m_iniUnpack, path, target));
 }
 
 /// Alone, a hard link or a copy comes out with the data of the item that it
@@ -238,7 +244,7 @@ bool CRarUnpacker::UnpackItems(const std::wstring& target, PlaceOf placeOf) {
   const auto placeOfFile = [&](const std::wstring& path) { return placeOf(path, false); };
   rar::Run run{root, placeOfFile, rar::OldLinks(m_strArchive)};
   const frame::Lent lent(m_pRun, run);
-  const auto place = [&](const RARFILEFULLINFO& info) -> std::optional<OutputPlace> {
+  const auto place = [&](const RARFILEFULLINFO& info) -> std::optional<morvunp::OutputPlace> {
     const rar::Header& header = m_hArchive->Current();
     // What continues a file was dealt with at its beginning, unless the archive
     // was opened in its midst.
@@ -248,7 +254,7 @@ bool CRarUnpacker::UnpackItems(const std::wstring& target, PlaceOf placeOf) {
   const auto itemOf = [this](const RARFILEFULLINFO& info) { return CurrentItem(info.strPath); };
   const bool result = output::UnpackByWalking<RARFILEFULLINFO>(
       *this, m_state, root, place, itemOf,
-      [this](output::Root&, const OutputPlace& to) { return WriteItem(to); });
+      [this](output::Root&, const morvunp::OutputPlace& to) { return WriteItem(to); });
   TellRest(place);
   return result;
 }
@@ -266,7 +272,7 @@ void CRarUnpacker::TellRest(PlaceOf placeOf) {
   const ItemReason problem = m_nWalkProblem;
   if (m_state.m_reportItem && problem != ItemReason::kNone && m_nItems != 0) {
     const ULONGLONG last = GetPosition();
-    WalkItems<RARFILEFULLINFO>(*this, [&](const RARFILEFULLINFO& info) {
+    morvunp::WalkItems<RARFILEFULLINFO>(*this, [&](const RARFILEFULLINFO& info) {
       if (GetPosition() > last && placeOf(info)) {
         report.TellNotReached(CurrentItem(info.strPath), end.reason);
       }
@@ -280,18 +286,18 @@ void CRarUnpacker::TellRest(PlaceOf placeOf) {
 
 bool CRarUnpacker::UnpackFolder(const std::wstring& path, const std::wstring& target) {
   return UnpackItems(target, [&](const std::wstring& item, bool isFolder) {
-    return PlaceInFolderRun(m_state.m_iniUnpack, path, item, isFolder, target);
+    return morvunp::PlaceInFolderRun(m_state.m_iniUnpack, path, item, isFolder, target);
   });
 }
 
 bool CRarUnpacker::UnpackArchive(const std::wstring& target) {
-  return UnpackItems(target,
-                     [&](const std::wstring& item, bool isFolder) -> std::optional<OutputPlace> {
-                       // Without folders there is nothing for a link to one to lead to.
-                       const bool isFlat = m_state.m_iniUnpack.bUnpackArchiveNoPaths != 0;
-                       if (isFlat && m_hArchive->Current().IsFolder()) return std::nullopt;
-                       return PlaceInArchiveRun(m_state.m_iniUnpack, item, isFolder, target);
-                     });
+  return UnpackItems(
+      target, [&](const std::wstring& item, bool isFolder) -> std::optional<morvunp::OutputPlace> {
+        // Without folders there is nothing for a link to one to lead to.
+        const bool isFlat = m_state.m_iniUnpack.bUnpackArchiveNoPaths != 0;
+        if (isFlat && m_hArchive->Current().IsFolder()) return std::nullopt;
+        return morvunp::PlaceInArchiveRun(m_state.m_iniUnpack, item, isFolder, target);
+      });
 }
 
 // What the engine calls.

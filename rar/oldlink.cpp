@@ -2,7 +2,7 @@
 
 #include <climits>
 
-namespace rar {
+namespace morvunp::rar {
 namespace {
 
 // The layout of blocks, by offsets from the start of one: a checksum of two
@@ -111,4 +111,4 @@ std::optional<std::wstring> OldLinks::TargetOf(ULONGLONG number, const Header& h
   return platform::ToLibraryPath(text);
 }
 
-}  // namespace rar
+}  // namespace morvunp::rar

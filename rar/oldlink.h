@@ -7,7 +7,7 @@
 #include "frame/filesystem.h"
 #include "rar/engine.h"
 
-namespace rar {
+namespace morvunp::rar {
 
 /// Reads what links say out of an archive. The engine, asked to test such an
 /// item, tells nothing of it; but its data is the text, and mostly stored as it
@@ -31,4 +31,4 @@ class OldLinks {
   ULONGLONG m_nFiles = 0;
 };
 
-}  // namespace rar
+}  // namespace morvunp::rar

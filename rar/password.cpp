@@ -2,7 +2,7 @@
 
 #include "frame/password.h"
 
-namespace rar {
+namespace morvunp::rar {
 namespace {
 
 /// The engine looks at no more characters.
@@ -28,4 +28,4 @@ std::string NarrowPassword(const std::wstring& password) {
   return narrow;
 }
 
-}  // namespace rar
+}  // namespace morvunp::rar

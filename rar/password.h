@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-namespace rar {
+namespace morvunp::rar {
 
 /// Asks the user. None when there is no answer.
 std::optional<std::wstring> AskPassword();
@@ -12,4 +12,4 @@ std::optional<std::wstring> AskPassword();
 /// The narrow form that the engine takes.
 std::string NarrowPassword(const std::wstring& password);
 
-}  // namespace rar
+}  // namespace morvunp::rar

@@ -16,11 +16,14 @@
 #include "rar/password.h"
 #include "rar/volumes.h"
 
+namespace frame = morvunp::frame;
+namespace rar = morvunp::rar;
+
 using morvunp::ItemReason;
 
-static_assert(Unpacker<CRarUnpacker>);
+static_assert(morvunp::Unpacker<CRarUnpacker>);
 
-namespace rar {
+namespace morvunp::rar {
 
 OwnEngine::OwnEngine() : m_pEngine(std::make_unique<Engine>()) {}
 
@@ -41,7 +44,7 @@ void ShowProblem(int code) {
   }
 }
 
-}  // namespace rar
+}  // namespace morvunp::rar
 
 CRarUnpacker::CRarUnpacker() { m_state.m_iniUnpack.bConfirmReplace = 1; }
 
@@ -257,7 +260,7 @@ bool CRarUnpacker::LocateFile(const std::wstring& path, RARFILEFULLINFO& info) {
 
 bool CRarUnpacker::IsFolder(const std::wstring& path) {
   bool found = false;
-  WalkItems<RARFILESHORTINFO>(*this, [&](const RARFILESHORTINFO& info) {
+  morvunp::WalkItems<RARFILESHORTINFO>(*this, [&](const RARFILESHORTINFO& info) {
     found = frame::IsFolderItem(info) && info.strPath.find(path) != std::wstring::npos;
     return !found;
   });
@@ -269,12 +272,12 @@ bool CRarUnpacker::IsFolder(const std::wstring& path) {
 std::wstring CRarUnpacker::GetFileOutputInfo(const std::wstring& path) {
   RARFILEFULLINFO info;
   if (!LocateFile(path, info)) return {};
-  return frame::FileTextWithCrc(TimeOfDosDateTime(info.nFileTime).value_or(0), SizeOf(info),
-                                PackedSizeOf(info), info.nFileCRC);
+  return frame::FileTextWithCrc(morvunp::TimeOfDosDateTime(info.nFileTime).value_or(0),
+                                SizeOf(info), PackedSizeOf(info), info.nFileCRC);
 }
 
 std::wstring CRarUnpacker::TextOf(frame::Totals totals) {
-  WalkItems<RARFILEFULLINFO>(*this, [&](const RARFILEFULLINFO& info) {
+  morvunp::WalkItems<RARFILEFULLINFO>(*this, [&](const RARFILEFULLINFO& info) {
     if (frame::IsFolderItem(info)) {
       totals.AddFolder(info.strPath);
     } else {

@@ -4,7 +4,7 @@
 
 #include "frame/itempath.h"
 
-namespace rar {
+namespace morvunp::rar {
 namespace {
 
 /// Counts the last run of digits up, by one more digit where it is full.
@@ -64,4 +64,4 @@ std::vector<platform::FileIdentity> FilesOfSet(const std::wstring& path, bool is
   return files;
 }
 
-}  // namespace rar
+}  // namespace morvunp::rar

@@ -4,13 +4,13 @@
 #include <string>
 #include <vector>
 
-#include "platform/platform.h"
+#include "morvunp/platform/platform.h"
 
-namespace rar {
+namespace morvunp::rar {
 
 /// The archive and, where it is one of a set, the volumes behind it that lie
 /// beside it, by both ways of naming them: NAME.part1.rar, NAME.part2.rar and
 /// NAME.rar, NAME.r00, NAME.r01.
 std::vector<platform::FileIdentity> FilesOfSet(const std::wstring& path, bool isVolume);
 
-}  // namespace rar
+}  // namespace morvunp::rar

@@ -3,9 +3,9 @@
 
 #include <utility>
 
-#include "platform/platform.h"
+#include "morvunp/platform/platform.h"
 
-namespace sevenzip {
+namespace morvunp::sevenzip {
 
 /// The reference count of an object: 0 until its creator holds it. Plain, not
 /// atomic: an object is on one thread at a time.
@@ -116,4 +116,4 @@ ComPtr<T> Create(Arguments&&... arguments) {
   return ComPtr<T>(new T(std::forward<Arguments>(arguments)...));
 }
 
-}  // namespace sevenzip
+}  // namespace morvunp::sevenzip

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace sevenzip = morvunp::sevenzip;
+
 namespace NCompress {
 namespace {
 
@@ -52,7 +54,7 @@ HRESULT CCopyCoder::GetInStreamProcessedSize(ULONGLONG* size) {
 
 }  // namespace NCompress
 
-namespace sevenzip {
+namespace morvunp::sevenzip {
 
 CLocalProgress::CLocalProgress(IProgress* progress, bool inSizeIsMain)
     : m_pProgress(progress),
@@ -71,4 +73,4 @@ HRESULT CLocalProgress::SetRatioInfo(const ULONGLONG* inSize, const ULONGLONG* o
   return m_bSendProgress ? m_pProgress->SetCompleted(m_bInSizeIsMain ? &in : &out) : S_OK;
 }
 
-}  // namespace sevenzip
+}  // namespace morvunp::sevenzip

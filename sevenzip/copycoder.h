@@ -8,17 +8,18 @@ namespace NCompress {
 
 /// The coder that changes nothing.
 class CCopyCoder final
-    : public sevenzip::Component<sevenzip::Answers<sevenzip::ICompressGetInStreamProcessedSize>,
-                                 sevenzip::ICompressGetInStreamProcessedSize,
-                                 sevenzip::ICompressCoder> {
+    : public morvunp::sevenzip::Component<
+          morvunp::sevenzip::Answers<morvunp::sevenzip::ICompressGetInStreamProcessedSize>,
+          morvunp::sevenzip::ICompressGetInStreamProcessedSize, morvunp::sevenzip::ICompressCoder> {
  public:
   ~CCopyCoder() override;
 
   /// Ends at `*outSize` bytes, when given, or at the end of the input. `out`
   /// and `progress` may be null.
-  HRESULT Code(sevenzip::ISequentialInStream* in, sevenzip::ISequentialOutStream* out,
-               const ULONGLONG* inSize, const ULONGLONG* outSize,
-               sevenzip::ICompressProgressInfo* progress) override;
+  HRESULT Code(morvunp::sevenzip::ISequentialInStream* in,
+               morvunp::sevenzip::ISequentialOutStream* out, const ULONGLONG* inSize,
+               const ULONGLONG* outSize,
+               morvunp::sevenzip::ICompressProgressInfo* progress) override;
   HRESULT GetInStreamProcessedSize(ULONGLONG* size) override;
 
  private:
@@ -28,7 +29,7 @@ class CCopyCoder final
 
 }  // namespace NCompress
 
-namespace sevenzip {
+namespace morvunp::sevenzip {
 
 /// Turns what a coder tells of its sizes into the progress of a whole.
 class CLocalProgress final : public Component<Answers<>, ICompressProgressInfo> {
@@ -51,4 +52,4 @@ class CLocalProgress final : public Component<Answers<>, ICompressProgressInfo> 
   bool m_bInSizeIsMain;
 };
 
-}  // namespace sevenzip
+}  // namespace morvunp::sevenzip

@@ -3,7 +3,7 @@
 #include "frame/modulefunction.h"
 #include "sevenzip/engineadapter.h"
 
-namespace sevenzip {
+namespace morvunp::sevenzip {
 
 Engine::~Engine() {
   CloseArchive();
@@ -52,4 +52,4 @@ bool Engine::CloseArchive() {
   return true;
 }
 
-}  // namespace sevenzip
+}  // namespace morvunp::sevenzip

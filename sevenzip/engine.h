@@ -6,7 +6,7 @@
 #include "sevenzip/component.h"
 #include "sevenzip/interfaces.h"
 
-namespace sevenzip {
+namespace morvunp::sevenzip {
 
 /// Loads the engine for every open and unloads it with every close. A copy has
 /// neither module nor archive: both are released once, by whoever made them.
@@ -34,4 +34,4 @@ class Engine {
   HMODULE m_hEngine = nullptr;
 };
 
-}  // namespace sevenzip
+}  // namespace morvunp::sevenzip

@@ -7,7 +7,7 @@
 #include "sevenzip/property.h"
 #include "sevenzip/volumesequence.h"
 
-namespace sevenzip {
+namespace morvunp::sevenzip {
 namespace {
 
 void TurnSeparators(BSTR path) {
@@ -100,4 +100,4 @@ std::wstring NamelessIn(const std::wstring& path) {
   return title.empty() ? name : title;
 }
 
-}  // namespace sevenzip
+}  // namespace morvunp::sevenzip

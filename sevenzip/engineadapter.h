@@ -20,7 +20,7 @@
 #include "sevenzip/component.h"
 #include "sevenzip/interfaces.h"
 
-namespace sevenzip {
+namespace morvunp::sevenzip {
 
 /// The engine's archive object in the form that the library is written for.
 /// `nameless` is what an item without a name is called.
@@ -56,4 +56,4 @@ class AdaptedArchive final : public Component<Answers<IInArchive>, IInArchive> {
 /// name without what makes it an archive or a volume.
 std::wstring NamelessIn(const std::wstring& path);
 
-}  // namespace sevenzip
+}  // namespace morvunp::sevenzip

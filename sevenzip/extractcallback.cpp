@@ -4,7 +4,7 @@
 #include "frame/progress.h"
 #include "sevenzip/guarded.h"
 
-namespace sevenzip {
+namespace morvunp::sevenzip {
 namespace {
 
 bool IsSize(VARTYPE type) {
@@ -158,4 +158,4 @@ HRESULT C7zExtractCallback::FinishFile(LONG result) {
   return S_OK;
 }
 
-}  // namespace sevenzip
+}  // namespace morvunp::sevenzip

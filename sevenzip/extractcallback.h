@@ -11,7 +11,7 @@
 #include "sevenzip/password.h"
 #include "sevenzip/property.h"
 
-namespace sevenzip {
+namespace morvunp::sevenzip {
 
 /// Lives for one unpack operation. For each item the engine calls GetStream,
 /// PrepareOperation and, at its end, SetOperationResult; in between it writes
@@ -59,4 +59,4 @@ class C7zExtractCallback final : public Component<Answers<ICryptoGetTextPassword
   bool m_bPasswordRefused = false;
 };
 
-}  // namespace sevenzip
+}  // namespace morvunp::sevenzip

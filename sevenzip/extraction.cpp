@@ -15,9 +15,14 @@
 #include "sevenzip/extractcallback.h"
 #include "sevenzip/guarded.h"
 
+namespace frame = morvunp::frame;
+namespace output = morvunp::output;
+namespace platform = morvunp::platform;
+namespace sevenzip = morvunp::sevenzip;
+
 namespace {
 
-bool IsSafe(const std::wstring& path) { return IsSafeItem(path, frame::NameOf(path)); }
+bool IsSafe(const std::wstring& path) { return morvunp::IsSafeItem(path, frame::NameOf(path)); }
 
 /// Why the engine ended a run.
 morvunp::RunReport ReportOf(HRESULT result) {
@@ -41,8 +46,8 @@ void C7zUnpacker::BeginItem(const SEVENZIPFILEFULLINFO& info) {
   m_nTotal = info.nSize;
   m_nItemDateTime = info.nDateTime;
   m_bEncrypted = info.strMethod.find(L"7zAES") != std::wstring::npos;
-  m_pRoot->Begin(
-      {m_nCurrent, info.strPath, m_nTotal, TimeOfDosDateTime(m_nItemDateTime).value_or(0)});
+  m_pRoot->Begin({m_nCurrent, info.strPath, m_nTotal,
+                  morvunp::TimeOfDosDateTime(m_nItemDateTime).value_or(0)});
 }
 
 bool C7zUnpacker::RefuseName() {
@@ -57,7 +62,7 @@ bool C7zUnpacker::UnpackFile(const std::wstring& path, const std::wstring& targe
   const frame::Lent lent(m_pRoot, root);
   BeginItem(info);
   if (!IsSafe(path)) return RefuseName();
-  return UnpackAt(PlaceOfFile(m_state.m_iniUnpack, path, target));
+  return UnpackAt(morvunp::PlaceOfFile(m_state.m_iniUnpack, path, target));
 }
 
 bool C7zUnpacker::UnpackCurrentFile(const std::wstring& name, const std::wstring& folder) {
@@ -73,7 +78,7 @@ bool C7zUnpacker::UnpackCurrentFile(const std::wstring& name, const std::wstring
 }
 
 /// The current item, which is the one in hand, by a call of the engine.
-bool C7zUnpacker::UnpackAt(const OutputPlace& place) {
+bool C7zUnpacker::UnpackAt(const morvunp::OutputPlace& place) {
   if (!m_pRoot->Enter(place)) return false;
   if (m_pRoot->Decide() != output::Root::Answer::kWrite) return false;
   BeginFile(place.name);
@@ -162,10 +167,12 @@ bool C7zUnpacker::RunOverItems(const DWORD* indices, DWORD count, const std::wst
 }
 
 /// Where an item goes in the run in hand; none when it does not belong to it.
-std::optional<OutputPlace> C7zUnpacker::PlaceInRun(const std::wstring& path, bool isFolder) const {
+std::optional<morvunp::OutputPlace> C7zUnpacker::PlaceInRun(const std::wstring& path,
+                                                            bool isFolder) const {
   return m_nMode == kFolderRun
-             ? PlaceInFolderRun(m_state.m_iniUnpack, m_strFolder, path, isFolder, m_strTarget)
-             : PlaceInArchiveRun(m_state.m_iniUnpack, path, isFolder, m_strTarget);
+             ? morvunp::PlaceInFolderRun(m_state.m_iniUnpack, m_strFolder, path, isFolder,
+                                         m_strTarget)
+             : morvunp::PlaceInArchiveRun(m_state.m_iniUnpack, path, isFolder, m_strTarget);
 }
 
 /// Makes an item current and prepares it for writing at its place.
@@ -175,7 +182,8 @@ bool C7zUnpacker::ProcessItem(DWORD index) {
   m_bHasCurrent = true;
   SEVENZIPFILEFULLINFO info;
   if (!GetFileFullInfo(info)) return false;
-  const std::optional<OutputPlace> place = PlaceInRun(info.strPath, frame::IsFolderItem(info));
+  const std::optional<morvunp::OutputPlace> place =
+      PlaceInRun(info.strPath, frame::IsFolderItem(info));
   if (!place) return false;
   BeginItem(info);
   if (!IsSafe(info.strPath)) return RefuseName();

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace sevenzip {
+namespace morvunp::sevenzip {
 namespace {
 
 /// What one call moves at most; the engine asks again for the rest.
@@ -64,4 +64,4 @@ HRESULT COutFileStream::SetSize(ULONGLONG size) {
   return done ? S_OK : E_FAIL;
 }
 
-}  // namespace sevenzip
+}  // namespace morvunp::sevenzip

@@ -8,7 +8,7 @@
 #include "sevenzip/component.h"
 #include "sevenzip/interfaces.h"
 
-namespace sevenzip {
+namespace morvunp::sevenzip {
 
 /// A file that can be opened as often as a stream is.
 class StreamFile : public frame::OpenFile {
@@ -59,4 +59,4 @@ class COutFileStream final : public Component<Answers<IOutStream>, IOutStream> {
   ULONGLONG m_nProcessedSize = 0;
 };
 
-}  // namespace sevenzip
+}  // namespace morvunp::sevenzip

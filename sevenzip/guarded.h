@@ -5,9 +5,9 @@
 #include <new>
 #include <utility>
 
-#include "platform/platform.h"
+#include "morvunp/platform/platform.h"
 
-namespace sevenzip {
+namespace morvunp::sevenzip {
 
 /// What the engine's caller must throw again behind it. Of the thread: the
 /// engine is called, and calls, on one, and an inner call ends before the outer.
@@ -30,4 +30,4 @@ HRESULT Guarded(Operation operation) noexcept {
   }
 }
 
-}  // namespace sevenzip
+}  // namespace morvunp::sevenzip

@@ -5,9 +5,9 @@
 // are HRESULT values.
 #pragma once
 
-#include "platform/platform.h"
+#include "morvunp/platform/platform.h"
 
-namespace sevenzip {
+namespace morvunp::sevenzip {
 
 /// All ids of the engine share one form.
 constexpr GUID EngineId(BYTE group, BYTE number) {
@@ -199,4 +199,4 @@ struct ISetProperties : IUnknown {
 using CreateObjectFunction = HRESULT (*)(const GUID* classId, const GUID* interfaceId,
                                          void** object);
 
-}  // namespace sevenzip
+}  // namespace morvunp::sevenzip

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace sevenzip {
+namespace morvunp::sevenzip {
 
 HRESULT CMultiStream::Init(std::vector<CSubStreamInfo> volumes) {
   ULONGLONG offset = 0;
@@ -75,4 +75,4 @@ HRESULT CMultiStream::Seek(LONGLONG offset, DWORD origin, ULONGLONG* position) {
   return S_OK;
 }
 
-}  // namespace sevenzip
+}  // namespace morvunp::sevenzip

@@ -6,7 +6,7 @@
 #include "sevenzip/component.h"
 #include "sevenzip/interfaces.h"
 
-namespace sevenzip {
+namespace morvunp::sevenzip {
 
 class CMultiStream final : public Component<Answers<IInStream>, IInStream> {
  public:
@@ -37,4 +37,4 @@ class CMultiStream final : public Component<Answers<IInStream>, IInStream> {
   std::vector<CSubStreamInfo> m_arrStreams;
 };
 
-}  // namespace sevenzip
+}  // namespace morvunp::sevenzip

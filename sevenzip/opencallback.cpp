@@ -5,7 +5,7 @@
 #include "sevenzip/guarded.h"
 #include "sevenzip/property.h"
 
-namespace sevenzip {
+namespace morvunp::sevenzip {
 
 bool C7zmvOpenCallback::Init(const std::wstring& firstVolume) {
   m_strFolderPrefix = firstVolume.substr(0, firstVolume.rfind(frame::kSeparator) + 1);
@@ -64,4 +64,4 @@ HRESULT C7zmvOpenCallback::GetStream(const wchar_t* name, IInStream** stream) {
   });
 }
 
-}  // namespace sevenzip
+}  // namespace morvunp::sevenzip

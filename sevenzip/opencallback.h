@@ -8,7 +8,7 @@
 #include "sevenzip/interfaces.h"
 #include "sevenzip/password.h"
 
-namespace sevenzip {
+namespace morvunp::sevenzip {
 
 /// Of an archive in one file.
 class C7zOpenCallback final : public Component<Answers<ICryptoGetTextPassword>,
@@ -56,4 +56,4 @@ class C7zmvOpenCallback final
   WIN32_FIND_DATAW m_volumeInfo;
 };
 
-}  // namespace sevenzip
+}  // namespace morvunp::sevenzip

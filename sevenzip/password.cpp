@@ -3,7 +3,7 @@
 #include "frame/password.h"
 #include "sevenzip/guarded.h"
 
-namespace sevenzip {
+namespace morvunp::sevenzip {
 
 HRESULT Password::Get(BSTR* password) {
   *password = nullptr;
@@ -18,4 +18,4 @@ HRESULT Password::Get(BSTR* password) {
   });
 }
 
-}  // namespace sevenzip
+}  // namespace morvunp::sevenzip

@@ -3,9 +3,9 @@
 
 #include <string>
 
-#include "platform/platform.h"
+#include "morvunp/platform/platform.h"
 
-namespace sevenzip {
+namespace morvunp::sevenzip {
 
 /// Asks once and remembers the answer; a prompt that was cancelled comes again.
 class Password {
@@ -26,4 +26,4 @@ class Password {
   std::wstring m_strCryptoPassword;
 };
 
-}  // namespace sevenzip
+}  // namespace morvunp::sevenzip

@@ -5,7 +5,7 @@
 
 #include "sevenzip/interfaces.h"
 
-namespace sevenzip {
+namespace morvunp::sevenzip {
 
 /// Owns the value. Numbers are taken as they lie there; an empty value is 0.
 class Property {
@@ -63,4 +63,4 @@ inline void Put(PROPVARIANT* value, const std::wstring& text) {
   if (value->bstrVal != nullptr) value->vt = VT_BSTR;
 }
 
-}  // namespace sevenzip
+}  // namespace morvunp::sevenzip

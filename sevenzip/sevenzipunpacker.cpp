@@ -19,7 +19,10 @@
 #include "sevenzip/property.h"
 #include "sevenzip/splithandler.h"
 
-static_assert(Unpacker<C7zUnpacker>);
+namespace frame = morvunp::frame;
+namespace sevenzip = morvunp::sevenzip;
+
+static_assert(morvunp::Unpacker<C7zUnpacker>);
 
 C7zUnpacker::C7zUnpacker() : m_pEngine(std::make_unique<sevenzip::Engine>()) {
   m_state.m_iniUnpack.bConfirmReplace = 1;
@@ -244,7 +247,7 @@ bool C7zUnpacker::IsFolder(const std::wstring& path) {
 std::wstring C7zUnpacker::GetFileOutputInfo(const std::wstring& path) {
   SEVENZIPFILEFULLINFO info;
   if (!LocateFile(path) || !GetFileFullInfo(info)) return {};
-  return frame::FileTextWithCrc(TimeOfDosDateTime(info.nDateTime).value_or(0), info.nSize,
+  return frame::FileTextWithCrc(morvunp::TimeOfDosDateTime(info.nDateTime).value_or(0), info.nSize,
                                 info.nPackedSize, info.nCRC);
 }
 

@@ -8,6 +8,8 @@
 #include "sevenzip/property.h"
 #include "sevenzip/volumesequence.h"
 
+namespace sevenzip = morvunp::sevenzip;
+
 namespace NArchive::NSplit {
 namespace {
 

@@ -9,17 +9,18 @@
 
 namespace NArchive::NSplit {
 
-using sevenzip::ComPtr;
-using sevenzip::IArchiveExtractCallback;
-using sevenzip::IArchiveOpenCallback;
-using sevenzip::IArchiveOpenVolumeCallback;
-using sevenzip::IInStream;
+using morvunp::sevenzip::ComPtr;
+using morvunp::sevenzip::IArchiveExtractCallback;
+using morvunp::sevenzip::IArchiveOpenCallback;
+using morvunp::sevenzip::IArchiveOpenVolumeCallback;
+using morvunp::sevenzip::IInStream;
 
 /// Plain pieces of one file. Open finds them through the open callback's
 /// IArchiveOpenVolumeCallback; GetStream joins them.
-class CHandler final : public sevenzip::Component<
-                           sevenzip::Answers<sevenzip::IInArchive, sevenzip::IInArchiveGetStream>,
-                           sevenzip::IInArchive, sevenzip::IInArchiveGetStream> {
+class CHandler final : public morvunp::sevenzip::Component<
+                           morvunp::sevenzip::Answers<morvunp::sevenzip::IInArchive,
+                                                      morvunp::sevenzip::IInArchiveGetStream>,
+                           morvunp::sevenzip::IInArchive, morvunp::sevenzip::IInArchiveGetStream> {
  public:
   /// S_FALSE when the callback finds no volumes or the file it knows is not
   /// named like a first volume. The first volume that is missing ends the set.
@@ -37,14 +38,15 @@ class CHandler final : public sevenzip::Component<
   HRESULT GetArchivePropertyInfo(DWORD index, BSTR* name, PROPID* id, VARTYPE* type) override;
 
   /// The joined stream, which keeps the volumes open.
-  HRESULT GetStream(DWORD index, sevenzip::ISequentialInStream** stream) override;
+  HRESULT GetStream(DWORD index, morvunp::sevenzip::ISequentialInStream** stream) override;
 
  private:
   HRESULT OpenVolumes(IInStream* first, IArchiveOpenCallback& callback,
                       IArchiveOpenVolumeCallback& volumes);
   HRESULT AddVolume(IInStream* stream, IArchiveOpenCallback& callback,
                     IArchiveOpenVolumeCallback& volumes);
-  HRESULT CopyVolumes(sevenzip::ISequentialOutStream* out, IArchiveExtractCallback& callback);
+  HRESULT CopyVolumes(morvunp::sevenzip::ISequentialOutStream* out,
+                      IArchiveExtractCallback& callback);
 
   std::wstring m_strSubName;
   std::vector<ComPtr<IInStream>> m_arrStreams;

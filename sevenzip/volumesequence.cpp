@@ -1,8 +1,8 @@
 #include "sevenzip/volumesequence.h"
 
-#include "platform/platform.h"
+#include "morvunp/platform/platform.h"
 
-namespace sevenzip {
+namespace morvunp::sevenzip {
 namespace {
 
 /// Length of the counter at the end of an extension whose last two characters
@@ -82,4 +82,4 @@ void CVolumeSequence::CountDigits() {
   m_strCounterPart.insert(0, 1, L'1');
 }
 
-}  // namespace sevenzip
+}  // namespace morvunp::sevenzip

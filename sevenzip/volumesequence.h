@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-namespace sevenzip {
+namespace morvunp::sevenzip {
 
 class CVolumeSequence {
  public:
@@ -31,4 +31,4 @@ class CVolumeSequence {
   bool m_bLetters = false;
 };
 
-}  // namespace sevenzip
+}  // namespace morvunp::sevenzip

@@ -8,7 +8,7 @@
 #include <map>
 #include <set>
 
-#include "platform/platform.h"
+#include "morvunp/platform/platform.h"
 #include "support/cabbuilder.h"
 
 namespace {

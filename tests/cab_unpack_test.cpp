@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "support/cabbuilder.h"
+#include "support/rooms.h"
 #include "support/unpacktest.h"
 
 namespace {

@@ -13,6 +13,7 @@
 #include "frame/summary.h"
 #include "morvunp/morvunp.h"
 #include "support/fakehost.h"
+#include "support/rooms.h"
 #include "support/tempfolder.h"
 
 namespace {
@@ -112,7 +113,7 @@ TEST(PathIndex, LooksAtFewNamesWhateverAnArchiveChose) {
 
 TEST(CreateFolder, MakesMissingAncestorsAndReportsThem) {
   const TempFolder folder;
-  CUnpackState state;
+  morvunp::CUnpackState state;
   std::vector<std::wstring> reports;
   const auto report = [&](const std::wstring& path) { reports.push_back(path); };
   const std::wstring top = folder.LibraryPath();
@@ -128,27 +129,28 @@ TEST(CreateFolder, MakesMissingAncestorsAndReportsThem) {
   EXPECT_FALSE(frame::CreateFolder(state, L"not-there\\y", report));
   std::wstring endless = top + L"\\new";
   for (int i = 0; i < 2'100; ++i) endless += L"\\e";
-  EXPECT_FALSE(frame::CreateFolder(state, endless, report) || MakeOutputFolder(endless, top));
+  EXPECT_FALSE(frame::CreateFolder(state, endless, report) ||
+               morvunp::MakeOutputFolder(endless, top));
   EXPECT_FALSE(frame::FileExists(top + L"\\new"));
   EXPECT_FALSE(testsupport::Exists("not-there"));
 }
 
 TEST(PathGate, LetsOnlySingleHarmlessComponentsThrough) {
-  EXPECT_TRUE(IsSafeItem(L"DOCS\\A.TXT", L"A.TXT"));
-  EXPECT_TRUE(IsSafeItem(L"...", L"..."));
-  EXPECT_TRUE(IsSafeItem(L"D\\C:x", L"C:x")) << "a drive only stands at the start";
+  EXPECT_TRUE(morvunp::IsSafeItem(L"DOCS\\A.TXT", L"A.TXT"));
+  EXPECT_TRUE(morvunp::IsSafeItem(L"...", L"..."));
+  EXPECT_TRUE(morvunp::IsSafeItem(L"D\\C:x", L"C:x")) << "a drive only stands at the start";
   for (const std::wstring path : {L"", L".", L"..", L"A\\..\\B", L"A\\.\\B", L"\\A", L"A\\\\B",
                                   L"A\\", L"C:x", L"c:\\x", L"a/b", L"A\\/etc"}) {
-    EXPECT_FALSE(IsSafeItem(path, path.substr(path.rfind(L'\\') + 1)))
+    EXPECT_FALSE(morvunp::IsSafeItem(path, path.substr(path.rfind(L'\\') + 1)))
         << std::string(path.begin(), path.end());
   }
-  EXPECT_FALSE(IsSafeItem(std::wstring(L"a\0b", 3), std::wstring(L"a\0b", 3)));
-  EXPECT_FALSE(IsSafeItem(L"a\\b", L"a\\b")) << "a name that would become two components";
+  EXPECT_FALSE(morvunp::IsSafeItem(std::wstring(L"a\0b", 3), std::wstring(L"a\0b", 3)));
+  EXPECT_FALSE(morvunp::IsSafeItem(L"a\\b", L"a\\b")) << "a name that would become two components";
 }
 
 TEST(Progress, SendsPercentagesAndNeverDivides) {
   FakeHost host;
-  CUnpackState state;
+  morvunp::CUnpackState state;
   frame::UpdateProgress(state, 1, 2, L"no window");
   state.m_hDialogProgress = host.progress;
   frame::UpdateProgress(state, 5, 0, L"");

@@ -4,6 +4,7 @@
 
 #include "support/bytes.h"
 #include "support/imagetest.h"
+#include "support/rooms.h"
 
 namespace {
 

@@ -9,10 +9,11 @@
 
 #include <filesystem>
 
+#include "morvunp/platform/platform.h"
+#include "morvunp/platform/userinterface.h"
 #include "platform/below.h"
-#include "platform/platform.h"
-#include "platform/userinterface.h"
 #include "support/fakehost.h"
+#include "support/rooms.h"
 #include "support/tempfolder.h"
 
 namespace {

@@ -7,10 +7,11 @@
 #include <new>
 #include <nlohmann/json.hpp>
 
+#include "morvunp/platform/text.h"
 #include "output/linktarget.h"
-#include "platform/text.h"
 #include "support/command.h"
 #include "support/rarbuilder.h"
+#include "support/rooms.h"
 #include "support/unpacktest.h"
 
 namespace {

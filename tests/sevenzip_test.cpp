@@ -10,6 +10,7 @@
 
 #include "sevenzip/volumesequence.h"
 #include "support/command.h"
+#include "support/rooms.h"
 #include "support/unpacktest.h"
 
 namespace {

@@ -8,6 +8,7 @@
 
 #include "support/archives.h"
 #include "support/bytes.h"
+#include "support/rooms.h"
 #include "support/unpacktest.h"
 
 namespace {

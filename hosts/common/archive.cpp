@@ -11,7 +11,7 @@
 
 #include "hosts/common/filebeginning.h"
 #include "hosts/common/sevenzipfile.h"
-#include "platform/text.h"
+#include "morvunp/platform/text.h"
 
 namespace host {
 namespace {
@@ -126,7 +126,7 @@ std::optional<std::variant<std::unique_ptr<U>...>> TryFormats(
     const ArchiveSetup& setup) {
   std::optional<std::variant<std::unique_ptr<U>...>> archive;
   const std::string beginning = BeginningOf(path);
-  const std::wstring libraryPath = platform::ToLibraryPath(path);
+  const std::wstring libraryPath = morvunp::platform::ToLibraryPath(path);
   const auto tryOne = [&]<class One>(std::type_identity<One>, bool isMarked) {
     const std::string_view mark = kSignature<One>;
     if (isMarked != (!mark.empty() && beginning.starts_with(mark))) return false;
@@ -167,7 +167,8 @@ std::optional<Archive> TryWithPassword(const std::string& path, const ArchiveSet
 /// What is left to tell of a file that no format knew.
 Reason ReasonOfUnknown(const std::string& path, DWORD error) {
   if (error == ERROR_SHARING_VIOLATION) return Reason::Of("another program is writing to it");
-  if (SevenZipTraitsOf(platform::ToLibraryPath(path)).hasSignature && !HasSevenZipEngine()) {
+  if (SevenZipTraitsOf(morvunp::platform::ToLibraryPath(path)).hasSignature &&
+      !HasSevenZipEngine()) {
     return Reason::Of(
         "a 7z archive, but the 7-Zip engine is missing; install the package p7zip-full (or "
         "7zip with its 7z.so)");

@@ -85,7 +85,7 @@ void WalkWholeItems(U& unpacker, Visit visit) {
     Record whole;
     bool hasWhole = false;
     bool goesOn = true;
-    WalkItems<Record>(unpacker, [&](const Record& record) {
+    morvunp::WalkItems<Record>(unpacker, [&](const Record& record) {
       if (hasWhole && IsContinuation(record)) {
         AddPart(whole, record);
         return true;
@@ -97,7 +97,7 @@ void WalkWholeItems(U& unpacker, Visit visit) {
     });
     if (hasWhole && goesOn) visit(whole);
   } else {
-    WalkItems<Record>(unpacker, visit);
+    morvunp::WalkItems<Record>(unpacker, visit);
   }
 }
 

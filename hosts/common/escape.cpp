@@ -2,12 +2,12 @@
 
 #include <cstdio>
 
-#include "platform/text.h"
+#include "morvunp/platform/text.h"
 
 namespace host {
 namespace {
 
-using platform::kEscapedByteBase;
+using morvunp::platform::kEscapedByteBase;
 
 constexpr bool IsRawByte(wchar_t c) {
   return c >= kEscapedByteBase + 0x80 && c <= kEscapedByteBase + 0xff;
@@ -16,7 +16,7 @@ constexpr bool IsRawByte(wchar_t c) {
 }  // namespace
 
 std::string EscapeOf(wchar_t c) {
-  if (c == platform::kEscapedBackslash) return "\\\\";
+  if (c == morvunp::platform::kEscapedBackslash) return "\\\\";
   const auto code = static_cast<std::uint32_t>(IsRawByte(c) ? c - kEscapedByteBase : c);
   const char* format = code <= 0xff ? "\\x%02x" : code <= 0xffff ? "\\u%04x" : "\\U%08x";
   char escape[16];

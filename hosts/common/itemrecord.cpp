@@ -11,7 +11,7 @@ Item ItemOf(const CABFILEFULLINFO& record) {
           .size = size,
           // Cabinets record packed sizes of whole folders only.
           .packedSize = size,
-          .modified = TimeOfDosDateTime(DWORD{record.nDate} << 16 | record.nTime),
+          .modified = morvunp::TimeOfDosDateTime(DWORD{record.nDate} << 16 | record.nTime),
           .accessed = std::nullopt};
 }
 
@@ -53,7 +53,7 @@ Item ItemOf(const SEVENZIPFILEFULLINFO& record) {
           .isHidden = (record.nAttributes & FILE_ATTRIBUTE_HIDDEN) != 0,
           .size = record.nSize,
           .packedSize = record.nPackedSize,
-          .modified = TimeOfDosDateTime(record.nDateTime),
+          .modified = morvunp::TimeOfDosDateTime(record.nDateTime),
           .accessed = std::nullopt,
           .crc = record.nCRC != 0 ? std::optional(record.nCRC) : std::nullopt,
           .isEncrypted = record.strMethod.find(L"7zAES") != std::wstring::npos};
@@ -66,12 +66,12 @@ Item ItemOf(const RARFILEFULLINFO& record) {
           .isHidden = IsHidden(record),
           .size = Join(record.nUnpSizeHigh, record.nUnpSize),
           .packedSize = Join(record.nPackSizeHigh, record.nPackSize),
-          .modified = TimeOfDosDateTime(record.nFileTime),
+          .modified = morvunp::TimeOfDosDateTime(record.nFileTime),
           .accessed = std::nullopt};
 }
 
 bool IsContinuation(const RARFILEFULLINFO& record) {
-  return (record.nFlags & kRarSplitBefore) != 0;
+  return (record.nFlags & morvunp::kRarSplitBefore) != 0;
 }
 
 void AddPart(RARFILEFULLINFO& file, const RARFILEFULLINFO& part) {

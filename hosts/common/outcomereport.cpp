@@ -46,7 +46,7 @@ Totals ReportOutcome(Archive& archive, const Request& request, const UnpackWatch
   }
   if (totals.missing == 0) return totals;
   std::size_t index = 0;
-  ForEachPlanned(archive, request, [&](const Item& item, const OutputPlace&) {
+  ForEachPlanned(archive, request, [&](const Item& item, const morvunp::OutputPlace&) {
     // What a changed archive lists beyond the plan was never asked for.
     if (index == watch.Items().size()) return;
     const PlannedItem& planned = watch.Items()[index];

@@ -1,25 +1,27 @@
 #include "hosts/common/plan.h"
 
 namespace host {
-std::optional<OutputPlace> PlaceInRun(const Request& request, const Run& run, const Item& item) {
+std::optional<morvunp::OutputPlace> PlaceInRun(const Request& request, const Run& run,
+                                               const Item& item) {
   const INIUNPACK& settings = request.settings;
   switch (run.kind) {
     case RunKind::kArchive:
-      return PlaceInArchiveRun(settings, item.path, item.isFolder, request.target);
+      return morvunp::PlaceInArchiveRun(settings, item.path, item.isFolder, request.target);
     case RunKind::kFolder:
-      return PlaceInFolderRun(settings, run.path, item.path, item.isFolder, request.target);
+      return morvunp::PlaceInFolderRun(settings, run.path, item.path, item.isFolder,
+                                       request.target);
     case RunKind::kFolderFlat:
       if (item.isFolder ||
-          !PlaceInFolderRun(settings, run.path, item.path, false, request.target)) {
+          !morvunp::PlaceInFolderRun(settings, run.path, item.path, false, request.target)) {
         return std::nullopt;
       }
-      return PlaceOfFile(settings, item.path, request.target);
+      return morvunp::PlaceOfFile(settings, item.path, request.target);
     case RunKind::kFile:
       if (item.isFolder || item.path != run.path) return std::nullopt;
-      return PlaceOfFile(settings, item.path, request.target);
+      return morvunp::PlaceOfFile(settings, item.path, request.target);
     case RunKind::kFiles:
       if (item.isFolder || !run.files.contains(item.path)) return std::nullopt;
-      return PlaceOfFile(settings, item.path, request.target);
+      return morvunp::PlaceOfFile(settings, item.path, request.target);
   }
   return std::nullopt;
 }
@@ -27,7 +29,7 @@ std::optional<OutputPlace> PlaceInRun(const Request& request, const Run& run, co
 Plan MakePlan(Archive& archive, const Request& request) {
   Plan plan;
   for (const Run& run : request.runs) {
-    ForEachInRun(archive, request, run, [&](const Item& item, const OutputPlace&) {
+    ForEachInRun(archive, request, run, [&](const Item& item, const morvunp::OutputPlace&) {
       plan.items.push_back({.position = item.position,
                             .size = item.isFolder ? 0 : item.size,
                             .isFolder = item.isFolder});

@@ -54,10 +54,11 @@ struct Plan {
 };
 
 /// Where an item goes in a run; none when it does not belong to the run.
-std::optional<OutputPlace> PlaceInRun(const Request& request, const Run& run, const Item& item);
+std::optional<morvunp::OutputPlace> PlaceInRun(const Request& request, const Run& run,
+                                               const Item& item);
 
 /// Walks the items of a run in the order in which the library writes them and
-/// calls `visit(const Item&, const OutputPlace&)`.
+/// calls `visit(const Item&, const morvunp::OutputPlace&)`.
 template <class Visit>
 void ForEachInRun(Archive& archive, const Request& request, const Run& run, Visit visit) {
   ForEachItem(archive, [&](const Item& item) {

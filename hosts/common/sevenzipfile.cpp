@@ -5,8 +5,8 @@
 #include <string_view>
 
 #include "hosts/common/filebeginning.h"
-#include "platform/modules.h"
-#include "platform/text.h"
+#include "morvunp/platform/modules.h"
+#include "morvunp/platform/text.h"
 
 namespace host {
 namespace {
@@ -25,7 +25,7 @@ bool IsNamedAsFirst(const std::wstring& path) {
 }  // namespace
 
 SevenZipTraits SevenZipTraitsOf(const std::wstring& path) {
-  const std::string bytes = BeginningOf(platform::ToNativePath(path));
+  const std::string bytes = BeginningOf(morvunp::platform::ToNativePath(path));
   SevenZipTraits traits;
   traits.hasSignature = bytes.starts_with(kSevenZipSignature);
   traits.isFirstVolume = traits.hasSignature && IsNamedAsFirst(path);

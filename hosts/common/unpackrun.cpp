@@ -13,10 +13,11 @@ constexpr bool kUnpacksAtCursor = !std::is_same_v<U, CCabUnpacker>;
 
 template <class U>
 void UnpackAtCursor(U& unpacker, const Request& request, const Item& item,
-                    const OutputPlace& place) {
+                    const morvunp::OutputPlace& place) {
   // The folders of an item that is refused are not made either; what cannot be
   // made shows where the item is to be written.
-  if (IsSafeItem(item.path, item.name)) MakeOutputFolder(place.folder, request.target);
+  if (morvunp::IsSafeItem(item.path, item.name))
+    morvunp::MakeOutputFolder(place.folder, request.target);
   unpacker.UnpackCurrentFile(std::wstring(item.name), place.folder);
 }
 
@@ -24,7 +25,7 @@ void UnpackAtCursor(U& unpacker, const Request& request, const Item& item,
 template <class U>
 void UnpackEachFile(U& unpacker, const Request& request, const Run& run, const StopRequest& stop) {
   std::vector<std::wstring> paths;
-  WalkItems<typename U::FullInfo>(unpacker, [&](const typename U::FullInfo& record) {
+  morvunp::WalkItems<typename U::FullInfo>(unpacker, [&](const typename U::FullInfo& record) {
     const Item item = ItemOf(record);
     const auto place = PlaceInRun(request, run, item);
     if (!place || IsContinuation(record)) return true;
@@ -46,8 +47,8 @@ void UnpackEachFile(U& unpacker, const Request& request, const Run& run, const S
 template <class U>
 void UnpackOneFile(U& unpacker, const Request& request, const Run& run) {
   bool isFirst = true;
-  std::optional<OutputPlace> place;
-  WalkItems<typename U::FullInfo>(unpacker, [&](const typename U::FullInfo& record) {
+  std::optional<morvunp::OutputPlace> place;
+  morvunp::WalkItems<typename U::FullInfo>(unpacker, [&](const typename U::FullInfo& record) {
     const Item item = ItemOf(record);
     place = PlaceInRun(request, run, item);
     if (!place && _wcsicmp(item.path.c_str(), run.path.c_str()) == 0)

@@ -11,10 +11,11 @@ LPCWSTR TextOf(LPARAM lParam) { return reinterpret_cast<LPCWSTR>(lParam); }
 
 UnpackWindows::UnpackWindows(UnpackWatch& watch)
     : watch_(watch),
-      progress_(platform::MakeWindow(nullptr, [this](UINT message, WPARAM wParam, LPARAM lParam) {
-        return OnProgress(message, wParam, lParam);
-      })) {
-  fileTree_.m_hWnd = platform::MakeWindow(
+      progress_(morvunp::platform::MakeWindow(nullptr,
+                                              [this](UINT message, WPARAM wParam, LPARAM lParam) {
+                                                return OnProgress(message, wParam, lParam);
+                                              })) {
+  fileTree_.m_hWnd = morvunp::platform::MakeWindow(
       nullptr, [this](UINT message, WPARAM, LPARAM lParam) { return OnFileTree(message, lParam); });
 }
 

@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "hosts/common/unpackwatch.h"
-#include "platform/framework.h"
+#include "morvunp/platform/framework.h"
 
 namespace host {
 

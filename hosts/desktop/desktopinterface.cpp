@@ -9,7 +9,7 @@
 #include "hosts/common/libraryquestion.h"
 #include "hosts/desktop/librarydialog.h"
 #include "hosts/desktop/shown.h"
-#include "platform/text.h"
+#include "morvunp/platform/text.h"
 
 namespace desktop {
 namespace {
@@ -26,14 +26,14 @@ void ShowWholeTitle(QMessageBox& box) {
 
 DesktopInterface::DesktopInterface(QWidget& mainWindow, FileIcons& fileIcons)
     : mainWindow_(mainWindow), fileIcons_(fileIcons) {
-  mainWindowObject_.m_hWnd = platform::MakeWindow(nullptr, nullptr);
-  platform::SetMainWindow(&mainWindowObject_);
-  platform::RegisterUserInterface(this);
+  mainWindowObject_.m_hWnd = morvunp::platform::MakeWindow(nullptr, nullptr);
+  morvunp::platform::SetMainWindow(&mainWindowObject_);
+  morvunp::platform::RegisterUserInterface(this);
 }
 
 DesktopInterface::~DesktopInterface() {
-  platform::RegisterUserInterface(nullptr);
-  platform::SetMainWindow(nullptr);
+  morvunp::platform::RegisterUserInterface(nullptr);
+  morvunp::platform::SetMainWindow(nullptr);
   DestroyWindow(mainWindowObject_.m_hWnd);
 }
 
@@ -122,7 +122,7 @@ void DesktopInterface::RunPendingEvents() {
 }
 
 HICON DesktopInterface::FindIcon(const std::wstring& path, bool byTypeOnly) {
-  const QString native = QFile::decodeName(platform::ToNativePath(path).c_str());
+  const QString native = QFile::decodeName(morvunp::platform::ToNativePath(path).c_str());
   const QIcon known = byTypeOnly ? QIcon() : QFileIconProvider().icon(QFileInfo(native));
   const QIcon icon = known.isNull() ? fileIcons_.OfFile(native) : known;
   icons_.push_back(std::make_unique<QIcon>(icon));

@@ -9,8 +9,8 @@
 #include "hosts/common/stoprequest.h"
 #include "hosts/common/unpackwatch.h"
 #include "hosts/desktop/fileicons.h"
-#include "platform/framework.h"
-#include "platform/userinterface.h"
+#include "morvunp/platform/framework.h"
+#include "morvunp/platform/userinterface.h"
 
 class QWidget;
 
@@ -24,7 +24,7 @@ struct RunningUnpack {
 };
 
 /// The process's user interface while it lives.
-class DesktopInterface : public platform::UserInterface {
+class DesktopInterface : public morvunp::platform::UserInterface {
  public:
   /// Dialogs belong to `mainWindow`, or to the window that is active above it.
   DesktopInterface(QWidget& mainWindow, FileIcons& fileIcons);

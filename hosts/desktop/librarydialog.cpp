@@ -15,12 +15,12 @@
 namespace desktop {
 namespace {
 
-using platform::ControlKind;
-using platform::ControlTemplate;
+using morvunp::platform::ControlKind;
+using morvunp::platform::ControlTemplate;
 
 /// "MS Shell Dlg" is no font: it stands for the one that the system's own
 /// dialogs have.
-QFont FontOf(const platform::DialogTemplate& dialog) {
+QFont FontOf(const morvunp::platform::DialogTemplate& dialog) {
   const bool isShellFont = dialog.fontFace == L"MS Shell Dlg";
   QFont font = isShellFont ? QApplication::font() : QFont(QString::fromStdWString(dialog.fontFace));
   font.setPointSize(dialog.fontPoints);
@@ -37,7 +37,7 @@ DialogUnits::DialogUnits(const QFont& font) {
   baseY_ = metrics.height();
 }
 
-QRect DialogUnits::Pixels(const platform::DialogRect& units) const {
+QRect DialogUnits::Pixels(const morvunp::platform::DialogRect& units) const {
   return {QPoint(units.x * baseX_ / 4, units.y * baseY_ / 8), Pixels(units.width, units.height)};
 }
 
@@ -47,7 +47,7 @@ QSize DialogUnits::Pixels(int width, int height) const {
 
 LibraryDialog::LibraryDialog(CDialog& model, QWidget* parent)
     : QDialog(parent, Qt::Tool | Qt::CustomizeWindowHint | Qt::WindowTitleHint), model_(model) {
-  const platform::DialogTemplate& layout = model.Template();
+  const morvunp::platform::DialogTemplate& layout = model.Template();
   setWindowTitle(QString::fromStdWString(layout.caption));
   setFont(FontOf(layout));
   // Its texts are English whatever the language of the program.

@@ -4,7 +4,7 @@
 #include <QDialog>
 #include <map>
 
-#include "platform/framework.h"
+#include "morvunp/platform/framework.h"
 
 class QLineEdit;
 
@@ -15,7 +15,7 @@ class DialogUnits {
  public:
   explicit DialogUnits(const QFont& font);
 
-  QRect Pixels(const platform::DialogRect& units) const;
+  QRect Pixels(const morvunp::platform::DialogRect& units) const;
   QSize Pixels(int width, int height) const;
 
  private:
@@ -46,11 +46,11 @@ class LibraryDialog : public QDialog {
 
  private:
   static QString NameOf(UINT id) { return QString::number(id); }
-  QWidget* MakeControl(const platform::ControlTemplate& control, const QRect& place);
-  QWidget* MakeButton(const platform::ControlTemplate& control);
-  QWidget* MakeText(const platform::ControlTemplate& control, const QRect& place);
-  QWidget* MakeIcon(const platform::ControlTemplate& control, const QRect& place);
-  QWidget* MakePasswordEdit(const platform::ControlTemplate& control);
+  QWidget* MakeControl(const morvunp::platform::ControlTemplate& control, const QRect& place);
+  QWidget* MakeButton(const morvunp::platform::ControlTemplate& control);
+  QWidget* MakeText(const morvunp::platform::ControlTemplate& control, const QRect& place);
+  QWidget* MakeIcon(const morvunp::platform::ControlTemplate& control, const QRect& place);
+  QWidget* MakePasswordEdit(const morvunp::platform::ControlTemplate& control);
   void Press(UINT id);
 
   CDialog& model_;

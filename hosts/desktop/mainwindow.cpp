@@ -23,7 +23,7 @@
 #include "hosts/desktop/shown.h"
 #include "hosts/desktop/unpackdialog.h"
 #include "hosts/desktop/unpackjob.h"
-#include "platform/text.h"
+#include "morvunp/platform/text.h"
 
 namespace desktop {
 namespace {
@@ -40,7 +40,7 @@ QString DroppedFile(const QMimeData& data) {
 std::string NativePath(const QString& path) { return QFile::encodeName(path).toStdString(); }
 
 std::wstring TargetOf(const QString& folder) {
-  std::wstring target = platform::ToLibraryPath(NativePath(folder));
+  std::wstring target = morvunp::platform::ToLibraryPath(NativePath(folder));
   if (target.ends_with(L'\\')) target.pop_back();
   return target;
 }

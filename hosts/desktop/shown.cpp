@@ -3,7 +3,7 @@
 #include <QCoreApplication>
 
 #include "hosts/common/escape.h"
-#include "platform/text.h"
+#include "morvunp/platform/text.h"
 
 namespace desktop {
 namespace {
@@ -39,7 +39,9 @@ QString ShownPath(std::wstring_view path) { return Shown(path, Form::kPath); }
 
 QString ShownText(std::wstring_view text) { return Shown(text, Form::kText); }
 
-QString ShownNativePath(std::string_view path) { return ShownPath(platform::ToLibraryPath(path)); }
+QString ShownNativePath(std::string_view path) {
+  return ShownPath(morvunp::platform::ToLibraryPath(path));
+}
 
 QString ShownReason(const host::Reason& reason) {
   const QString text = Translated(reason.text).replace("%1", ShownPath(reason.path));

@@ -6,7 +6,7 @@
 #include "hosts/common/unpackrun.h"
 #include "hosts/common/unpackwindows.h"
 #include "hosts/desktop/progresswindow.h"
-#include "platform/text.h"
+#include "morvunp/platform/text.h"
 
 namespace desktop {
 namespace {
@@ -80,7 +80,7 @@ Outcome UnpackJob::Run(const host::Request& request, QWidget* parent) {
   Outcome outcome;
   outcome.totals = Report(request, watch);
   outcome.wasStopped = stop.Stopped();
-  outcome.target = platform::ToNativePath(request.target);
+  outcome.target = morvunp::platform::ToNativePath(request.target);
   return outcome;
 }
 

@@ -10,9 +10,9 @@
 #include "extract.h"
 #include "info.h"
 #include "list.h"
+#include "morvunp/platform/text.h"
 #include "output.h"
 #include "password.h"
-#include "platform/text.h"
 #include "text.h"
 
 namespace terminal {
@@ -128,7 +128,7 @@ Overwrite OverwriteOf(const std::string& text) {
 }
 
 void ApplyCodePage(const std::string& name) {
-  if (name.empty() || platform::SetAnsiCodePage(name)) return;
+  if (name.empty() || morvunp::platform::SetAnsiCodePage(name)) return;
   throw CommandError(ShownNativePath(name) + ": not a code page that can be used");
 }
 

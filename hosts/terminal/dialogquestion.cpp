@@ -10,8 +10,8 @@
 namespace terminal {
 namespace {
 
-using platform::ControlKind;
-using platform::ControlTemplate;
+using morvunp::platform::ControlKind;
+using morvunp::platform::ControlTemplate;
 
 /// Controls further to the right than this, in dialog units, are shown as
 /// belonging to the text above them.

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/framework.h"
+#include "morvunp/platform/framework.h"
 
 namespace terminal {
 

@@ -16,9 +16,9 @@
 #include "hosts/common/unpackrun.h"
 #include "hosts/common/unpackwindows.h"
 #include "interrupt.h"
+#include "morvunp/platform/text.h"
 #include "output.h"
 #include "password.h"
-#include "platform/text.h"
 #include "progressline.h"
 #include "question.h"
 #include "selection.h"
@@ -103,7 +103,7 @@ std::wstring TargetOf(const std::string& directory) {
   const std::unique_ptr<char, decltype(&std::free)> absolute(realpath(directory.c_str(), nullptr),
                                                              &std::free);
   if (!absolute) ThrowDirectoryError(directory, errno);
-  std::wstring target = platform::ToLibraryPath(absolute.get());
+  std::wstring target = morvunp::platform::ToLibraryPath(absolute.get());
   if (target.ends_with(L'\\')) target.pop_back();
   return target;
 }

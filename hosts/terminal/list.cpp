@@ -1,8 +1,8 @@
 #include "list.h"
 
 #include "archivefile.h"
+#include "morvunp/platform/text.h"
 #include "output.h"
-#include "platform/text.h"
 #include "terminalinterface.h"
 #include "text.h"
 #include "timetext.h"
@@ -66,11 +66,11 @@ void AppendObject(std::string& out, const Item& item, UtcTimeText& times) {
 
 /// The archive's own path stays in this system's form, "/" and all.
 void AppendNativeJsonString(std::string& out, const std::string& path) {
-  std::wstring wide = platform::ToLibraryPath(path);
+  std::wstring wide = morvunp::platform::ToLibraryPath(path);
   for (wchar_t& c : wide) {
     if (c == L'\\') {
       c = L'/';
-    } else if (c == platform::kEscapedBackslash) {
+    } else if (c == morvunp::platform::kEscapedBackslash) {
       c = L'\\';
     }
   }

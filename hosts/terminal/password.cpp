@@ -7,7 +7,7 @@
 
 #include "exitcode.h"
 #include "maskedline.h"
-#include "platform/text.h"
+#include "morvunp/platform/text.h"
 #include "question.h"
 #include "text.h"
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/text.h"
+#include "morvunp/platform/text.h"
 
 namespace terminal {
 namespace {
@@ -20,7 +20,7 @@ std::wstring WantedPath(std::string path) {
   std::replace(path.begin(), path.end(), '\\', '/');
   while (path.starts_with("./")) path.erase(0, 2);
   while (path.ends_with('/')) path.pop_back();
-  return platform::ToLibraryPath(path);
+  return morvunp::platform::ToLibraryPath(path);
 }
 
 /// Compares the first characters of `path` with all of `wanted`.

@@ -16,10 +16,10 @@ TerminalInterface::TerminalInterface(host::UnpackWatch& watch, ProgressLine& lin
       password_(password),
       keepExisting_(keepExisting),
       canAsk_(CanAsk()) {
-  platform::RegisterUserInterface(this);
+  morvunp::platform::RegisterUserInterface(this);
 }
 
-TerminalInterface::~TerminalInterface() { platform::RegisterUserInterface(nullptr); }
+TerminalInterface::~TerminalInterface() { morvunp::platform::RegisterUserInterface(nullptr); }
 
 bool TerminalInterface::RunDialog(CDialog& dialog) {
   line_.Clear();

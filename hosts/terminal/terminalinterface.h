@@ -9,15 +9,15 @@
 #include "hosts/common/stoprequest.h"
 #include "hosts/common/unpackwatch.h"
 #include "interrupt.h"
+#include "morvunp/platform/userinterface.h"
 #include "password.h"
-#include "platform/userinterface.h"
 #include "progressline.h"
 
 namespace terminal {
 
 /// The process's user interface while it lives. Without a terminal nobody is
 /// asked: existing files are kept, and a request to stop is obeyed.
-class TerminalInterface : public platform::UserInterface {
+class TerminalInterface : public morvunp::platform::UserInterface {
  public:
   /// With `keepExisting` the question whether to replace a file is answered No
   /// without being shown.

@@ -7,7 +7,7 @@
 #include <cstdio>
 
 #include "hosts/common/escape.h"
-#include "platform/text.h"
+#include "morvunp/platform/text.h"
 #include "platform/unicode.h"
 
 namespace terminal {
@@ -25,7 +25,7 @@ constexpr bool IsAsciiPrintable(wchar_t c) { return c >= 0x20 && c < 0x7f; }
 std::size_t AppendForeignRun(std::string& out, std::wstring_view text) {
   std::size_t length = 0;
   while (length < text.size() && text[length] > 0x9f && !NeedsEscape(text[length])) ++length;
-  out += platform::ToNativeText(text.substr(0, length));
+  out += morvunp::platform::ToNativeText(text.substr(0, length));
   return length;
 }
 
@@ -99,9 +99,9 @@ void AppendJsonEscape(std::string& out, wchar_t c) {
     std::snprintf(escape, sizeof escape, "\\u%04x", static_cast<unsigned>(unit) & 0xffff);
     out += escape;
   };
-  if (c < platform::kFirstOfTwoUnits) return append(c);
-  append(platform::HighSurrogateOf(c));
-  append(platform::LowSurrogateOf(c));
+  if (c < morvunp::platform::kFirstOfTwoUnits) return append(c);
+  append(morvunp::platform::HighSurrogateOf(c));
+  append(morvunp::platform::LowSurrogateOf(c));
 }
 
 }  // namespace
@@ -130,7 +130,7 @@ std::string ShownPath(std::wstring_view path) {
 }
 
 std::string ShownNativePath(std::string_view path) {
-  return ShownPath(platform::ToLibraryPath(path));
+  return ShownPath(morvunp::platform::ToLibraryPath(path));
 }
 
 std::string ShownText(std::wstring_view text) {
@@ -145,7 +145,7 @@ void AppendJsonString(std::string& out, std::wstring_view text) {
     if (c == L'"' || c == L'\\' || (NeedsEscape(c) && IsEncodable(c))) {
       AppendJsonEscape(out, c);
     } else {
-      platform::AppendUtf8(out, IsEncodable(c) ? c : L'\ufffd');
+      morvunp::platform::AppendUtf8(out, IsEncodable(c) ? c : L'\ufffd');
     }
   }
   out += '"';

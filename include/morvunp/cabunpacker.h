@@ -10,13 +10,13 @@
 #include "morvunp/outputplace.h"
 #include "morvunp/unpackstate.h"
 
-namespace cab {
+namespace morvunp::cab {
 class Cabinet;
 class CCabItemInfo;
 class Extraction;
-}  // namespace cab
+}  // namespace morvunp::cab
 
-namespace output {
+namespace morvunp::output {
 class Root;
 }
 
@@ -155,15 +155,15 @@ class MORVUNP_API CCabUnpacker {
   bool FileExists(const std::wstring& path) const;
   bool SetFileTimeModified(const std::wstring& path, DWORD dosDateTime) const;
 
-  CUnpackState m_state;
+  morvunp::CUnpackState m_state;
 
  private:
-  output::Root RootAt(const std::wstring& target);
+  morvunp::output::Root RootAt(const std::wstring& target);
   void BeginItem(const std::wstring& path);
   bool RefuseName();
-  bool UnpackAt(const OutputPlace& place);
+  bool UnpackAt(const morvunp::OutputPlace& place);
   bool SelectItem(const std::wstring& path);
-  std::optional<OutputPlace> PlaceOf(const cab::CCabItemInfo& item) const;
+  std::optional<morvunp::OutputPlace> PlaceOf(const morvunp::cab::CCabItemInfo& item) const;
   bool ProcessItem(const char* fileName);
   bool RunPass();
   bool RunOverItems(DWORD mode, const std::wstring& target);
@@ -178,6 +178,6 @@ class MORVUNP_API CCabUnpacker {
   INT_PTR OnNextCabinet(const FDINOTIFICATION& notification);
   UINT OnWrite(const void* bytes, UINT count);
 
-  std::unique_ptr<cab::Cabinet> m_pCabinet;
-  std::unique_ptr<cab::Extraction> m_pExtraction;
+  std::unique_ptr<morvunp::cab::Cabinet> m_pCabinet;
+  std::unique_ptr<morvunp::cab::Extraction> m_pExtraction;
 };

@@ -8,15 +8,17 @@
 
 #include "morvunp/unpackstate.h"
 
+namespace morvunp {
 struct OutputPlace;
+}
 
-namespace iso {
+namespace morvunp::iso {
 class Image;
 }
-namespace output {
+namespace morvunp::output {
 class Root;
 struct Item;
-}  // namespace output
+}  // namespace morvunp::output
 
 /// What every format tells of an item.
 struct ISOFILESHORTINFO {
@@ -133,14 +135,14 @@ class MORVUNP_API CIsoUnpacker {
   void EmptyFullInfo(ISOFILEFULLINFO& info) const;
   void RemoveAllItems();
 
-  CUnpackState m_state;
+  morvunp::CUnpackState m_state;
 
  private:
-  output::Item CurrentItem(const std::wstring& path) const;
-  output::Root RootAt(const std::wstring& target);
-  bool WriteItem(output::Root& root, const OutputPlace& place);
+  morvunp::output::Item CurrentItem(const std::wstring& path) const;
+  morvunp::output::Root RootAt(const std::wstring& target);
+  bool WriteItem(morvunp::output::Root& root, const morvunp::OutputPlace& place);
   template <class PlaceOf>
   bool UnpackItems(const std::wstring& target, PlaceOf placeOf);
 
-  std::unique_ptr<iso::Image> m_pImage;
+  std::unique_ptr<morvunp::iso::Image> m_pImage;
 };

@@ -12,7 +12,7 @@
 #include <functional>
 #include <string_view>
 
-#include "platform/platform.h"
+#include "morvunp/platform/platform.h"
 
 namespace morvunp {
 

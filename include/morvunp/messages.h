@@ -5,7 +5,7 @@
 // the message is being handled.
 #pragma once
 
-#include "platform/platform.h"
+#include "morvunp/platform/platform.h"
 
 /// Sent to the progress dialog. wParam: percentage of the current file.
 /// lParam: 0, or the name of the file that starts (zero-terminated).

@@ -10,6 +10,8 @@
 
 #include "morvunp/records.h"
 
+namespace morvunp {
+
 /// The place of one item on disk.
 struct OutputPlace {
   /// Full path of the folder that a file goes into, or of the folder itself.
@@ -44,3 +46,5 @@ MORVUNP_API bool MakeOutputFolder(const std::wstring& folder, const std::wstring
 /// component, no leading separator, no drive, no NUL and no "/" in it.
 /// `name` is the item's own name, which must be the last component whole.
 MORVUNP_API bool IsSafeItem(std::wstring_view path, std::wstring_view name);
+
+}  // namespace morvunp

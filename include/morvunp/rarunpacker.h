@@ -9,18 +9,20 @@
 
 #include "morvunp/unpackstate.h"
 
+namespace morvunp {
 struct OutputPlace;
+}
 
-namespace frame {
+namespace morvunp::frame {
 class Totals;
 }
-namespace output {
+namespace morvunp::output {
 class Root;
 struct FileFacts;
 struct Item;
-}  // namespace output
+}  // namespace morvunp::output
 
-namespace rar {
+namespace morvunp::rar {
 class Engine;
 struct Run;
 
@@ -38,7 +40,7 @@ class MORVUNP_API OwnEngine {
  private:
   std::unique_ptr<Engine> m_pEngine;
 };
-}  // namespace rar
+}  // namespace morvunp::rar
 
 /// What every format tells of an item, and whether a file is split.
 struct RARFILESHORTINFO {
@@ -89,9 +91,13 @@ struct RARFILEFULLINFO {
   BYTE bSplitAfter = 0;
 };
 
+namespace morvunp {
+
 /// In nFlags: this is the continuation of a file that began in an earlier
 /// volume. A volume set may have such a header for each part of a file.
 inline constexpr DWORD kRarSplitBefore = 0x01;
+
+}  // namespace morvunp
 
 /// Opens RAR archives. See morvunp/unpacker.h for the common contract.
 ///
@@ -172,11 +178,11 @@ class MORVUNP_API CRarUnpacker {
   /// What the engine calls while it works on a file; `userData` is the object.
   static int CallbackProc(UINT message, LPARAM userData, LPARAM p1, LPARAM p2);
 
-  CUnpackState m_state;
+  morvunp::CUnpackState m_state;
   /// Of the open archive, when m_bPasswordSet.
   std::wstring m_strCurrentPassword;
   std::wstring m_strArchive;
-  rar::OwnEngine m_hArchive;
+  morvunp::rar::OwnEngine m_hArchive;
   /// -1 before a walk, then the number of headers that it has moved to.
   LONGLONG m_nHeader = -1;
   // The file in hand: its size, MS-DOS date and time, how much of it is done,
@@ -199,19 +205,19 @@ class MORVUNP_API CRarUnpacker {
   int ReadHeader();
   int PassOver();
   morvunp::ItemReason ProblemOf(int code, bool isEncrypted) const;
-  std::wstring TextOf(frame::Totals totals);
+  std::wstring TextOf(morvunp::frame::Totals totals);
 
   template <class PlaceOf>
   bool UnpackItems(const std::wstring& target, PlaceOf placeOf);
   bool LocateSource();
-  output::Root RootAt(const std::wstring& target);
-  output::Item CurrentItem(const std::wstring& path) const;
-  bool WriteItem(const OutputPlace& place);
-  bool UnpackAt(const OutputPlace& place);
+  morvunp::output::Root RootAt(const std::wstring& target);
+  morvunp::output::Item CurrentItem(const std::wstring& path) const;
+  bool WriteItem(const morvunp::OutputPlace& place);
+  bool UnpackAt(const morvunp::OutputPlace& place);
   bool Write();
   bool WriteData();
   bool WriteOldLink();
-  bool Repeat(const output::FileFacts& facts);
+  bool Repeat(const morvunp::output::FileFacts& facts);
   bool Fail(int code);
   template <class PlaceOf>
   void TellRest(PlaceOf placeOf);
@@ -229,5 +235,5 @@ class MORVUNP_API CRarUnpacker {
   /// Thrown in a callback, to be thrown again behind the engine.
   std::exception_ptr m_pThrown;
   /// The run in hand; null in none.
-  rar::Run* m_pRun = nullptr;
+  morvunp::rar::Run* m_pRun = nullptr;
 };

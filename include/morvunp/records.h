@@ -1,7 +1,7 @@
 // The settings records that a host hands to every unpacker.
 #pragma once
 
-#include "platform/platform.h"
+#include "morvunp/platform/platform.h"
 
 /// Settings. Each flag is 0 (false) or nonzero (true).
 struct INIUNPACK {

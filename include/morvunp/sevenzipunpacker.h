@@ -10,19 +10,21 @@
 
 #include "morvunp/unpackstate.h"
 
+namespace morvunp {
 struct OutputPlace;
+}
 
-namespace frame {
+namespace morvunp::frame {
 class Totals;
 }
-namespace output {
+namespace morvunp::output {
 class Root;
 }
-namespace sevenzip {
+namespace morvunp::sevenzip {
 class C7zExtractCallback;
 class Engine;
 class Password;
-}  // namespace sevenzip
+}  // namespace morvunp::sevenzip
 
 /// What every format tells of an item. For a folder only the path and one of
 /// the two bytes are set.
@@ -122,7 +124,7 @@ class MORVUNP_API C7zUnpacker {
 
  protected:
   using FolderMap = std::unordered_map<DWORD, std::wstring>;
-  friend class sevenzip::C7zExtractCallback;
+  friend class morvunp::sevenzip::C7zExtractCallback;
 
   void DoEvents();
   void UpdateProgress(ULONGLONG done, ULONGLONG total, const std::wstring& text);
@@ -145,7 +147,7 @@ class MORVUNP_API C7zUnpacker {
   bool ProcessUnpackArchive(const std::wstring& target, DWORD index);
   bool ProcessUnpackCurrentFile(const std::wstring& name, const std::wstring& folder);
 
-  CUnpackState m_state;
+  morvunp::CUnpackState m_state;
   /// The password that was typed during the last open that succeeded.
   std::wstring m_strArchivePassword;
   BYTE m_bPasswordKnown = 0;
@@ -181,23 +183,24 @@ class MORVUNP_API C7zUnpacker {
   bool HasCurrent() const;
   /// Walks all items from the first and stops at the one that `isIt` accepts.
   bool FindItem(const std::function<bool(const SEVENZIPFILESHORTINFO&)>& isIt);
-  std::wstring TextOf(frame::Totals totals);
+  std::wstring TextOf(morvunp::frame::Totals totals);
 
-  output::Root RootAt(const std::wstring& target);
+  morvunp::output::Root RootAt(const std::wstring& target);
   /// The current item, of the record, as what is reported of it.
   void BeginItem(const SEVENZIPFILEFULLINFO& info);
   bool RefuseName();
-  bool UnpackAt(const OutputPlace& place);
+  bool UnpackAt(const morvunp::OutputPlace& place);
   void BeginFile(const std::wstring& name);
   bool ProcessItem(DWORD index);
-  bool RunExtract(const DWORD* indices, DWORD count, sevenzip::C7zExtractCallback& callback);
+  bool RunExtract(const DWORD* indices, DWORD count,
+                  morvunp::sevenzip::C7zExtractCallback& callback);
   bool RunOverItems(const DWORD* indices, DWORD count, const std::wstring& target);
-  std::optional<OutputPlace> PlaceInRun(const std::wstring& path, bool isFolder) const;
+  std::optional<morvunp::OutputPlace> PlaceInRun(const std::wstring& path, bool isFolder) const;
   void TellRest(morvunp::RunReport end);
 
-  std::unique_ptr<sevenzip::Engine> m_pEngine;
+  std::unique_ptr<morvunp::sevenzip::Engine> m_pEngine;
   /// What the run in hand writes into; null in none.
-  output::Root* m_pRoot = nullptr;
+  morvunp::output::Root* m_pRoot = nullptr;
   /// The first item that the run in hand has not come to.
   DWORD m_nNext = 0;
   /// The item in hand cannot be decoded without a password.

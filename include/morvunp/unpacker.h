@@ -15,7 +15,7 @@
 //
 // Paths inside an archive are joined by one backslash, without a leading one.
 // Target folders are absolute paths in the library's form (see
-// platform::ToLibraryPath), without a trailing backslash. Every operation
+// morvunp::platform::ToLibraryPath), without a trailing backslash. Every operation
 // reports failure as false or an empty text.
 //
 // A host may throw in whatever the library calls: window procedures, dialogs,
@@ -29,6 +29,8 @@
 
 #include "morvunp/itemreport.h"
 #include "morvunp/records.h"
+
+namespace morvunp {
 
 template <class T>
 concept Unpacker = requires(T unpacker, const INIUNPACK& settings, INIYESTOALL& answers,
@@ -91,3 +93,5 @@ void WalkItems(U& unpacker, Visit visit) {
     if (!ReadItem(unpacker, record) || !visit(record)) return;
   }
 }
+
+}  // namespace morvunp

@@ -7,6 +7,8 @@
 #include "morvunp/itemreport.h"
 #include "morvunp/records.h"
 
+namespace morvunp {
+
 /// Settings, standing answers, host hooks and the state of the running unpack.
 /// A plain value: the operations on it are in frame/ and output/.
 struct CUnpackState {
@@ -35,3 +37,5 @@ struct CUnpackState {
   /// another thread.
   std::string m_strCodePage;
 };
+
+}  // namespace morvunp

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <span>
 
-#include "platform/types.h"
+#include "morvunp/platform/types.h"
 
 namespace cabinet {
 

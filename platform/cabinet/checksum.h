@@ -3,7 +3,7 @@
 
 #include <cstddef>
 
-#include "platform/types.h"
+#include "morvunp/platform/types.h"
 
 namespace cabinet {
 

@@ -1,4 +1,4 @@
-#include "platform/cabinet/fdi.h"
+#include "morvunp/platform/fdi.h"
 
 #include "platform/cabinet/pass.h"
 

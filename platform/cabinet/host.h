@@ -6,7 +6,7 @@
 #include <new>
 #include <utility>
 
-#include "platform/cabinet/fdi.h"
+#include "morvunp/platform/fdi.h"
 
 namespace cabinet {
 

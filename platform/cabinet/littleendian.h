@@ -1,7 +1,7 @@
 // Little-endian numbers.
 #pragma once
 
-#include "platform/types.h"
+#include "morvunp/platform/types.h"
 
 namespace cabinet {
 

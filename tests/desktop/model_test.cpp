@@ -10,7 +10,7 @@
 #include "hosts/desktop/foldermodel.h"
 #include "hosts/desktop/librarydialog.h"
 #include "hosts/desktop/shown.h"
-#include "platform/dialogtemplate.h"
+#include "morvunp/platform/dialogtemplate.h"
 
 namespace {
 

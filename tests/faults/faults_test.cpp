@@ -65,7 +65,7 @@ bool UnpackWith(U& unpacker, const TempFolder& folder, const wchar_t* file) {
   if constexpr (requires { unpacker.GetWalkProblem(); }) {
     return result && unpacker.GetWalkProblem() == morvunp::ItemReason::kNone;
   }
-  return result && !IsListCut(unpacker);
+  return result && !morvunp::IsListCut(unpacker);
 }
 
 /// Nothing when memory ran out.

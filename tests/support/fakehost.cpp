@@ -1,9 +1,10 @@
 #include "support/fakehost.h"
+#include "support/rooms.h"
 
 #include <gtest/gtest.h>
 
 #include "morvunp/messages.h"
-#include "platform/text.h"
+#include "morvunp/platform/text.h"
 
 namespace testsupport {
 namespace {

@@ -7,7 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/userinterface.h"
+#include "morvunp/platform/userinterface.h"
+#include "support/rooms.h"
 
 namespace testsupport {
 

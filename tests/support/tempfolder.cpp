@@ -1,4 +1,5 @@
 #include "support/tempfolder.h"
+#include "support/rooms.h"
 
 #include <sys/xattr.h>
 
@@ -8,8 +9,8 @@
 #include <fstream>
 #include <system_error>
 
+#include "morvunp/platform/text.h"
 #include "platform/below.h"
-#include "platform/text.h"
 
 namespace testsupport {
 

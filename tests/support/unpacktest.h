@@ -86,7 +86,7 @@ class UnpackTest : public testing::Test {
   /// All items, by a walk.
   std::vector<Record> Records() {
     std::vector<Record> records;
-    WalkItems<Record>(unpacker, [&](const Record& record) {
+    morvunp::WalkItems<Record>(unpacker, [&](const Record& record) {
       records.push_back(record);
       return true;
     });

@@ -11,6 +11,7 @@
 #include <stdexcept>
 
 #include "support/archives.h"
+#include "support/rooms.h"
 #include "support/unpacktest.h"
 
 static std::atomic<int> umaskCalls = 0;
@@ -77,7 +78,7 @@ class User {
 
   template <class U>
   void List(U& unpacker) {
-    WalkItems<typename U::FullInfo>(unpacker, [&](const auto& info) {
+    morvunp::WalkItems<typename U::FullInfo>(unpacker, [&](const auto& info) {
       Tell(info.strPath);
       return true;
     });

@@ -6,7 +6,7 @@
 // load at run time under the name "Cabinet.dll".
 #pragma once
 
-#include "platform/types.h"
+#include "morvunp/platform/types.h"
 
 using HFDI = void*;
 

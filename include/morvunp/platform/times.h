@@ -4,7 +4,7 @@
 #include <ctime>
 #include <optional>
 
-#include "platform/types.h"
+#include "morvunp/platform/types.h"
 
 /// 100 ns units since 1601-01-01 00:00, as two halves.
 struct FILETIME {
@@ -37,7 +37,7 @@ MORVUNP_API BOOL FileTimeToLocalFileTime(const FILETIME* universal, FILETIME* lo
 /// rounded down. FALSE before 1980 and after 2107.
 MORVUNP_API BOOL CoFileTimeToDosDateTime(const FILETIME* time, WORD* date, WORD* dosTime);
 
-namespace platform {
+namespace morvunp::platform {
 /// Local calendar time to a time value, whether daylight saving applies being
 /// found out; none after the year 3000 or where the calendar has no such time.
 /// What stands for failure in the C runtime, -1, is a time here.
@@ -51,4 +51,4 @@ MORVUNP_API __time64_t CarriedTimeOfDosDateTime(WORD date, WORD time);
 /// become the zero file time.
 MORVUNP_API FILETIME FileTimeOfTimespec(std::int64_t seconds, std::uint32_t nanoseconds);
 MORVUNP_API std::int64_t SecondsOfFileTime(FILETIME time);
-}  // namespace platform
+}  // namespace morvunp::platform

@@ -9,8 +9,8 @@
 #include <string>
 #include <string_view>
 
-#include "platform/times.h"
-#include "platform/types.h"
+#include "morvunp/platform/times.h"
+#include "morvunp/platform/types.h"
 
 using ULONG = std::uint32_t;
 using VARTYPE = WORD;
@@ -90,10 +90,10 @@ MORVUNP_API void SysFreeString(BSTR string);
 /// Frees what the value owns and makes it empty.
 MORVUNP_API HRESULT VariantClear(PROPVARIANT* value);
 
-namespace platform {
+namespace morvunp::platform {
 /// The text of a string up to its first zero; empty for null. `text` keeps its
 /// memory from one call to the next.
 MORVUNP_API void GetTextOfString(BSTR string, std::wstring& text);
 /// Result code of a GetLastError value: 0 gives E_FAIL.
 MORVUNP_API HRESULT ResultOfError(DWORD error);
-}  // namespace platform
+}  // namespace morvunp::platform

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "platform/types.h"
+#include "morvunp/platform/types.h"
 
 inline constexpr int _O_RDONLY = 0x0000;
 inline constexpr int _O_BINARY = 0x8000;

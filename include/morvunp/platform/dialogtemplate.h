@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/types.h"
+#include "morvunp/platform/types.h"
 
-namespace platform {
+namespace morvunp::platform {
 
 /// Position and size in dialog units.
 struct DialogRect {
@@ -52,4 +52,4 @@ MORVUNP_API void RegisterDialogTemplate(DialogTemplate dialog);
 /// Null when no template has this id. The pointer stays valid.
 MORVUNP_API const DialogTemplate* FindDialogTemplate(UINT id);
 
-}  // namespace platform
+}  // namespace morvunp::platform

@@ -4,10 +4,10 @@
 
 #include <string>
 
-#include "platform/framework.h"
-#include "platform/types.h"
+#include "morvunp/platform/framework.h"
+#include "morvunp/platform/types.h"
 
-namespace platform {
+namespace morvunp::platform {
 
 class MORVUNP_API UserInterface {
  public:
@@ -34,4 +34,4 @@ MORVUNP_API UserInterface* RegisteredUserInterface();
 /// Sets what AfxGetMainWnd returns on this thread. Not owned.
 MORVUNP_API void SetMainWindow(CWnd* window);
 
-}  // namespace platform
+}  // namespace morvunp::platform

@@ -5,7 +5,7 @@
 // path plays no part.
 #pragma once
 
-#include "platform/types.h"
+#include "morvunp/platform/types.h"
 
 struct HINSTANCE__;
 using HMODULE = HINSTANCE__*;

@@ -5,9 +5,9 @@
 #include <map>
 #include <stdexcept>
 
-#include "platform/dialogtemplate.h"
-#include "platform/types.h"
-#include "platform/windows.h"
+#include "morvunp/platform/dialogtemplate.h"
+#include "morvunp/platform/types.h"
+#include "morvunp/platform/windows.h"
 
 class MORVUNP_API CObject {
  public:
@@ -57,7 +57,7 @@ class MORVUNP_API CDialog : public CWnd {
   virtual INT_PTR DoModal();
 
   // What a user interface uses.
-  const platform::DialogTemplate& Template() const { return *m_pTemplate; }
+  const morvunp::platform::DialogTemplate& Template() const { return *m_pTemplate; }
   std::wstring ControlText(UINT id) const;
   HICON ControlIcon(UINT id) const;
   void SetControlText(UINT id, const std::wstring& text);
@@ -84,7 +84,7 @@ class MORVUNP_API CDialog : public CWnd {
   LRESULT SendDlgItemMessageW(int id, UINT message, WPARAM wParam, LPARAM lParam);
 
  private:
-  const platform::DialogTemplate* m_pTemplate;
+  const morvunp::platform::DialogTemplate* m_pTemplate;
   std::map<UINT, std::wstring> m_texts;
   std::map<UINT, HICON> m_icons;
   bool m_bEnded = false;

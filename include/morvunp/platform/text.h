@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/types.h"
+#include "morvunp/platform/types.h"
 
 inline constexpr UINT CP_ACP = 0;
 /// The codeset of the locale, whatever code page a host has set for CP_ACP:
@@ -34,7 +34,7 @@ MORVUNP_API int _wcsicmp(LPCWSTR left, LPCWSTR right);
 /// Turns a text to upper case in place, by the locale, and returns it.
 MORVUNP_API wchar_t* CharUpperW(wchar_t* text);
 
-namespace platform {
+namespace morvunp::platform {
 
 /// Makes `name` (an iconv name such as "CP932") the ANSI code page of this
 /// thread; an empty name goes back to the locale's codeset. False when the
@@ -55,4 +55,4 @@ MORVUNP_API std::string ToNativePath(std::wstring_view path);
 /// UTF-8 or the locale's codeset made readable on this system's terminals.
 MORVUNP_API std::string ToNativeText(std::wstring_view text);
 
-}  // namespace platform
+}  // namespace morvunp::platform

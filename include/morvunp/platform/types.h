@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <string>
 
-#include "platform/export.h"
+#include "morvunp/platform/export.h"
 
 using BOOL = int;
 using BYTE = std::uint8_t;
@@ -75,7 +75,7 @@ inline constexpr DWORD ERROR_CANT_RESOLVE_FILENAME = 1921;
 MORVUNP_API DWORD GetLastError();
 MORVUNP_API void SetLastError(DWORD error);
 
-namespace platform {
+namespace morvunp::platform {
 /// The `errno` value behind the thread's last error; 0 where it does not come
 /// from the system. The code of GetLastError is coarser: it tells neither a
 /// full disk from a used-up quota nor a read error from a file that is too
@@ -85,4 +85,4 @@ MORVUNP_API int LastSystemError();
 /// Sets the thread's last error from a C `errno` value and returns FALSE, so
 /// that a failing service can end with one statement.
 BOOL FailWithErrno(int error);
-}  // namespace platform
+}  // namespace morvunp::platform

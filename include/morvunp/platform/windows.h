@@ -7,7 +7,7 @@
 
 #include <functional>
 
-#include "platform/types.h"
+#include "morvunp/platform/types.h"
 
 inline constexpr UINT WM_NULL = 0x0000;
 inline constexpr UINT WM_COMMAND = 0x0111;
@@ -62,9 +62,9 @@ MORVUNP_API int MessageBoxW(HWND owner, LPCWSTR text, LPCWSTR caption, UINT type
 MORVUNP_API std::uintptr_t SHGetFileInfoW(LPCWSTR path, DWORD attributes, SHFILEINFOW* info,
                                           UINT size, UINT flags);
 
-namespace platform {
+namespace morvunp::platform {
 using WindowProcedure = std::function<LRESULT(UINT message, WPARAM, LPARAM)>;
 
 /// Makes a window; the procedure gets every message sent or dispatched to it.
 MORVUNP_API HWND MakeWindow(HWND parent, WindowProcedure procedure);
-}  // namespace platform
+}  // namespace morvunp::platform

@@ -1,7 +1,7 @@
 // Memory by the page.
 #pragma once
 
-#include "platform/types.h"
+#include "morvunp/platform/types.h"
 
 inline constexpr DWORD MEM_COMMIT = 0x1000;
 inline constexpr DWORD MEM_RELEASE = 0x8000;

@@ -8,8 +8,8 @@
 // second write. A failing call leaves its reason in GetLastError.
 #pragma once
 
-#include "platform/times.h"
-#include "platform/types.h"
+#include "morvunp/platform/times.h"
+#include "morvunp/platform/types.h"
 
 inline constexpr DWORD GENERIC_READ = 0x80000000;
 inline constexpr DWORD GENERIC_WRITE = 0x40000000;
@@ -119,7 +119,7 @@ MORVUNP_API BOOL GetFileTime(HANDLE file, FILETIME* creation, FILETIME* lastAcce
 MORVUNP_API BOOL SetFileTime(HANDLE file, const FILETIME* creation, const FILETIME* lastAccess,
                              const FILETIME* lastWrite);
 
-namespace platform {
+namespace morvunp::platform {
 
 /// What tells one file of the system from all others, whatever its name.
 struct FileIdentity {
@@ -144,4 +144,4 @@ MORVUNP_API std::wstring LinkTarget(const std::wstring& path);
 /// the first by name when there are several; empty when there is none. The file
 /// systems of the host's own system look all names up like that.
 MORVUNP_API std::wstring NameIgnoringCase(const std::wstring& path);
-}  // namespace platform
+}  // namespace morvunp::platform

@@ -64,10 +64,14 @@ class Benchmark:
     peers: list
     # Extraction, or else a list.
     extracts: bool = True
+    # All files are there already, and are replaced unasked.
+    replaces: bool = False
 
     @property
     def ours(self):
         command = "extract -q {archive} -C {out}" if self.extracts else "list {archive}"
+        if self.replaces:
+            command += " --overwrite=all"
         return Peer(OURS, "{tool} " + command, "", build=lambda options: options.morvunp)
 
 
@@ -103,6 +107,8 @@ class Measurement:
         values = {"archive": self.archive, "tree": self.tree, "tool": self.tools.get(one.name)}
         if self.benchmark.extracts:
             values["out"] = self.workplace.fresh()
+        if self.benchmark.replaces:
+            shutil.copytree(self.tree, values["out"], symlinks=True, dirs_exist_ok=True)
         return [word.format(**values) for word in one.command.split()]
 
     def verify(self):

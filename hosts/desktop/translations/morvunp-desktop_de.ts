@@ -344,10 +344,6 @@
         <translation>fehlgeschlagen: braucht mehr Speicher, als da ist</translation>
     </message>
     <message>
-        <source>damaged</source>
-        <translation>beschädigt</translation>
-    </message>
-    <message>
         <source>failed: a symbolic link stands in its place</source>
         <translation>fehlgeschlagen: an seiner Stelle steht eine symbolische Verknüpfung</translation>
     </message>
@@ -356,32 +352,8 @@
         <translation>fehlgeschlagen: an seiner Stelle steht ein Ordner</translation>
     </message>
     <message>
-        <source>failed: its folder could not be created</source>
-        <translation>fehlgeschlagen: sein Ordner konnte nicht angelegt werden</translation>
-    </message>
-    <message>
-        <source>failed: wrong password, or damaged in the archive</source>
-        <translation>fehlgeschlagen: falsches Passwort, oder im Archiv beschädigt</translation>
-    </message>
-    <message>
-        <source>failed: damaged in the archive, or could not be written</source>
-        <translation>fehlgeschlagen: im Archiv beschädigt, oder konnte nicht geschrieben werden</translation>
-    </message>
-    <message>
         <source>cut short: the archive ends before the file does</source>
         <translation>abgeschnitten: das Archiv endet vor der Datei</translation>
-    </message>
-    <message>
-        <source>wrong content: damaged in the archive</source>
-        <translation>falscher Inhalt: im Archiv beschädigt</translation>
-    </message>
-    <message>
-        <source>wrong content: the password is wrong, or the archive is damaged</source>
-        <translation>falscher Inhalt: das Passwort ist falsch, oder das Archiv ist beschädigt</translation>
-    </message>
-    <message>
-        <source>not checked: what was written cannot be read again</source>
-        <translation>nicht geprüft: was geschrieben wurde, lässt sich nicht wieder lesen</translation>
     </message>
     <message>
         <source>interrupted</source>
@@ -392,12 +364,48 @@
         <translation>nicht mehr erreicht</translation>
     </message>
     <message>
-        <source>failed: the folder could not be created</source>
-        <translation>fehlgeschlagen: der Ordner konnte nicht angelegt werden</translation>
-    </message>
-    <message>
         <source>kept the existing file</source>
         <translation>die vorhandene Datei wurde behalten</translation>
+    </message>
+    <message>
+        <source>failed: another program has it open</source>
+        <translation>fehlgeschlagen: ein anderes Programm hat die Datei geöffnet</translation>
+    </message>
+    <message>
+        <source>failed</source>
+        <translation>fehlgeschlagen</translation>
+    </message>
+    <message>
+        <source>failed: something else stands in the place of its folder</source>
+        <translation>fehlgeschlagen: an der Stelle des Ordners steht etwas anderes</translation>
+    </message>
+    <message>
+        <source>failed: it would replace the archive itself</source>
+        <translation>fehlgeschlagen: die Datei würde das Archiv selbst ersetzen</translation>
+    </message>
+    <message>
+        <source>failed: its name is too long</source>
+        <translation>fehlgeschlagen: der Name ist zu lang</translation>
+    </message>
+    <message>
+        <source>cut short: it has fewer bytes than the archive records</source>
+        <translation>abgeschnitten: die Datei hat weniger Bytes, als das Archiv angibt</translation>
+    </message>
+    <message>
+        <source>failed: its method of compression is not supported</source>
+        <translation>fehlgeschlagen: das Kompressionsverfahren wird nicht unterstützt</translation>
+    </message>
+    <message>
+        <source>failed: it passes a limit</source>
+        <translation>fehlgeschlagen: eine Grenze wurde überschritten</translation>
+    </message>
+    <message>
+        <source>failed: damaged in the archive</source>
+        <translation>fehlgeschlagen: im Archiv beschädigt</translation>
+    </message>
+    <message>
+        <source>replaced by a later item with the same output path</source>
+        <translation>durch ein späteres Element mit demselben Ausgabepfad ersetzt</translation>
     </message>
 </context>
 <context>

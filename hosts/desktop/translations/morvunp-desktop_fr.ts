@@ -344,10 +344,6 @@
         <translation>échec&#xa0;: demande plus de mémoire qu’il n’y en a</translation>
     </message>
     <message>
-        <source>damaged</source>
-        <translation>endommagé</translation>
-    </message>
-    <message>
         <source>failed: a symbolic link stands in its place</source>
         <translation>échec&#xa0;: un lien symbolique occupe sa place</translation>
     </message>
@@ -356,32 +352,8 @@
         <translation>échec&#xa0;: un dossier occupe sa place</translation>
     </message>
     <message>
-        <source>failed: its folder could not be created</source>
-        <translation>échec&#xa0;: son dossier n’a pas pu être créé</translation>
-    </message>
-    <message>
-        <source>failed: wrong password, or damaged in the archive</source>
-        <translation>échec&#xa0;: mot de passe incorrect, ou endommagé dans l’archive</translation>
-    </message>
-    <message>
-        <source>failed: damaged in the archive, or could not be written</source>
-        <translation>échec&#xa0;: endommagé dans l’archive, ou impossible à écrire</translation>
-    </message>
-    <message>
         <source>cut short: the archive ends before the file does</source>
         <translation>tronqué&#xa0;: l’archive se termine avant le fichier</translation>
-    </message>
-    <message>
-        <source>wrong content: damaged in the archive</source>
-        <translation>contenu incorrect&#xa0;: endommagé dans l’archive</translation>
-    </message>
-    <message>
-        <source>wrong content: the password is wrong, or the archive is damaged</source>
-        <translation>contenu incorrect&#xa0;: mot de passe incorrect, ou archive endommagée</translation>
-    </message>
-    <message>
-        <source>not checked: what was written cannot be read again</source>
-        <translation>non vérifié&#xa0;: ce qui a été écrit ne peut être relu</translation>
     </message>
     <message>
         <source>interrupted</source>
@@ -392,12 +364,48 @@
         <translation>non atteint</translation>
     </message>
     <message>
-        <source>failed: the folder could not be created</source>
-        <translation>échec&#xa0;: le dossier n’a pas pu être créé</translation>
-    </message>
-    <message>
         <source>kept the existing file</source>
         <translation>le fichier existant a été conservé</translation>
+    </message>
+    <message>
+        <source>failed: another program has it open</source>
+        <translation>échec&#xa0;: un autre programme l’a ouvert</translation>
+    </message>
+    <message>
+        <source>failed</source>
+        <translation>échec</translation>
+    </message>
+    <message>
+        <source>failed: something else stands in the place of its folder</source>
+        <translation>échec&#xa0;: autre chose occupe la place de son dossier</translation>
+    </message>
+    <message>
+        <source>failed: it would replace the archive itself</source>
+        <translation>échec&#xa0;: il remplacerait l’archive elle-même</translation>
+    </message>
+    <message>
+        <source>failed: its name is too long</source>
+        <translation>échec&#xa0;: son nom est trop long</translation>
+    </message>
+    <message>
+        <source>cut short: it has fewer bytes than the archive records</source>
+        <translation>tronqué&#xa0;: il a moins d’octets que l’archive n’en indique</translation>
+    </message>
+    <message>
+        <source>failed: its method of compression is not supported</source>
+        <translation>échec&#xa0;: sa méthode de compression n’est pas prise en charge</translation>
+    </message>
+    <message>
+        <source>failed: it passes a limit</source>
+        <translation>échec&#xa0;: une limite est dépassée</translation>
+    </message>
+    <message>
+        <source>failed: damaged in the archive</source>
+        <translation>échec&#xa0;: endommagé dans l’archive</translation>
+    </message>
+    <message>
+        <source>replaced by a later item with the same output path</source>
+        <translation>remplacé par un élément ultérieur ayant le même chemin de sortie</translation>
     </message>
 </context>
 <context>

@@ -14,7 +14,7 @@ namespace morvunp::output {
 struct FileFacts {
   /// UTC; none: it keeps the time of writing.
   std::optional<FILETIME> lastWrite{};
-  /// As SetFileAttributesW; none: it keeps what it has.
+  /// FILE_ATTRIBUTE bits; none: it keeps what it has.
   std::optional<DWORD> attributes{};
 };
 

@@ -27,7 +27,7 @@ DWORD StoredAttributes(Read read) {
   return static_cast<DWORD>(std::strtoul(text.data(), nullptr, 16)) & kStoredAttributes;
 }
 
-/// SetFileAttributesW of an open file.
+/// What SetAttributesOf does.
 BOOL SetDescriptorAttributes(int descriptor, DWORD attributes);
 
 /// A null time is left as it is.

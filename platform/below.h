@@ -54,7 +54,7 @@ BOOL FindBelow(HANDLE folder, LPCWSTR name, FoundFile& found);
 /// Takes read-only, hidden and system from a file.
 BOOL ClearProtectionBelow(HANDLE folder, LPCWSTR name);
 
-/// SetFileAttributesW of an open file.
+/// Gives an open file attributes; see FILE_ATTRIBUTE_UNIX_EXTENSION.
 BOOL SetAttributesOf(HANDLE file, DWORD attributes);
 /// Gives an open file permission bits, whatever the umask.
 BOOL SetModeOf(HANDLE file, DWORD mode);

@@ -26,12 +26,6 @@ int _read(int descriptor, void* buffer, UINT count) {
   return done != FALSE ? static_cast<int>(read) : -1;
 }
 
-int _write(int descriptor, const void* buffer, UINT count) {
-  DWORD written = 0;
-  const BOOL done = WriteFile(platform::HandleOf(descriptor), buffer, count, &written, nullptr);
-  return done != FALSE ? static_cast<int>(written) : -1;
-}
-
 LONG _lseek(int descriptor, LONG offset, int origin) {
   const std::int64_t position = lseek(descriptor, offset, origin);
   return position <= INT32_MAX ? static_cast<LONG>(position) : -1;
@@ -42,5 +36,3 @@ std::int64_t _lseeki64(int descriptor, std::int64_t offset, int origin) {
 }
 
 std::intptr_t _get_osfhandle(int descriptor) { return descriptor; }
-
-int _open_osfhandle(std::intptr_t handle, int) { return static_cast<int>(handle); }

@@ -128,12 +128,10 @@ constexpr char exactSearch = 0;
 using platform::DescriptorOf;
 using platform::FailWithErrno;
 
-int OpenFlags(DWORD access, DWORD disposition, DWORD flags) {
+int OpenFlags(DWORD access, DWORD flags) {
   int result = (access & GENERIC_WRITE) == 0  ? O_RDONLY
                : (access & GENERIC_READ) == 0 ? O_WRONLY
                                               : O_RDWR;
-  if (disposition == CREATE_NEW) result |= O_CREAT | O_EXCL;
-  if (disposition == CREATE_ALWAYS) result |= O_CREAT | O_TRUNC;
   if ((flags & FILE_FLAG_OPEN_REPARSE_POINT) != 0) result |= O_NOFOLLOW;
   return result;
 }
@@ -165,10 +163,10 @@ timespec platform::TimespecOf(const FILETIME* time) {
   return {SecondsOfFileTime(*time), static_cast<long>(units % 10'000'000 * 100)};
 }
 
-HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES*, DWORD disposition,
+HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES*, DWORD,
                    DWORD flags, HANDLE) {
-  const int descriptor = platform::OpenDescriptor(
-      platform::ToNativePath(path), OpenFlags(access, disposition, flags), ShareOf(share));
+  const int descriptor = platform::OpenDescriptor(platform::ToNativePath(path),
+                                                  OpenFlags(access, flags), ShareOf(share));
   if (descriptor >= 0) return platform::HandleOf(descriptor);
   FailWithErrno(errno);
   return INVALID_HANDLE_VALUE;
@@ -235,10 +233,6 @@ BOOL CloseHandle(HANDLE file) {
   return close(DescriptorOf(file)) == 0 ? TRUE : FailWithErrno(errno);
 }
 
-BOOL DeleteFileW(LPCWSTR path) {
-  return unlink(platform::ToNativePath(path).c_str()) == 0 ? TRUE : FailWithErrno(errno);
-}
-
 BOOL CreateDirectoryW(LPCWSTR path, SECURITY_ATTRIBUTES*) {
   if (mkdir(platform::ToNativePath(path).c_str(), 0777) == 0) return TRUE;
   const bool exists = errno == EEXIST;
@@ -272,15 +266,6 @@ HANDLE FindFirstFileW(LPCWSTR path, WIN32_FIND_DATAW* data) {
 }
 
 BOOL FindClose(HANDLE) { return TRUE; }
-
-BOOL GetFileTime(HANDLE file, FILETIME* creation, FILETIME* lastAccess, FILETIME* lastWrite) {
-  struct stat status {};
-  if (fstat(DescriptorOf(file), &status) != 0) return FailWithErrno(errno);
-  if (creation != nullptr) *creation = FileTimeOf(status.st_ctim);
-  if (lastAccess != nullptr) *lastAccess = FileTimeOf(status.st_atim);
-  if (lastWrite != nullptr) *lastWrite = FileTimeOf(status.st_mtim);
-  return TRUE;
-}
 
 BOOL SetFileTime(HANDLE file, const FILETIME*, const FILETIME* lastAccess,
                  const FILETIME* lastWrite) {

@@ -176,7 +176,7 @@ TYPED_TEST(Image, IsReadOnlyWhileItIsOpen) {
   this->builder.Root().AddFile("A");
   ASSERT_TRUE(this->OpenImage());
   const std::wstring path = this->folder.LibraryPath("x");
-  EXPECT_EQ(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr),
+  EXPECT_EQ(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr),
             INVALID_HANDLE_VALUE);
   EXPECT_EQ(GetLastError(), ERROR_SHARING_VIOLATION);
   CIsoUnpacker second;

@@ -12,6 +12,7 @@
 #include "morvunp/platform/platform.h"
 #include "morvunp/platform/userinterface.h"
 #include "platform/below.h"
+#include "support/attributes.h"
 #include "support/fakehost.h"
 #include "support/rooms.h"
 #include "support/tempfolder.h"
@@ -139,15 +140,16 @@ TEST(Files, GiveNoDescriptorThatMeansNone) {
 
 TEST(Files, KeepTimesToTheirPrecision) {
   const TempFolder folder;
-  const HANDLE file = CreateFileW(folder.LibraryPath("f").c_str(), GENERIC_READ | GENERIC_WRITE, 0,
-                                  nullptr, CREATE_NEW, 0, nullptr);
+  const HANDLE parent = platform::OpenFolder(folder.LibraryPath().c_str());
+  const HANDLE file = platform::CreateFileBelow(parent, L"f");
   const FILETIME time = platform::FileTimeOfTimespec(1000000000, 123456700);
   EXPECT_TRUE(SetFileTime(file, nullptr, nullptr, &time));
-  FILETIME read;
-  EXPECT_TRUE(GetFileTime(file, nullptr, nullptr, &read));
   CloseHandle(file);
-  EXPECT_EQ(read.dwLowDateTime, time.dwLowDateTime);
-  EXPECT_EQ(platform::SecondsOfFileTime(read), 1000000000);
+  platform::FoundFile found;
+  EXPECT_TRUE(platform::FindBelow(parent, L"f", found));
+  CloseHandle(parent);
+  EXPECT_EQ(found.lastWrite.dwLowDateTime, time.dwLowDateTime);
+  EXPECT_EQ(platform::SecondsOfFileTime(found.lastWrite), 1000000000);
   EXPECT_EQ(platform::FileTimeOfTimespec(INT64_MAX, 0).dwHighDateTime, 0U);
 }
 

@@ -6,6 +6,7 @@
 
 #include <filesystem>
 
+#include "support/attributes.h"
 #include "support/imagetest.h"
 
 namespace {

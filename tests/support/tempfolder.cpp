@@ -10,19 +10,8 @@
 #include <system_error>
 
 #include "morvunp/platform/text.h"
-#include "platform/below.h"
 
 namespace testsupport {
-
-bool SetAttributes(const std::wstring& folder, const std::wstring& name, unsigned attributes) {
-  const HANDLE parent = platform::OpenFolder(folder.c_str());
-  const HANDLE file = platform::OpenFileBelow(parent, name.c_str());
-  const bool isOpen = file != INVALID_HANDLE_VALUE;
-  const bool isSet = isOpen && platform::SetAttributesOf(file, attributes) != FALSE;
-  if (isOpen) CloseHandle(file);
-  CloseHandle(parent);
-  return isSet;
-}
 
 namespace {
 

@@ -7,9 +7,6 @@
 
 namespace testsupport {
 
-/// Gives an existing file attributes of the host's system.
-bool SetAttributes(const std::wstring& folder, const std::wstring& name, unsigned attributes);
-
 /// A fresh folder, removed with all that is in it: under TMPDIR or /tmp, or
 /// under /var/tmp where the former keeps no extended attributes, which hold
 /// what the system has no attributes for.

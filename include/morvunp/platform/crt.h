@@ -17,13 +17,9 @@ MORVUNP_API int _wsopen_s(int* descriptor, LPCWSTR path, int flags, int share, i
 MORVUNP_API int _close(int descriptor);
 /// Bytes read, 0 at the end, or -1.
 MORVUNP_API int _read(int descriptor, void* buffer, UINT count);
-/// Bytes written, or -1.
-MORVUNP_API int _write(int descriptor, const void* buffer, UINT count);
 /// `origin` as in <cstdio>; the new offset, or -1, also where it does not fit.
 MORVUNP_API LONG _lseek(int descriptor, LONG offset, int origin);
 MORVUNP_API std::int64_t _lseeki64(int descriptor, std::int64_t offset, int origin);
 /// The handle behind a descriptor, for positioned reads with ReadFile. The
 /// descriptor keeps its ownership.
 MORVUNP_API std::intptr_t _get_osfhandle(int descriptor);
-/// A descriptor that takes the handle's place: closing it closes the handle.
-MORVUNP_API int _open_osfhandle(std::intptr_t handle, int flags);

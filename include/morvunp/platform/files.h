@@ -16,8 +16,6 @@ inline constexpr DWORD GENERIC_WRITE = 0x40000000;
 inline constexpr DWORD FILE_SHARE_READ = 1;
 inline constexpr DWORD FILE_SHARE_WRITE = 2;
 
-inline constexpr DWORD CREATE_NEW = 1;
-inline constexpr DWORD CREATE_ALWAYS = 2;
 inline constexpr DWORD OPEN_EXISTING = 3;
 
 inline constexpr DWORD FILE_ATTRIBUTE_READONLY = 0x1;
@@ -29,16 +27,14 @@ inline constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;
 /// A symbolic link. FILE_ATTRIBUTE_DIRECTORY is set beside it when the link
 /// leads to a folder.
 inline constexpr DWORD FILE_ATTRIBUTE_REPARSE_POINT = 0x400;
-/// The high half of the attributes is a Unix mode: SetFileAttributesW applies
-/// its permission bits as the umask allows, never set-uid, set-gid or sticky,
+/// The high half of the attributes is a Unix mode: who sets them applies its
+/// permission bits as the umask allows, never set-uid, set-gid or sticky,
 /// and looks at nothing else.
 inline constexpr DWORD FILE_ATTRIBUTE_UNIX_EXTENSION = 0x8000;
 inline constexpr DWORD INVALID_FILE_ATTRIBUTES = 0xFFFFFFFF;
 
 /// Refuse to open a symbolic link (its target is never followed).
 inline constexpr DWORD FILE_FLAG_OPEN_REPARSE_POINT = 0x00200000;
-
-inline constexpr DWORD MOVEFILE_REPLACE_EXISTING = 1;
 
 inline constexpr DWORD FILE_BEGIN = 0;
 inline constexpr DWORD FILE_CURRENT = 1;
@@ -66,11 +62,9 @@ struct WIN32_FIND_DATAW {
   wchar_t cFileName[260] = {};
 };
 
-/// Opens a regular file or a block device; anything else is refused, and no
-/// open ever waits. CREATE_NEW never follows a link; CREATE_ALWAYS truncates
-/// only after the share is granted and refuses a read-only file. A file with
-/// further names, or with set-uid or set-gid bits, is not written into: a new
-/// one takes the name, with its permission bits.
+/// Opens an existing regular file or block device; anything else is refused, and
+/// no open ever waits. Files are made below an open folder only; see
+/// platform/below.h.
 MORVUNP_API HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES*,
                                DWORD disposition, DWORD flags, HANDLE templateFile);
 
@@ -94,15 +88,6 @@ MORVUNP_API BOOL CloseHandle(HANDLE file);
 /// INVALID_FILE_ATTRIBUTES when the path does not exist. Looks at a symbolic
 /// link itself.
 MORVUNP_API DWORD GetFileAttributesW(LPCWSTR path);
-MORVUNP_API BOOL SetFileAttributesW(LPCWSTR path, DWORD attributes);
-MORVUNP_API BOOL DeleteFileW(LPCWSTR path);
-/// Gives a file another name in the same file system. With
-/// MOVEFILE_REPLACE_EXISTING it takes the place of what has that name.
-MORVUNP_API BOOL MoveFileExW(LPCWSTR existing, LPCWSTR path, DWORD flags);
-/// Copies a regular file with its mode and times; a link is not followed.
-MORVUNP_API BOOL CopyFileW(LPCWSTR existing, LPCWSTR path, BOOL failIfExists);
-/// A further name for a regular file; a link is not followed.
-MORVUNP_API BOOL CreateHardLinkW(LPCWSTR path, LPCWSTR existing, SECURITY_ATTRIBUTES*);
 MORVUNP_API BOOL CreateDirectoryW(LPCWSTR path, SECURITY_ATTRIBUTES*);
 
 /// Looks one exact path up; patterns are not supported. Close with FindClose.
@@ -111,9 +96,6 @@ MORVUNP_API BOOL CreateDirectoryW(LPCWSTR path, SECURITY_ATTRIBUTES*);
 MORVUNP_API HANDLE FindFirstFileW(LPCWSTR path, WIN32_FIND_DATAW* data);
 MORVUNP_API BOOL FindClose(HANDLE search);
 
-/// Any of the three may be null.
-MORVUNP_API BOOL GetFileTime(HANDLE file, FILETIME* creation, FILETIME* lastAccess,
-                             FILETIME* lastWrite);
 /// A null time is left as it is. The creation time cannot be set on this
 /// system and is ignored.
 MORVUNP_API BOOL SetFileTime(HANDLE file, const FILETIME* creation, const FILETIME* lastAccess,
@@ -137,8 +119,6 @@ MORVUNP_API FileIdentity IdentityOfPath(const std::wstring& path);
 /// The path of an existing file or folder with every symbolic link in it
 /// resolved. Empty, with the reason in GetLastError, when there is none.
 MORVUNP_API std::wstring ResolvedPath(const std::wstring& path);
-/// What a symbolic link says, in the library's form; empty when `path` is none.
-MORVUNP_API std::wstring LinkTarget(const std::wstring& path);
 
 /// The entry of the path's folder whose name is that of the path ignoring case,
 /// the first by name when there are several; empty when there is none. The file

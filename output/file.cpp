@@ -18,8 +18,9 @@ constexpr int kAttempts = 8;
 
 std::wstring PrivateName() {
   std::random_device device;
+  ULONGLONG number = ULONGLONG{device()} << 32 | device();
   std::wstring name = L".morvunp-";
-  for (int i = 0; i < 16; ++i) name += L"0123456789abcdef"[device() % 16];
+  for (int i = 0; i < 16; ++i, number >>= 4) name += L"0123456789abcdef"[number & 15];
   return name;
 }
 
@@ -122,7 +123,7 @@ bool File::TakeName() {
     return true;
   }
   const HANDLE folder = m_folders.Current();
-  if (platform::RenameBelow(folder, m_aside.c_str(), m_name.c_str()) == FALSE) {
+  if (platform::ReplaceBelow(folder, m_aside.c_str(), m_name.c_str()) == FALSE) {
     const int error = platform::LastSystemError();
     Remove();
     return platform::FailWithErrno(error) != FALSE;

@@ -95,7 +95,7 @@ bool Root::MakeName(Make make) {
   const std::wstring name = m_existing ? PrivateName() : m_name;
   if (!make(folder, name)) return false;
   if (!m_existing) return true;
-  if (platform::RenameBelow(folder, name.c_str(), m_name.c_str()) != FALSE) {
+  if (platform::ReplaceBelow(folder, name.c_str(), m_name.c_str()) != FALSE) {
     m_reporter.TellReplaced();
     return true;
   }

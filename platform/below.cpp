@@ -90,18 +90,13 @@ FoundFile FoundOf(const struct stat& status, DWORD stored) {
   return found;
 }
 
-/// Attributes are kept in extended ones, whose calls know no folder's
-/// descriptor: the file is opened without being opened, and its name in the
-/// process's own table stands for it.
+/// The calls for extended attributes know no folder's descriptor; its name in
+/// the process's own table stands for it.
 DWORD StoredAttributesBelow(int folder, const std::string& name) {
-  const int file = openat(folder, name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC);
-  if (file < 0) return 0;
-  const std::string path = "/proc/self/fd/" + std::to_string(file);
-  const DWORD attributes = StoredAttributes([&](char* text, std::size_t size) {
-    return getxattr(path.c_str(), kDosAttributes, text, size);
+  const std::string path = "/proc/self/fd/" + std::to_string(folder) + '/' + name;
+  return StoredAttributes([&](char* text, std::size_t size) {
+    return lgetxattr(path.c_str(), kDosAttributes, text, size);
   });
-  close(file);
-  return attributes;
 }
 
 }  // namespace
@@ -187,9 +182,19 @@ BOOL DeleteBelow(HANDLE folder, LPCWSTR name) {
   return ResultOf(unlinkat(DescriptorOf(folder), ToNativePath(name).c_str(), 0));
 }
 
-BOOL RenameBelow(HANDLE folder, LPCWSTR from, LPCWSTR to) {
+BOOL ReplaceBelow(HANDLE folder, LPCWSTR from, LPCWSTR to) {
   const int parent = DescriptorOf(folder);
-  return ResultOf(renameat(parent, ToNativePath(from).c_str(), parent, ToNativePath(to).c_str()));
+  const std::string source = ToNativePath(from);
+  const std::string target = ToNativePath(to);
+  // Some file systems write a file to the disk before it may take another's
+  // place, which takes long for many; not when the two change places.
+  if (renameat2(parent, source.c_str(), parent, target.c_str(), RENAME_EXCHANGE) != 0) {
+    return ResultOf(renameat(parent, source.c_str(), parent, target.c_str()));
+  }
+  if (unlinkat(parent, source.c_str(), 0) == 0) return TRUE;
+  const int error = errno;
+  renameat2(parent, source.c_str(), parent, target.c_str(), RENAME_EXCHANGE);
+  return FailWithErrno(error);
 }
 
 BOOL LinkBelow(HANDLE folder, LPCWSTR existing, HANDLE newFolder, LPCWSTR name) {

@@ -60,8 +60,9 @@ BOOL SetAttributesOf(HANDLE file, DWORD attributes);
 BOOL SetModeOf(HANDLE file, DWORD mode);
 
 BOOL DeleteBelow(HANDLE folder, LPCWSTR name);
-/// Within one folder; takes the place of what has the new name.
-BOOL RenameBelow(HANDLE folder, LPCWSTR from, LPCWSTR to);
+/// Within one folder: `from` takes the place of the file `to`, which goes. At no
+/// time is there nothing under that name.
+BOOL ReplaceBelow(HANDLE folder, LPCWSTR from, LPCWSTR to);
 /// A further name for a regular file.
 BOOL LinkBelow(HANDLE folder, LPCWSTR existing, HANDLE newFolder, LPCWSTR name);
 BOOL CreateSymbolicLinkBelow(HANDLE folder, LPCWSTR name, LPCWSTR target);

@@ -67,6 +67,11 @@ bool Reporter::TellError(int systemError) {
   return false;
 }
 
+bool Reporter::TellFailure(const morvunp::RunReport& why) {
+  TellNow(ItemResult::kFailed, why.reason, why.systemError, why.detail);
+  return false;
+}
+
 bool Reporter::TellInTheWay(int what) {
   TellNow(ItemResult::kFailed, ItemReason::kInTheWay, what, {});
   return false;

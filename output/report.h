@@ -39,8 +39,6 @@ class Reporter {
   ULONGLONG Bytes() const { return m_nBytes; }
   /// Why the last item that failed did.
   const morvunp::RunReport& LastFailure() const { return m_lastFailure; }
-  /// Something was told of the item in hand.
-  bool HasTold() const { return m_bTold; }
 
   /// Of the item in hand. Always false, for callers that end with a failure.
   bool Tell(morvunp::ItemResult result, morvunp::ItemReason reason = morvunp::ItemReason::kNone,
@@ -48,6 +46,8 @@ class Reporter {
   /// The system's last refusal. Always false.
   bool TellRefusal();
   bool TellError(int systemError);
+  /// What ended the run. Always false.
+  bool TellFailure(const morvunp::RunReport& why);
   /// `what` as ItemReport::systemError has it for kInTheWay. Always false.
   bool TellInTheWay(int what);
 

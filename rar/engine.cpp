@@ -197,6 +197,8 @@ bool Engine::Close() {
 
 bool Engine::IsOpen() const { return m_pWalk != nullptr; }
 
+int Engine::OpenResult() const { return static_cast<int>(m_pBuffers->request.OpenResult); }
+
 bool Engine::HasEncryptedHeaders() const { return m_pBuffers->HasOpened(ROADF_ENCHEADERS); }
 
 void Engine::SetPassword(std::string password) {

@@ -94,6 +94,8 @@ class Engine {
   /// False when the engine could not close the archive, or none was open.
   bool Close();
   bool IsOpen() const;
+  /// What the last Open came to.
+  int OpenResult() const;
   /// The headers of the archive opened last are encrypted.
   bool HasEncryptedHeaders() const;
   void SetPassword(std::string password);

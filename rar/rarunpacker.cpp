@@ -117,7 +117,14 @@ bool CRarUnpacker::FindFile() {
   const bool isOpen = m_hArchive->Open(m_strArchive);
   if (m_hArchive->HasEncryptedHeaders() && m_bPasswordSet != 0) UsePassword();
   m_nHeader = isOpen ? 0 : -1;
+  if (!isOpen) NoteUnopened();
   return isOpen;
+}
+
+/// What could be opened before may be gone.
+void CRarUnpacker::NoteUnopened() {
+  m_nWalkProblem = ProblemOf(m_hArchive->OpenResult(), m_hArchive->HasEncryptedHeaders());
+  if (m_nWalkProblem == ItemReason::kMissingVolume) m_strMissingVolume = m_strArchive;
 }
 
 bool CRarUnpacker::FindNextFile() {

@@ -25,6 +25,8 @@ class C7zExtractCallback final : public Component<Answers<ICryptoGetTextPassword
 
   /// The prompt for a password was cancelled or could not be shown.
   bool WasPasswordRefused() const { return m_bPasswordRefused; }
+  /// The engine has come to an item that is to be written.
+  bool HasInHand() const { return m_bInHand; }
 
   HRESULT SetTotal(ULONGLONG total) override;
   HRESULT SetCompleted(const ULONGLONG* completed) override;

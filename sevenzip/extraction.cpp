@@ -31,7 +31,8 @@ morvunp::RunReport ReportOf(HRESULT result) {
   const int systemError = platform::LastSystemError();
   const bool isOfSystem = systemError != 0 && result == platform::ResultOfError(GetLastError());
   if (!isOfSystem) return {morvunp::ItemReason::kDamaged};
-  return {output::ReasonOfError(systemError), systemError};
+  const morvunp::ItemReason reason = output::ReasonOfError(systemError);
+  return {reason, reason == morvunp::ItemReason::kSystem ? systemError : 0};
 }
 
 }  // namespace
@@ -104,9 +105,9 @@ bool C7zUnpacker::RunExtract(const DWORD* indices, DWORD count,
   if (result == E_ABORT && !callback.WasPasswordRefused()) end = m_pRoot->Report().LastFailure();
   if (m_state.m_bCancel != 0) end = {morvunp::ItemReason::kInterrupted};
   frame::ThrowKept(sevenzip::Thrown());
-  const bool isAlone = m_nMode == kSingleItem && result != S_OK;
-  if (m_pRoot->Out().IsOpen() || isAlone) {
-    m_pRoot->Report().Tell(morvunp::ItemResult::kFailed, end.reason);
+  const bool isInHand = m_nMode == kSingleItem || callback.HasInHand();
+  if (m_pRoot->Out().IsOpen() || (isInHand && result != S_OK)) {
+    m_pRoot->Report().TellFailure(end);
     m_pRoot->Out().KeepBroken();
   }
   if (m_nMode != kSingleItem) TellRest(end);

@@ -204,6 +204,7 @@ class MORVUNP_API CRarUnpacker {
   void UsePassword();
   int ReadHeader();
   int PassOver();
+  void NoteUnopened();
   morvunp::ItemReason ProblemOf(int code, bool isEncrypted) const;
   std::wstring TextOf(morvunp::frame::Totals totals);
 

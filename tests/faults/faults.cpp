@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <stdio.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -17,11 +18,13 @@
 namespace testsupport {
 namespace {
 
-enum class Kind { kOther, kRead, kWrite, kMemory };
+/// kMake: what an output file or folder cannot do without, but for its data.
+enum class Kind { kOther, kRead, kWrite, kMake, kMemory };
 
 const FaultPlan* plan = nullptr;
 int callsBefore = 0;
 bool hasStruck = false;
+bool hasStruckOutput = false;
 
 bool IsMeant(Kind kind) {
   switch (plan->calls) {
@@ -31,6 +34,8 @@ bool IsMeant(Kind kind) {
       return kind == Kind::kRead || kind == Kind::kWrite;
     case Calls::kWrites:
       return kind == Kind::kWrite;
+    case Calls::kOutput:
+      return kind == Kind::kWrite || kind == Kind::kMake;
     case Calls::kMemory:
       return kind == Kind::kMemory;
   }
@@ -46,6 +51,7 @@ bool Strikes(Kind kind) {
   }
   if (hasStruck && !plan->persists) return false;
   hasStruck = true;
+  hasStruckOutput |= kind == Kind::kWrite || kind == Kind::kMake;
   if (plan->fault != Fault::kEvent) return true;
   const FaultPlan& whole = *std::exchange(plan, nullptr);
   whole.event();
@@ -59,10 +65,20 @@ Function Next(Function, const char* name) {
 }
 
 template <class Call>
-int Other(Call call) {
-  if (!Strikes(Kind::kOther)) return static_cast<int>(call());
+int Do(Kind kind, Call call) {
+  if (!Strikes(kind)) return static_cast<int>(call());
   errno = EIO;
   return -1;
+}
+
+template <class Call>
+int Other(Call call) {
+  return Do(Kind::kOther, call);
+}
+
+bool IsForWriting(int file) {
+  const int flags = fcntl(file, F_GETFL);
+  return flags >= 0 && (flags & O_PATH) == 0 && (flags & O_ACCMODE) == O_WRONLY;
 }
 
 template <class Call>
@@ -103,13 +119,18 @@ bool RunWithFault(const FaultPlan& wanted, const std::function<void()>& operatio
   } const disarm;
   callsBefore = wanted.after;
   hasStruck = false;
+  hasStruckOutput = false;
   plan = &wanted;
   operation();
   return hasStruck;
 }
 
+bool HasStruckOutput() { return hasStruckOutput; }
+
 }  // namespace testsupport
 
+using testsupport::Do;
+using testsupport::IsForWriting;
 using testsupport::Kind;
 using testsupport::Next;
 using testsupport::Other;
@@ -132,9 +153,10 @@ int open(const char* path, int flags, ...) {
 
 int close(int file) {
   static const auto next = Next(&close, "close");
+  const Kind kind = IsForWriting(file) ? Kind::kMake : Kind::kOther;
   // Whatever it answers, the descriptor is gone.
   const int result = next(file);
-  return Other([&] { return result; });
+  return Do(kind, [&] { return result; });
 }
 
 ssize_t read(int file, void* buffer, std::size_t count) {
@@ -166,7 +188,7 @@ int fstat(int file, struct stat* status) noexcept {
 
 int ftruncate(int file, off_t length) noexcept {
   static const auto next = Next(&ftruncate, "ftruncate");
-  return Other([&] { return next(file, length); });
+  return Do(Kind::kMake, [&] { return next(file, length); });
 }
 
 int futimens(int file, const timespec times[2]) noexcept {
@@ -176,7 +198,57 @@ int futimens(int file, const timespec times[2]) noexcept {
 
 int mkdir(const char* path, mode_t mode) noexcept {
   static const auto next = Next(&mkdir, "mkdir");
-  return Other([&] { return next(path, mode); });
+  return Do(Kind::kMake, [&] { return next(path, mode); });
+}
+
+int openat(int folder, const char* path, int flags, ...) {
+  static const auto next = Next(&openat, "openat");
+  va_list more;
+  va_start(more, flags);
+  const auto mode = (flags & O_CREAT) != 0 ? va_arg(more, mode_t) : mode_t{0};
+  va_end(more);
+  const bool isForWriting = (flags & O_PATH) == 0 && (flags & O_ACCMODE) == O_WRONLY;
+  return Do(isForWriting ? Kind::kMake : Kind::kOther,
+            [&] { return next(folder, path, flags, mode); });
+}
+
+/// The system's library knows no openat2.
+long syscall(long number, ...) noexcept {
+  static const auto next = Next(&syscall, "syscall");
+  va_list more;
+  va_start(more, number);
+  long values[6];
+  for (long& value : values) value = va_arg(more, long);
+  va_end(more);
+  const auto call = [&] {
+    return next(number, values[0], values[1], values[2], values[3], values[4], values[5]);
+  };
+  return number == SYS_openat2 ? Do(Kind::kMake, call) : call();
+}
+
+int mkdirat(int folder, const char* path, mode_t mode) noexcept {
+  static const auto next = Next(&mkdirat, "mkdirat");
+  return Do(Kind::kMake, [&] { return next(folder, path, mode); });
+}
+
+int renameat(int folder, const char* from, int newFolder, const char* to) noexcept {
+  static const auto next = Next(&renameat, "renameat");
+  return Do(Kind::kMake, [&] { return next(folder, from, newFolder, to); });
+}
+
+int unlinkat(int folder, const char* path, int flags) noexcept {
+  static const auto next = Next(&unlinkat, "unlinkat");
+  return Other([&] { return next(folder, path, flags); });
+}
+
+int fstatat(int folder, const char* path, struct stat* status, int flags) noexcept {
+  static const auto next = Next(&fstatat, "fstatat");
+  return Other([&] { return next(folder, path, status, flags); });
+}
+
+int fchmod(int file, mode_t mode) noexcept {
+  static const auto next = Next(&fchmod, "fchmod");
+  return Other([&] { return next(file, mode); });
 }
 
 }  // extern "C"

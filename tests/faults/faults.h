@@ -17,7 +17,8 @@ enum class Fault {
   kEvent
 };
 
-enum class Calls { kFiles, kTransfers, kWrites, kMemory };
+/// kOutput: writes, and what else an output file or folder cannot do without.
+enum class Calls { kFiles, kTransfers, kWrites, kOutput, kMemory };
 
 /// What is to fail.
 struct FaultPlan {
@@ -33,5 +34,8 @@ struct FaultPlan {
 /// Carries out `operation` with the plan in force. True when a call came to
 /// fail. What `operation` throws is passed on.
 bool RunWithFault(const FaultPlan& plan, const std::function<void()>& operation);
+
+/// A call that failed in the last run was one of Calls::kOutput.
+bool HasStruckOutput();
 
 }  // namespace testsupport

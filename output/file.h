@@ -35,8 +35,7 @@ enum class Placing {
 /// neither finished nor kept goes when the object does, as by an exception.
 class File {
  public:
-  File(CUnpackState& state, Reporter& reporter, Folders& folders)
-      : m_state(state), m_reporter(reporter), m_folders(folders) {}
+  File(Reporter& reporter, Folders& folders) : m_reporter(reporter), m_folders(folders) {}
   ~File();
   File(const File&) = delete;
   File& operator=(const File&) = delete;
@@ -75,7 +74,6 @@ class File {
   bool Rewrite(const platform::FoundFile& existing);
   bool TakeName();
 
-  CUnpackState& m_state;
   Reporter& m_reporter;
   Folders& m_folders;
   frame::OpenFile m_file;

@@ -22,7 +22,7 @@ class Root {
       : m_state(state),
         m_reporter(state),
         m_folders(state, m_reporter, std::move(target), std::move(report)),
-        m_file(state, m_reporter, m_folders) {}
+        m_file(m_reporter, m_folders) {}
 
   /// An item is in hand from here on.
   void Begin(Item item) { m_reporter.Begin(std::move(item)); }

@@ -9,7 +9,7 @@
 #include <set>
 #include <thread>
 
-#include "support/archives.h"
+#include "support/formats.h"
 #include "support/unpacktest.h"
 
 namespace {
@@ -18,17 +18,6 @@ namespace fs = std::filesystem;
 using morvunp::ItemReason;
 using morvunp::ItemResult;
 using testsupport::Items;
-
-template <class U, void (*write)(const std::string&, const Items&)>
-struct Format {
-  using Unpacker = U;
-  static constexpr auto kWrite = write;
-};
-
-using Formats = testing::Types<
-    Format<CIsoUnpacker, testsupport::WriteIso>, Format<CIsoUnpacker, testsupport::WriteUdf>,
-    Format<CCabUnpacker, testsupport::WriteCabinet>, Format<CRarUnpacker, testsupport::WriteRar>,
-    Format<C7zUnpacker, testsupport::Write7z>>;
 
 /// Puts a link to `outside` in the place of `folder` and takes it away again,
 /// until it goes. What was there gets another name in the same parent.
@@ -87,7 +76,7 @@ class Race : public testsupport::UnpackTest<typename F::Unpacker> {
   }
 };
 
-TYPED_TEST_SUITE(Race, Formats);
+TYPED_TEST_SUITE(Race, testsupport::Formats, testsupport::FormatNames);
 
 TYPED_TEST(Race, NothingIsWrittenThroughALinkAndEveryItemIsTold) {
   const std::string outside = this->folder.Path("outside");

@@ -8,6 +8,7 @@
 
 #include "support/archives.h"
 #include "support/bytes.h"
+#include "support/formats.h"
 #include "support/rooms.h"
 #include "support/unpacktest.h"
 
@@ -26,29 +27,6 @@ using testsupport::ReadFile;
 using testsupport::TempFolder;
 using testsupport::TreeOf;
 using testsupport::WriteFile;
-
-template <class U, void (*write)(const std::string&, const Items&)>
-struct Format {
-  using Unpacker = U;
-  static constexpr auto kWrite = write;
-};
-
-using Formats = testing::Types<
-    Format<CIsoUnpacker, testsupport::WriteIso>, Format<CIsoUnpacker, testsupport::WriteUdf>,
-    Format<CCabUnpacker, testsupport::WriteCabinet>, Format<C7zUnpacker, testsupport::Write7z>
-#if MORVUNP_HAS_RAR
-    ,
-    Format<CRarUnpacker, testsupport::WriteRar>
-#endif
-    >;
-
-struct FormatNames {
-  template <class>
-  static std::string GetName(int index) {
-    return std::vector{"Iso", "Udf", "Cabinet", "SevenZip", "Rar"}.at(
-        static_cast<std::size_t>(index));
-  }
-};
 
 template <class F>
 class Unpacking : public testsupport::UnpackTest<typename F::Unpacker> {
@@ -72,7 +50,7 @@ class Unpacking : public testsupport::UnpackTest<typename F::Unpacker> {
   }
 };
 
-TYPED_TEST_SUITE(Unpacking, Formats, FormatNames);
+TYPED_TEST_SUITE(Unpacking, testsupport::Formats, testsupport::FormatNames);
 
 TYPED_TEST(Unpacking, PutsItemsInTheirPlaces) {
   this->MakeTree();

@@ -1,11 +1,14 @@
 #include "cab/cabinet.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <utility>
 
 #include "cab/narrowpath.h"
+#include "frame/ansitext.h"
 #include "frame/keptexception.h"
 #include "frame/modulefunction.h"
+#include "output/pathgate.h"
 
 namespace morvunp::cab {
 namespace {
@@ -14,6 +17,19 @@ template <class Function>
 bool BindTo(HMODULE module, LPCSTR name, Function& function) {
   function = frame::FunctionOf<Function>(module, name);
   return function != nullptr;
+}
+
+/// What a cabinet says of itself is all that is wanted of it.
+INT_PTR NoteNext(FDINOTIFICATIONTYPE type, FDINOTIFICATION* notification) {
+  constexpr INT_PTR kEnough = -1;
+  return frame::KeepException(Cabinet::Thrown(), kEnough, [&] {
+    const char* const name = notification->psz1;
+    const bool isNamed = type == fdintCABINET_INFO && name != nullptr && *name != '\0';
+    if (isNamed && output::IsSafeName(frame::DecodeAnsi(name), true)) {
+      *static_cast<std::wstring*>(notification->pv) = CabinetPath(notification->psz3, name);
+    }
+    return kEnough;
+  });
 }
 
 }  // namespace
@@ -78,15 +94,38 @@ bool Cabinet::IsCabinet(const std::wstring& path) {
 }
 
 bool Cabinet::Copy(PFNFDINOTIFY notify, void* user) {
-  if (m_hfdi == nullptr) return false;
   m_strMissing.clear();
+  return CopyFrom(m_strArchive, notify, user);
+}
+
+bool Cabinet::CopyFrom(const std::wstring& path, PFNFDINOTIFY notify, void* user) {
+  if (m_hfdi == nullptr) return false;
   // The folder keeps its last backslash: the interface joins without one.
-  const std::size_t nameStart = m_strArchive.rfind(L'\\') + 1;
-  std::string name = NarrowPath(std::wstring_view(m_strArchive).substr(nameStart));
-  std::string folder = NarrowPath(std::wstring_view(m_strArchive).substr(0, nameStart));
+  const std::size_t nameStart = path.rfind(L'\\') + 1;
+  std::string name = NarrowPath(std::wstring_view(path).substr(nameStart));
+  std::string folder = NarrowPath(std::wstring_view(path).substr(0, nameStart));
   const BOOL isCopied = m_pfnFDICopy(m_hfdi, name.data(), folder.data(), 0, notify, nullptr, user);
   frame::ThrowKept(Thrown());
   return isCopied != FALSE;
+}
+
+/// The path of the cabinet that one names as its next; empty for the last.
+std::wstring Cabinet::NextOf(const std::wstring& path) {
+  std::wstring next;
+  CopyFrom(path, NoteNext, &next);
+  return next;
+}
+
+std::vector<platform::FileIdentity> Cabinet::FilesOfSet() {
+  std::vector<platform::FileIdentity> files{m_identity};
+  std::wstring path = m_strArchive;
+  while (m_cabInfo.hasnext != FALSE && !(path = NextOf(path)).empty()) {
+    const platform::FileIdentity file = platform::IdentityOfPath(path);
+    const bool isKnown = std::find(files.begin(), files.end(), file) != files.end();
+    if (isKnown || file == platform::FileIdentity{}) break;
+    files.push_back(file);
+  }
+  return files;
 }
 
 morvunp::ItemReason Cabinet::ReasonOfFailure() const {

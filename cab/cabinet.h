@@ -3,6 +3,7 @@
 
 #include <exception>
 #include <string>
+#include <vector>
 
 #include "cab/itemlist.h"
 
@@ -38,7 +39,8 @@ class Cabinet {
   /// The cabinet that the last pass asked for in vain.
   void NoteMissing(const std::wstring& name) { m_strMissing = name; }
   const std::wstring& MissingCabinet() const { return m_strMissing; }
-  platform::FileIdentity Identity() const { return m_identity; }
+  /// The open cabinet and those behind it in its set, as far as they are there.
+  std::vector<platform::FileIdentity> FilesOfSet();
 
   ItemList& Items() { return m_items; }
   const ItemList& Items() const { return m_items; }
@@ -47,6 +49,8 @@ class Cabinet {
   bool Bind();
   void Release();
   bool IsCabinet(const std::wstring& path);
+  bool CopyFrom(const std::wstring& path, PFNFDINOTIFY notify, void* user);
+  std::wstring NextOf(const std::wstring& path);
 
   HMODULE m_hModule = nullptr;
   HFDI m_hfdi = nullptr;

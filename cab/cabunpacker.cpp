@@ -52,7 +52,6 @@ bool CCabUnpacker::SetCodePage(const std::string& name) {
 
 bool CCabUnpacker::OpenArchive(const std::wstring& path) {
   if (!m_pCabinet->Open(path)) return false;
-  m_state.m_archiveFiles = {m_pCabinet->Identity()};
   if (m_state.m_bKeepYesToAll == 0) m_state.m_iniYesToAll = {};
   return true;
 }

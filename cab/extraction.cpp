@@ -100,6 +100,7 @@ bool CCabUnpacker::UnpackCurrentFile(const std::wstring& name, const std::wstrin
 /// The item that is wanted, by a pass of its own.
 bool CCabUnpacker::UnpackAt(const morvunp::OutputPlace& place) {
   cab::Extraction& run = *m_pExtraction;
+  NoteSet();
   if (!run.m_pRoot->Enter(place)) return false;
   if (run.m_pRoot->Decide() != output::Root::Answer::kWrite) return false;
   m_state.m_bStopRequest = 0;
@@ -128,9 +129,17 @@ bool CCabUnpacker::RunOverItems(DWORD mode, const std::wstring& target) {
   m_state.m_bStopRequest = 0;
   output::Root root = RootAt(target);
   const frame::Lent lent(m_pExtraction->m_pRoot, root);
+  NoteSet();
   const bool isCopied = RunPass();
   TellRest(isCopied);
   return isCopied;
+}
+
+/// No cabinet that a pass may come to is to be replaced by what comes out of
+/// one before it.
+void CCabUnpacker::NoteSet() {
+  const frame::CodePageScope codePage(m_state);
+  m_state.m_archiveFiles = m_pCabinet->FilesOfSet();
 }
 
 /// One pass. A file that is open behind it is not whole.
@@ -198,16 +207,6 @@ INT_PTR CCabUnpacker::OnNextCabinet(const FDINOTIFICATION& notification) {
   return kGoOn;
 }
 
-/// A cabinet that is opened, and the next one of its set, are not to be
-/// replaced by what comes out of them.
-INT_PTR CCabUnpacker::OnCabinetInfo(const FDINOTIFICATION& notification) {
-  if (notification.psz1 == nullptr || *notification.psz1 == '\0') return kGoOn;
-  const platform::FileIdentity next =
-      platform::IdentityOfPath(cab::CabinetPath(notification.psz3, notification.psz1));
-  if (next != platform::FileIdentity{}) m_state.m_archiveFiles.push_back(next);
-  return kGoOn;
-}
-
 INT_PTR CCabUnpacker::FDICallback_Extract(FDINOTIFICATIONTYPE type, FDINOTIFICATION* notification) {
   auto& unpacker = *static_cast<CCabUnpacker*>(notification->pv);
   return frame::KeepException(cab::Cabinet::Thrown(), kAbort, [&] {
@@ -218,8 +217,6 @@ INT_PTR CCabUnpacker::FDICallback_Extract(FDINOTIFICATIONTYPE type, FDINOTIFICAT
         return unpacker.OnCopyFile(*notification);
       case fdintCLOSE_FILE_INFO:
         return unpacker.OnCloseFile(*notification);
-      case fdintCABINET_INFO:
-        return unpacker.OnCabinetInfo(*notification);
       case fdintNEXT_CABINET:
         return unpacker.OnNextCabinet(*notification);
       case fdintENUMERATE:

@@ -120,7 +120,9 @@ TEST_F(CabUnpack, FindsTheNextCabinetInAnyCaseInItsFolderOnly) {
   WriteFile(folder.Path("SPLIT-3.cab"), set.at(2));
   Set({});
   ASSERT_TRUE(Open("1.cab") && unpacker.FindFile());
+  Listen();
   EXPECT_FALSE(Unpack()) << "the second is missing";
+  EXPECT_THAT(ends, ElementsAre(Pair(morvunp::ItemReason::kMissingVolume, L"Split-2.CAB")));
   WriteFile(folder.Path("split-2.cab"), set.at(1));
   EXPECT_TRUE(Unpack());
   EXPECT_TRUE(Out()["B"] == text);
@@ -131,6 +133,26 @@ TEST_F(CabUnpack, FindsTheNextCabinetInAnyCaseInItsFolderOnly) {
   }
   ASSERT_TRUE(Open("sub/1.cab") && unpacker.FindFile());
   EXPECT_FALSE(Unpack()) << "the set lies in one folder";
+}
+
+TEST_F(CabUnpack, NeverOverwritesACabinetOfItsSet) {
+  const std::vector<std::string> names{"1.cab", "2.cab", "3.cab"};
+  for (const std::string name : {"2.cab", "3.cab"}) {
+    CabBuilder builder;
+    builder.Add(CabMethod::kStored, {{name, "evil"}, {"BIG", std::string(150'000, 'b')}});
+    const auto set = builder.BuildSet(60'000, names);
+    ASSERT_EQ(set.size(), names.size());
+    for (std::size_t i = 0; i < set.size(); ++i) WriteFile(folder.Path(names[i]), set[i]);
+    Set({});
+    ASSERT_TRUE(Open("1.cab") && unpacker.FindFile());
+    Listen();
+    unpacker.UnpackArchive(folder.LibraryPath());
+    ASSERT_EQ(told.size(), 2U);
+    EXPECT_TRUE(IsOfArchive(told[0])) << name;
+    for (std::size_t i = 0; i < set.size(); ++i) {
+      EXPECT_TRUE(ReadFile(folder.Path(names[i])) == set[i]) << name;
+    }
+  }
 }
 
 TEST_F(CabUnpack, UnpacksWhatAnotherProgramMade) {

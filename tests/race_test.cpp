@@ -89,10 +89,10 @@ TYPED_TEST(Race, NothingIsWrittenThroughALinkAndEveryItemIsTold) {
   TypeParam::kWrite(this->folder.Path("x"), items);
   ASSERT_TRUE(this->Open());
   ASSERT_TRUE(this->unpacker.FindFile());
-  std::map<ULONGLONG, ItemResult> told;
+  std::map<ULONGLONG, ItemResult> results;
   std::set<std::string> written;
   this->unpacker.SetItemReport([&](const morvunp::ItemReport& report) {
-    told[report.position] = report.result;
+    results[report.position] = report.result;
     EXPECT_TRUE(this->IsTrue(report))
         << static_cast<int>(report.result) << ' ' << static_cast<int>(report.reason) << ' '
         << report.systemError;
@@ -104,14 +104,14 @@ TYPED_TEST(Race, NothingIsWrittenThroughALinkAndEveryItemIsTold) {
   int swaps = 0;
   // The first run finds nothing, later ones replace.
   for (int run = 0; run < 4; ++run) {
-    told.clear();
+    results.clear();
     written.clear();
     {
       Swapper swapper(this->folder.Path("out/D"), outside);
       this->unpacker.UnpackArchive(this->Target());
       swaps += swapper.Swaps();
     }
-    EXPECT_GE(told.size(), items.size());
+    EXPECT_GE(results.size(), items.size());
     const std::set<std::string> names = this->NamesBelowTarget();
     EXPECT_TRUE(std::includes(names.begin(), names.end(), written.begin(), written.end()));
   }

@@ -264,6 +264,53 @@ TEST_F(RarTest, JoinsVolumesAndNamesTheMissingOne) {
   EXPECT_EQ(Out("BIG.TXT"), big) << "what was there is back";
 }
 
+TEST_F(RarTest, TellsASplitFileOnceAndTheVolumeThatEndsTheRun) {
+  ASSERT_TRUE(OpenFixture("set.part1.rar"));
+  const std::map<ULONGLONG, std::wstring> walk = Positions();
+  EXPECT_THAT(walk, ElementsAre(Pair(0U, L"BIG.TXT"), Pair(1U, L"TOP.TXT")));
+  Listen();
+  EXPECT_TRUE(Unpack());
+  std::map<ULONGLONG, std::wstring> reported;
+  for (const Told& report : told) {
+    EXPECT_EQ(report.result, ItemResult::kWritten);
+    reported.insert({report.position, report.path});
+  }
+  EXPECT_EQ(reported, walk);
+  EXPECT_EQ(told.size(), walk.size());
+  EXPECT_THAT(ends, ElementsAre(Pair(ItemReason::kNone, L"")));
+
+  Set({});
+  ASSERT_TRUE(OpenFirstTwoVolumes());
+  Listen();
+  EXPECT_FALSE(Unpack());
+  EXPECT_THAT(ends,
+              ElementsAre(Pair(ItemReason::kMissingVolume, folder.LibraryPath("set.part3.rar"))));
+}
+
+TEST_F(RarTest, NeverOverwritesAVolumeOfItsSet) {
+  for (const char* part : {"set.part1.rar", "set.part2.rar", "set.part3.rar", "set.part4.rar"}) {
+    WriteFile(folder.Path(part), ReadFile(RarFixture(part)));
+  }
+  // No volume has the name of an item, but one may be there under that name.
+  std::filesystem::create_hard_link(folder.Path("set.part2.rar"), folder.Path("BIG.TXT"));
+  std::filesystem::create_hard_link(folder.Path("set.part4.rar"), folder.Path("TOP.TXT"));
+  Set({});
+  ASSERT_TRUE(Open("set.part1.rar"));
+  Listen();
+  EXPECT_FALSE(unpacker.UnpackArchive(folder.LibraryPath()));
+  EXPECT_EQ(told.size(), 2U);
+  for (const Told& report : told) EXPECT_TRUE(IsOfArchive(report));
+  EXPECT_EQ(ReadFile(folder.Path("BIG.TXT")), ReadFile(RarFixture("set.part2.rar")));
+}
+
+TEST_F(RarTest, SaysThatAnArchiveIsGone) {
+  ASSERT_TRUE(OpenBuilt({{.path = "A", .data = "a"}}));
+  std::filesystem::remove(folder.Path("x"));
+  Listen();
+  EXPECT_FALSE(Unpack());
+  EXPECT_THAT(ends, ElementsAre(Pair(ItemReason::kMissingVolume, folder.LibraryPath("x"))));
+}
+
 TEST_F(RarTest, MakesSafeLinksAndCopies) {
   ASSERT_TRUE(OpenFixture("links.rar"));
   EXPECT_TRUE(Unpack());

@@ -203,6 +203,19 @@ TEST_F(SevenZip, OpensSplitSetsFromTheirFirstVolume) {
   EXPECT_FALSE(OpenSet("y.AA")) << "a set ends at the first volume that is missing";
 }
 
+TEST_F(SevenZip, NeverOverwritesAVolumeOfItsSet) {
+  Put("x.7z.002", Numbers(30000));
+  Make("-mx0 -v70k");
+  const std::string volume = ReadFile(folder.Path("x.7z.002"));
+  Set({});
+  ASSERT_TRUE(OpenSet("x.7z.001"));
+  Listen();
+  EXPECT_FALSE(unpacker.UnpackArchive(folder.LibraryPath()));
+  ASSERT_EQ(told.size(), 1U);
+  EXPECT_TRUE(IsOfArchive(told[0]));
+  EXPECT_TRUE(ReadFile(folder.Path("x.7z.002")) == volume);
+}
+
 TEST_F(SevenZip, NamesAnItemWithoutANameAfterTheArchive) {
   Put("data", "nameless");
   Run("7z a -bso0 -bsp0 -si '" + folder.Path("set.tar.7z") + "' < '" + folder.Path("in/data") +
@@ -251,8 +264,8 @@ TEST_F(SevenZip, CommandTellsDamageFromSuccess) {
   bytes[2000] ^= 1;
   WriteFile(folder.Path("x.7z"), bytes);
   // Neither the mode of an item nor the umask makes it escape the check.
-  for (const auto& [target, user] : {std::pair("out", testsupport::User::kThisOne),
-                                     {"in", testsupport::User::kCannotReadBack}}) {
+  for (const auto& [target, user] : {std::pair("out", testsupport::Process::kUsual),
+                                     {"in", testsupport::Process::kCannotReadBack}}) {
     const auto result = RunCommand(
         {"extract", folder.Path("x.7z"), "--overwrite=all", "-C", folder.Path(target)}, {}, user);
     EXPECT_EQ(result.exitCode, 1) << target;

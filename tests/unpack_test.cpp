@@ -14,6 +14,8 @@
 
 namespace {
 
+using morvunp::ItemReason;
+using morvunp::ItemResult;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
@@ -121,6 +123,42 @@ TYPED_TEST(Unpacking, BringsFilesOutWholeAndDated) {
   EXPECT_TRUE(this->Out() == expected);
 }
 
+TYPED_TEST(Unpacking, TellsEachItemByItsPlaceInTheWalk) {
+  this->MakeTree();
+  const std::map<ULONGLONG, std::wstring> walk = this->Positions();
+  this->Listen();
+  EXPECT_TRUE(this->unpacker.UnpackArchive(this->Target()));
+  std::map<ULONGLONG, std::wstring> reported;
+  for (const auto& report : this->told) {
+    EXPECT_TRUE(reported.insert({report.position, report.path}).second) << "told twice";
+    const bool isFolder = report.result == ItemResult::kFolderMade;
+    EXPECT_TRUE(isFolder || report.result == ItemResult::kWritten);
+  }
+  EXPECT_EQ(reported, walk);
+  EXPECT_THAT(this->ends, ElementsAre(Pair(ItemReason::kNone, L"")));
+
+  this->Listen();
+  EXPECT_TRUE(this->Unpack(L"DOCS\\SUB\\X.TXT"));
+  ASSERT_EQ(this->told.size(), 1U);
+  EXPECT_EQ(walk.at(this->told[0].position), L"DOCS\\SUB\\X.TXT");
+}
+
+TYPED_TEST(Unpacking, TellsWhatALaterItemReplaced) {
+  this->Make({{"A/X", "first"}, {"B/X", "second"}});
+  const std::map<ULONGLONG, std::wstring> walk = this->Positions();
+  this->Set({.bUnpackArchiveNoPaths = 1});
+  this->Listen();
+  EXPECT_TRUE(this->unpacker.UnpackArchive(this->Target()));
+  EXPECT_THAT(this->Out(), ElementsAre(Pair("X", "second")));
+  std::vector<std::pair<std::wstring, ItemResult>> results;
+  for (const auto& report : this->told) {
+    results.emplace_back(walk.at(report.position), report.result);
+  }
+  EXPECT_THAT(results,
+              ElementsAre(Pair(L"A\\X", ItemResult::kWritten), Pair(L"A\\X", ItemResult::kReplaced),
+                          Pair(L"B\\X", ItemResult::kWritten)));
+}
+
 TYPED_TEST(Unpacking, WorksWithoutWindows) {
   this->MakeTree();
   this->unpacker.SetHandleDialogProgress(nullptr);
@@ -165,8 +203,15 @@ TYPED_TEST(Unpacking, LeavesNothingOfAnInterruptedFileAndEndsTheRun) {
     std::filesystem::remove(this->folder.Path(name));
   }
   this->StopIn(L"BIG", {IDYES});
+  this->Listen();
   EXPECT_FALSE(this->unpacker.UnpackArchive(this->Target()));
   EXPECT_THAT(this->Names(), ElementsAre("A"));
+  ASSERT_EQ(this->told.size(), 3U);
+  EXPECT_EQ(this->told[0].result, ItemResult::kWritten);
+  EXPECT_EQ(this->told[1].result, ItemResult::kFailed);
+  EXPECT_EQ(this->told[2].result, ItemResult::kNotReached);
+  for (const int i : {1, 2}) EXPECT_EQ(this->told[i].reason, ItemReason::kInterrupted);
+  EXPECT_THAT(this->ends, ElementsAre(Pair(ItemReason::kInterrupted, L"")));
   this->StopIn(L"BIG", {IDYES});
   EXPECT_FALSE(this->Unpack(L"BIG"));
   EXPECT_THAT(this->Names(), ElementsAre("A"));
@@ -244,7 +289,10 @@ TYPED_TEST(Unpacking, NeverGoesThroughLinksBelowTheTarget) {
 TYPED_TEST(Unpacking, NeverOverwritesTheArchiveItself) {
   this->Make({{"x", Pattern(300'000)}});
   const std::string archive = ReadFile(this->folder.Path("x"));
+  this->Listen();
   EXPECT_FALSE(this->unpacker.UnpackArchive(this->folder.LibraryPath()));
+  ASSERT_EQ(this->told.size(), 1U);
+  EXPECT_TRUE(this->IsOfArchive(this->told[0]));
   EXPECT_TRUE(ReadFile(this->folder.Path("x")) == archive);
 }
 

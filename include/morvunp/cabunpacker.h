@@ -165,6 +165,7 @@ class MORVUNP_API CCabUnpacker {
   bool SelectItem(const std::wstring& path);
   std::optional<morvunp::OutputPlace> PlaceOf(const morvunp::cab::CCabItemInfo& item) const;
   bool ProcessItem(const char* fileName);
+  void NoteSet();
   bool RunPass();
   bool RunOverItems(DWORD mode, const std::wstring& target);
   morvunp::RunReport EndOfPass(bool isCopied) const;
@@ -173,7 +174,6 @@ class MORVUNP_API CCabUnpacker {
   INT_PTR OnCopyFile(const FDINOTIFICATION& notification);
   INT_PTR OnCloseFile(const FDINOTIFICATION& notification);
   INT_PTR OnEnumerate();
-  INT_PTR OnCabinetInfo(const FDINOTIFICATION& notification);
   INT_PTR OnPartialFile(const FDINOTIFICATION& notification);
   INT_PTR OnNextCabinet(const FDINOTIFICATION& notification);
   UINT OnWrite(const void* bytes, UINT count);

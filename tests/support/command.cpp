@@ -3,15 +3,21 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <linux/capability.h>
+#include <linux/filter.h>
+#include <linux/openat2.h>
+#include <linux/seccomp.h>
 #include <poll.h>
 #include <pty.h>
 #include <signal.h>
 #include <sys/prctl.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
+#include <cstddef>
 #include <cstdlib>
 #include <utility>
 
@@ -39,9 +45,32 @@ int ExitCodeOf(pid_t process) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
 }
 
+void CannotReadBack() {
+  umask(0400);
+  // With these, root reads everything. Others lack them and cannot drop them.
+  prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE);
+  prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH);
+}
+
+/// As the filters of older containers, which do not know the call.
+void RefuseOpenat2() {
+  std::array<sock_filter, 4> filter{{
+      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_openat2, 0, 1),
+      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EPERM),
+      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+  }};
+  const sock_fprog program{filter.size(), filter.data()};
+  prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
+  prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program);
+  open_how how{};
+  const long opened = syscall(SYS_openat2, AT_FDCWD, "/", &how, sizeof how);
+  if (opened >= 0 || errno != EPERM) _exit(kNoSuchProcess);
+}
+
 }  // namespace
 
-Result RunCommand(const Arguments& arguments, const std::string& input, User user) {
+Result RunCommand(const Arguments& arguments, const std::string& input, Process kind) {
   const TempFolder folder;
   WriteFile(folder.Path("in"), input);
   const pid_t process = fork();
@@ -52,12 +81,8 @@ Result RunCommand(const Arguments& arguments, const std::string& input, User use
     redirect(folder.Path("in"), STDIN_FILENO);
     redirect(folder.Path("out"), STDOUT_FILENO);
     redirect(folder.Path("err"), STDERR_FILENO);
-    if (user == User::kCannotReadBack) {
-      umask(0400);
-      // With these, root reads everything. Others lack them and cannot drop them.
-      prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE);
-      prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH);
-    }
+    if (kind == Process::kCannotReadBack) CannotReadBack();
+    if (kind == Process::kWithoutOpenat2) RefuseOpenat2();
     Execute(arguments);
   }
   const int exitCode = ExitCodeOf(process);

@@ -14,12 +14,20 @@ struct Result {
   std::string errors;
 };
 
-/// kCannotReadBack: an ordinary user to whose files the umask gives no read bit.
-enum class User { kThisOne, kCannotReadBack };
+enum class Process {
+  kUsual,
+  /// An ordinary user's, to whose files the umask gives no read bit.
+  kCannotReadBack,
+  /// In a container that refuses to open paths below a folder with one call.
+  kWithoutOpenat2
+};
+
+/// The exit code where such a process cannot be had.
+inline constexpr int kNoSuchProcess = 126;
 
 /// Runs the command without a terminal; `input` is its standard input.
 Result RunCommand(const Arguments& arguments, const std::string& input = {},
-                  User user = User::kThisOne);
+                  Process kind = Process::kUsual);
 
 /// The command on a terminal of its own.
 class OnTerminal {

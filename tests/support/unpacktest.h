@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <time.h>
 
+#include <cerrno>
 #include <deque>
 #include <map>
 #include <string>
@@ -83,6 +84,42 @@ class UnpackTest : public testing::Test {
     return status;
   }
 
+  struct Told {
+    ULONGLONG position = 0;
+    std::wstring path;
+    morvunp::ItemResult result{};
+    morvunp::ItemReason reason{};
+    int systemError = 0;
+  };
+  /// From here on, what is told of items and of the ends of runs is kept.
+  void Listen() {
+    told.clear();
+    ends.clear();
+    unpacker.SetItemReport(
+        [this](const morvunp::ItemReport& report) {
+          told.push_back({report.position, std::wstring(report.path), report.result, report.reason,
+                          report.systemError});
+        },
+        [this](const morvunp::RunReport& report) {
+          ends.emplace_back(report.reason, std::wstring(report.detail));
+        });
+  }
+  /// What is told of an item that would take the place of the archive.
+  static bool IsOfArchive(const Told& report) {
+    return report.result == morvunp::ItemResult::kFailed &&
+           report.reason == morvunp::ItemReason::kInTheWay && report.systemError == ETXTBSY;
+  }
+
+  /// The items by their positions, by a walk.
+  std::map<ULONGLONG, std::wstring> Positions() {
+    std::map<ULONGLONG, std::wstring> positions;
+    morvunp::WalkItems<Record>(unpacker, [&](const Record& record) {
+      positions.insert({unpacker.GetPosition(), record.strPath});
+      return true;
+    });
+    return positions;
+  }
+
   /// All items, by a walk.
   std::vector<Record> Records() {
     std::vector<Record> records;
@@ -116,6 +153,8 @@ class UnpackTest : public testing::Test {
   TempFolder folder;
   FakeHost host;
   U unpacker;
+  std::vector<Told> told;
+  std::vector<std::pair<morvunp::ItemReason, std::wstring>> ends;
 
  private:
   bool isInFile = false;

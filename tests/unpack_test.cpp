@@ -210,7 +210,7 @@ TYPED_TEST(Unpacking, LeavesNothingOfAnInterruptedFileAndEndsTheRun) {
   EXPECT_EQ(this->told[0].result, ItemResult::kWritten);
   EXPECT_EQ(this->told[1].result, ItemResult::kFailed);
   EXPECT_EQ(this->told[2].result, ItemResult::kNotReached);
-  for (const std::size_t i : {1, 2}) EXPECT_EQ(this->told[i].reason, ItemReason::kInterrupted);
+  for (const std::size_t i : {1U, 2U}) EXPECT_EQ(this->told[i].reason, ItemReason::kInterrupted);
   EXPECT_THAT(this->ends, ElementsAre(Pair(ItemReason::kInterrupted, L"")));
   this->StopIn(L"BIG", {IDYES});
   EXPECT_FALSE(this->Unpack(L"BIG"));

@@ -44,8 +44,8 @@ void CCabUnpacker::SetItemReport(morvunp::ItemReportFunction item, morvunp::RunR
   m_state.m_reportRun = std::move(run);
 }
 
-bool CCabUnpacker::SetCodePage(const std::string& name) {
-  return frame::SetCodePage(m_state, name);
+bool CCabUnpacker::SetOptions(const morvunp::UnpackOptions& options) {
+  return frame::SetOptions(m_state, options);
 }
 
 // Opening and closing.

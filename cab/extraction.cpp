@@ -14,6 +14,7 @@
 #include "morvunp/dostime.h"
 #include "morvunp/outputplace.h"
 #include "output/pathgate.h"
+#include "output/walk.h"
 
 namespace cab = morvunp::cab;
 namespace frame = morvunp::frame;
@@ -36,6 +37,8 @@ __time64_t TimeOf(DWORD dosDateTime) {
                                             static_cast<WORD>(dosDateTime));
 }
 
+bool IsWanted(const morvunp::Route& route) { return !route.IsPassOver() && !route.IsEnd(); }
+
 /// The path without the backslash at the end of a folder's.
 std::wstring PathOf(const cab::CCabItemInfo& item) {
   std::wstring path = item.m_strPath;
@@ -55,7 +58,14 @@ output::Root CCabUnpacker::RootAt(const std::wstring& target) {
   return {m_state, target, [this](const std::wstring& folder) { UpdateFileTree(folder); }};
 }
 
-/// The item that a run has found by its path, as what is reported of it.
+/// The item that a run has come to, at m_nPosition.
+void CCabUnpacker::BeginItem(const cab::CCabItemInfo& item) {
+  cab::Extraction& run = *m_pExtraction;
+  run.m_nTotal = item.m_nSize;
+  run.m_nItemDateTime = item.DosDateTime();
+  BeginItem(item.m_strPath);
+}
+
 void CCabUnpacker::BeginItem(const std::wstring& path) {
   const cab::Extraction& run = *m_pExtraction;
   m_pExtraction->m_pRoot->Begin({run.m_nPosition, path,
@@ -121,6 +131,13 @@ bool CCabUnpacker::UnpackArchive(const std::wstring& target) {
   return RunOverItems(cab::kArchive, target);
 }
 
+bool CCabUnpacker::UnpackItems(const std::wstring& target, const morvunp::ItemRouter& router) {
+  // Items are told by their places in the list.
+  if (m_pCabinet->Items().size() == 0) FindFile();
+  m_pExtraction->m_pRouter = &router;
+  return RunOverItems(cab::kRouted, target);
+}
+
 bool CCabUnpacker::RunOverItems(DWORD mode, const std::wstring& target) {
   cab::Extraction& run = *m_pExtraction;
   run.m_nMode = mode;
@@ -131,8 +148,8 @@ bool CCabUnpacker::RunOverItems(DWORD mode, const std::wstring& target) {
   const frame::Lent lent(m_pExtraction->m_pRoot, root);
   NoteSet();
   const bool isCopied = RunPass();
-  TellRest(isCopied);
-  return isCopied;
+  const bool isAtEnd = TellRest(isCopied);
+  return mode == cab::kRouted ? isAtEnd : isCopied;
 }
 
 /// No cabinet that a pass may come to is to be replaced by what comes out of
@@ -169,19 +186,21 @@ morvunp::RunReport CCabUnpacker::EndOfPass(bool isCopied) const {
 }
 
 /// The items that a pass which ended early has not come to.
-void CCabUnpacker::TellRest(bool isCopied) {
+bool CCabUnpacker::TellRest(bool isCopied) {
   const frame::CodePageScope codePage(m_state);
   cab::Extraction& run = *m_pExtraction;
   const morvunp::RunReport end = EndOfPass(isCopied);
   const cab::ItemList& items = m_pCabinet->Items();
-  for (std::size_t i = run.m_nNext; m_state.m_reportItem && i < items.size(); ++i) {
+  const bool isWatched = m_state.m_reportItem && !run.m_pRoot->Report().HasEnough();
+  for (std::size_t i = run.m_nNext; isWatched && i < items.size(); ++i) {
     const cab::CCabItemInfo item = items[i];
-    if (!PlaceOf(item)) continue;
+    const morvunp::Route route = RouteOf(i, item);
+    if (route.IsEnd()) break;
+    if (route.IsPassOver()) continue;
     run.m_pRoot->Report().TellNotReached(
-        {i, item.m_strPath, static_cast<DWORD>(item.m_nSize), TimeOf(item.DosDateTime())},
-        end.reason);
+        {i, item.m_strPath, item.Size(), TimeOf(item.DosDateTime())}, end.reason);
   }
-  run.m_pRoot->Report().TellEnd(end.reason, end.systemError, end.detail);
+  return run.m_pRoot->Report().TellEnd(end);
 }
 
 /// The start of each file that is written.
@@ -235,11 +254,9 @@ INT_PTR CCabUnpacker::OnPartialFile(const FDINOTIFICATION& notification) {
   if (run.m_nPosition >= items.size()) return kGoOn;
   const cab::CCabItemInfo item = items[static_cast<std::size_t>(run.m_nPosition)];
   const bool isWanted = run.m_nMode == cab::kFile ? frame::SamePath(item.m_strPath, run.m_strWanted)
-                                                  : PlaceOf(item).has_value();
-  if (!isWanted) return kGoOn;
-  run.m_nTotal = item.m_nSize;
-  run.m_nItemDateTime = item.DosDateTime();
-  BeginItem(item.m_strPath);
+                                                  : IsWanted(RouteOf(run.m_nPosition, item));
+  if (!isWanted) return Declined();
+  BeginItem(item);
   const bool isNamed = notification.psz2 != nullptr;
   run.m_pRoot->Report().Tell(morvunp::ItemResult::kFailed, morvunp::ItemReason::kBeginsEarlier,
                              isNamed ? frame::DecodeAnsi(notification.psz2) : std::wstring());
@@ -264,12 +281,22 @@ INT_PTR CCabUnpacker::OnCopyFile(const FDINOTIFICATION& notification) {
       run.m_nPosition = position;
       isWanted = ProcessUnpackArchive(run.m_strTarget, notification.psz1);
       break;
+    case cab::kRouted:
+      run.m_nPosition = position;
+      isWanted = ProcessRouted(cab::ItemOf(notification));
+      break;
     default:
       break;
   }
-  if (!isWanted) return m_state.m_bCancel != 0 ? kAbort : kSkip;
+  if (!isWanted) return Declined();
   run.m_bFileOpened = true;
   return run.m_pRoot->Out().IsOpen() ? cab::kOutputFile : kAbort;
+}
+
+/// The answer about a file that is not to be written.
+INT_PTR CCabUnpacker::Declined() const {
+  const bool isOver = m_state.m_bCancel != 0 || m_pExtraction->m_pRoot->Report().End();
+  return isOver ? kAbort : kSkip;
 }
 
 INT_PTR CCabUnpacker::OnCloseFile(const FDINOTIFICATION& notification) {
@@ -280,16 +307,18 @@ INT_PTR CCabUnpacker::OnCloseFile(const FDINOTIFICATION& notification) {
   // A file that was just written has this attribute and no other.
   const DWORD attributes = notification.attribs & kRecorded;
   if (attributes != FILE_ATTRIBUTE_ARCHIVE) facts.attributes = attributes;
-  if (!m_pExtraction->m_pRoot->Out().Finish(facts)) return kAbort;
-  UpdateFileTree(m_state.m_strLastTarget);
-  return TRUE;
+  output::Root& root = *m_pExtraction->m_pRoot;
+  const bool isOnDisk = !root.Out().HasSink();
+  if (!root.Out().Finish(facts)) return kAbort;
+  if (isOnDisk) UpdateFileTree(m_state.m_strLastTarget);
+  return root.Report().End() ? kAbort : TRUE;
 }
 
 /// The first enumeration begins the pass. A later one fails it when no file was
 /// written.
 INT_PTR CCabUnpacker::OnEnumerate() {
   cab::Extraction& run = *m_pExtraction;
-  if (!std::exchange(run.m_bEnumStarted, true)) return kGoOn;
+  if (!std::exchange(run.m_bEnumStarted, true) || run.m_nMode == cab::kRouted) return kGoOn;
   return run.m_bFileOpened ? kGoOn : kAbort;
 }
 
@@ -302,20 +331,40 @@ bool CCabUnpacker::SelectItem(const std::wstring& path) {
   const cab::CCabItemInfo& item = *items.Current();
   cab::Extraction& run = *m_pExtraction;
   run.m_strWanted = item.m_strPath;
-  run.m_nTotal = item.m_nSize;
-  run.m_nItemDateTime = item.DosDateTime();
   return true;
 }
 
-/// Where an item goes in the run in hand; none when it does not belong to it.
-std::optional<morvunp::OutputPlace> CCabUnpacker::PlaceOf(const cab::CCabItemInfo& item) const {
+/// Where an item goes in the run in hand.
+morvunp::Route CCabUnpacker::RouteOf(ULONGLONG position, const cab::CCabItemInfo& item) const {
   const cab::Extraction& run = *m_pExtraction;
   const std::wstring path = PathOf(item);
-  return run.m_nMode == cab::kFolder
-             ? morvunp::PlaceInFolderRun(m_state.m_iniUnpack, run.m_strFolder, path,
-                                         item.IsFolder(), run.m_strTarget)
-             : morvunp::PlaceInArchiveRun(m_state.m_iniUnpack, path, item.IsFolder(),
-                                          run.m_strTarget);
+  if (run.m_nMode == cab::kRouted) {
+    const morvunp::Route route = (*run.m_pRouter)({position, path, item.Size(), item.IsFolder()});
+    if (route.IsEnd()) run.m_pRoot->Report().SetEnd({});
+    return route;
+  }
+  return output::RouteTo(run.m_nMode == cab::kFolder
+                             ? morvunp::PlaceInFolderRun(m_state.m_iniUnpack, run.m_strFolder, path,
+                                                         item.IsFolder(), run.m_strTarget)
+                             : morvunp::PlaceInArchiveRun(m_state.m_iniUnpack, path,
+                                                          item.IsFolder(), run.m_strTarget));
+}
+
+bool CCabUnpacker::ProcessRouted(const cab::CCabItemInfo& item) {
+  cab::Extraction& run = *m_pExtraction;
+  const morvunp::Route route = RouteOf(run.m_nPosition, item);
+  if (!IsWanted(route)) return false;
+  BeginItem(item);
+  output::Root& root = *run.m_pRoot;
+  const std::wstring path = PathOf(item);
+  if (route.Sink() != nullptr) {
+    root.BeginSink(*route.Sink(), {run.m_nPosition, path, item.Size(), item.IsFolder()});
+    if (!item.IsFolder()) BeginFile(path);
+    return !item.IsFolder();
+  }
+  if (!IsSafe(path)) return RefuseName();
+  const auto place = root.Admit(route.Place(), item.IsFolder());
+  return place && ProcessPlace(*place);
 }
 
 bool CCabUnpacker::ProcessUnpackFolder(const std::wstring&, const std::wstring&,
@@ -330,17 +379,17 @@ bool CCabUnpacker::ProcessUnpackArchive(const std::wstring&, const char* fileNam
 bool CCabUnpacker::ProcessItem(const char* fileName) {
   if (!SelectItem(frame::DecodeAnsi(fileName))) return false;
   const cab::CCabItemInfo& item = *m_pCabinet->Items().Current();
-  const std::optional<morvunp::OutputPlace> place = PlaceOf(item);
-  if (!place) return false;
-  output::Root& root = *m_pExtraction->m_pRoot;
-  BeginItem(item.m_strPath);
-  if (!IsSafe(PathOf(item))) return RefuseName();
+  const morvunp::Route route = RouteOf(m_pExtraction->m_nPosition, item);
+  if (route.IsPassOver()) return false;
+  BeginItem(item);
+  return IsSafe(PathOf(item)) ? ProcessPlace(route.Place()) : RefuseName();
+}
+
+bool CCabUnpacker::ProcessPlace(const morvunp::OutputPlace& place) {
+  if (!place.name.empty()) return ProcessUnpackCurrentFile(place.name, place.folder);
   // A folder that is recorded as such has nothing to write.
-  if (place->name.empty()) {
-    root.MakeFolder(place->folder);
-    return false;
-  }
-  return ProcessUnpackCurrentFile(place->name, place->folder);
+  m_pExtraction->m_pRoot->MakeFolder(place.folder);
+  return false;
 }
 
 bool CCabUnpacker::ProcessUnpackCurrentFile(const std::wstring& name, const std::wstring& folder) {

@@ -8,7 +8,7 @@
 namespace morvunp::cab {
 
 /// What a pass is to unpack.
-enum Mode : DWORD { kNothing = 0, kFile = 1, kFolder = 2, kArchive = 3 };
+enum Mode : DWORD { kNothing = 0, kFile = 1, kFolder = 2, kArchive = 3, kRouted = 4 };
 
 /// Stands for the file that is written, which only the run itself closes. No
 /// descriptor has this value.
@@ -22,6 +22,7 @@ class Extraction {
   /// Arguments of the run.
   std::wstring m_strTarget;
   std::wstring m_strFolder;
+  const morvunp::ItemRouter* m_pRouter = nullptr;
   /// An output file was opened in this pass.
   bool m_bFileOpened = false;
   /// The first enumeration of this pass was seen.

@@ -6,6 +6,16 @@
 
 namespace morvunp::cab {
 
+CCabItemInfo ItemOf(const FDINOTIFICATION& notification) {
+  CCabItemInfo item;
+  item.m_strPath = frame::DecodeAnsi(notification.psz1);
+  item.m_nSize = notification.cb;
+  item.m_nDate = notification.date;
+  item.m_nTime = notification.time;
+  item.m_nAttribs = notification.attribs;
+  return item;
+}
+
 void ItemList::RemoveAllItems() {
   m_nPosition = kNoWalk;
   m_bHasCurrent = false;

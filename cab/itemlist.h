@@ -23,8 +23,13 @@ class CCabItemInfo : public CObject {
 
   /// Recorded with a backslash at its end.
   bool IsFolder() const { return m_strPath.ends_with(L'\\'); }
+  /// Bytes, also beyond 2 GiB.
+  DWORD Size() const { return static_cast<DWORD>(m_nSize); }
   DWORD DosDateTime() const { return DWORD{m_nDate} << 16 | m_nTime; }
 };
+
+/// The item that a notification is about.
+CCabItemInfo ItemOf(const FDINOTIFICATION& notification);
 
 /// Items in the order of the table, with one cursor. Every look-up scans the
 /// cabinet anew, so the list is made to be filled fast: it keeps what the table

@@ -27,9 +27,10 @@ std::wstring DecodeAnsi(std::string_view bytes) {
   return text;
 }
 
-bool SetCodePage(CUnpackState& state, const std::string& name) {
-  if (!name.empty() && !platform::IsUsableCodePage(name)) return false;
-  state.m_strCodePage = name;
+bool SetOptions(CUnpackState& state, const UnpackOptions& options) {
+  const std::string& codePage = options.codePage;
+  if (!codePage.empty() && !platform::IsUsableCodePage(codePage)) return false;
+  state.m_options = options;
   return true;
 }
 

@@ -14,16 +14,16 @@ namespace morvunp::frame {
 void DecodeAnsi(std::string_view bytes, std::wstring& text);
 std::wstring DecodeAnsi(std::string_view bytes);
 
-/// Gives the object a code page; an empty name takes it away. False, and what
-/// was stays, when it is none that can be used.
-bool SetCodePage(CUnpackState& state, const std::string& name);
+/// Gives the object its options. False, and what was stays, when the code page
+/// is none that can be used.
+bool SetOptions(CUnpackState& state, const UnpackOptions& options);
 
 /// The code page of the object at work until the scope ends, for the operations
 /// in which narrow text is converted. One without a code page of its own has the
 /// thread's, also when it is called from the messages of one that has.
 class CodePageScope : platform::AnsiCodePageScope {
  public:
-  explicit CodePageScope(const CUnpackState& state) : AnsiCodePageScope(state.m_strCodePage) {}
+  explicit CodePageScope(const CUnpackState& state) : AnsiCodePageScope(state.m_options.codePage) {}
 };
 
 }  // namespace morvunp::frame

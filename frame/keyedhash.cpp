@@ -81,4 +81,10 @@ ULONGLONG TextHash::Result() {
   return m_v0 ^ m_v1 ^ m_v2 ^ m_v3;
 }
 
+ULONGLONG HashOfText(std::wstring_view text) {
+  TextHash hash;
+  for (const wchar_t c : text) hash.Add(c);
+  return hash.Result();
+}
+
 }  // namespace morvunp::frame

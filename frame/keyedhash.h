@@ -3,7 +3,7 @@
 #pragma once
 
 #include <cstddef>
-#include <string>
+#include <string_view>
 
 #include "morvunp/platform/platform.h"
 
@@ -34,5 +34,7 @@ class TextHash {
   ULONGLONG m_nPending = 0;
   ULONGLONG m_nCount = 0;
 };
+
+ULONGLONG HashOfText(std::wstring_view text);
 
 }  // namespace morvunp::frame

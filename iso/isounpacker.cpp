@@ -41,8 +41,8 @@ void CIsoUnpacker::SetItemReport(morvunp::ItemReportFunction item, morvunp::RunR
   m_state.m_reportRun = std::move(run);
 }
 
-bool CIsoUnpacker::SetCodePage(const std::string& name) {
-  return frame::SetCodePage(m_state, name);
+bool CIsoUnpacker::SetOptions(const morvunp::UnpackOptions& options) {
+  return frame::SetOptions(m_state, options);
 }
 
 // Opening and closing.
@@ -175,13 +175,18 @@ bool CIsoUnpacker::WriteItem(output::Root& root, const morvunp::OutputPlace& pla
   }
   if (place.name.empty()) return root.MakeFolder(place.folder);
   if (!root.Enter(place) || item.m_bFolder != 0 || !m_pImage->IsOpen()) return false;
-  if (root.Create() != output::Root::Answer::kWrite) return false;
+  if (root.Create() != output::Root::Answer::kWrite || !WriteData(root)) return false;
+  UpdateFileTree(m_state.m_strLastTarget);
+  return true;
+}
+
+bool CIsoUnpacker::WriteData(output::Root& root) {
+  if (!m_pImage->IsOpen()) return false;
+  const iso::CIsoItemInfo& item = *m_pImage->Items().Current();
   m_state.m_bStopRequest = 0;
   m_state.m_bCancel = 0;
   frame::SendProgress(m_state, 0, std::wstring(item.m_strName));
-  if (!m_pImage->WriteItem(item, root, m_state)) return false;
-  UpdateFileTree(m_state.m_strLastTarget);
-  return true;
+  return m_pImage->WriteItem(item, root, m_state);
 }
 
 output::Root CIsoUnpacker::RootAt(const std::wstring& target) {
@@ -211,29 +216,53 @@ bool CIsoUnpacker::UnpackFile(const std::wstring& path, const std::wstring& targ
 }
 
 template <class PlaceOf>
-bool CIsoUnpacker::UnpackItems(const std::wstring& target, PlaceOf placeOf) {
+bool CIsoUnpacker::RunOverItems(const std::wstring& target, PlaceOf placeOf) {
   const iso::CopyBuffer::Lease lease(m_pImage->Buffer());
   output::Root root = RootAt(target);
   const bool result = output::UnpackByWalking(
-      *this, m_state, root, placeOf,
+      *this, m_state, root,
+      [&](const ISOFILESHORTINFO& info) { return output::RouteTo(placeOf(info)); },
       [this](const ISOFILESHORTINFO& info) { return CurrentItem(info.strPath); },
-      [this](output::Root& to, const morvunp::OutputPlace& place) { return WriteItem(to, place); });
-  morvunp::ItemReason end = morvunp::ItemReason::kNone;
-  if (!IsListComplete()) end = morvunp::ItemReason::kDamaged;
-  if (m_state.m_bCancel != 0) end = morvunp::ItemReason::kInterrupted;
-  root.Report().TellEnd(end);
+      [this](output::Root& to, const morvunp::Route& route) {
+        return WriteItem(to, route.Place());
+      });
+  TellEnd(root);
   return result;
 }
 
+/// True when the run came to the end that was wanted.
+bool CIsoUnpacker::TellEnd(output::Root& root) const {
+  morvunp::RunReport end;
+  if (!IsListComplete()) end = {morvunp::ItemReason::kDamaged};
+  if (m_state.m_bCancel != 0) end = {morvunp::ItemReason::kInterrupted};
+  return root.Report().TellEnd(end);
+}
+
+bool CIsoUnpacker::UnpackItems(const std::wstring& target, const morvunp::ItemRouter& router) {
+  const iso::CopyBuffer::Lease lease(m_pImage->Buffer());
+  output::Root root = RootAt(target);
+  const auto routedOf = [this](const ISOFILESHORTINFO& info) -> morvunp::RoutedItem {
+    const bool isFolder = info.bFolder != 0;
+    return {GetPosition(), info.strPath, isFolder ? 0 : m_pImage->Items().Current()->m_nSize,
+            isFolder};
+  };
+  output::UnpackByRouter(
+      *this, m_state, root, router, routedOf,
+      [this](const ISOFILESHORTINFO& info) { return CurrentItem(info.strPath); },
+      [this](output::Root& to, const morvunp::OutputPlace& place) { return WriteItem(to, place); },
+      [this](output::Root& to) { return WriteData(to); });
+  return TellEnd(root);
+}
+
 bool CIsoUnpacker::UnpackFolder(const std::wstring& path, const std::wstring& target) {
-  return UnpackItems(target, [&](const ISOFILESHORTINFO& info) {
+  return RunOverItems(target, [&](const ISOFILESHORTINFO& info) {
     return morvunp::PlaceInFolderRun(m_state.m_iniUnpack, path, info.strPath, info.bFolder != 0,
                                      target);
   });
 }
 
 bool CIsoUnpacker::UnpackArchive(const std::wstring& target) {
-  return UnpackItems(target, [&](const ISOFILESHORTINFO& info) {
+  return RunOverItems(target, [&](const ISOFILESHORTINFO& info) {
     return morvunp::PlaceInArchiveRun(m_state.m_iniUnpack, info.strPath, info.bFolder != 0, target);
   });
 }

@@ -1,5 +1,7 @@
 #include "output/file.h"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <new>
 #include <random>
@@ -78,7 +80,26 @@ bool File::CreateBeside(const platform::FoundFile& existing, std::optional<DWORD
   return m_bPending;
 }
 
+bool File::Hand(const void* bytes, DWORD length) {
+  m_reporter.AddBytes(length);
+  if (m_pSink->Write(bytes, length)) return true;
+  m_pSink = nullptr;
+  m_reporter.SetEnd({});
+  return m_reporter.Tell(morvunp::ItemResult::kNotReached, morvunp::ItemReason::kInterrupted);
+}
+
+bool File::HandZeros(ULONGLONG length) {
+  static constexpr std::array<BYTE, 65536> kZeros{};
+  while (length > 0) {
+    const auto part = static_cast<DWORD>(std::min<ULONGLONG>(length, kZeros.size()));
+    if (!Hand(kZeros.data(), part)) return false;
+    length -= part;
+  }
+  return true;
+}
+
 bool File::Write(const void* bytes, DWORD length) {
+  if (HasSink()) return Hand(bytes, length);
   DWORD written = 0;
   const BOOL done = WriteFile(m_file.Get(), bytes, length, &written, nullptr);
   m_reporter.AddBytes(written);
@@ -87,6 +108,7 @@ bool File::Write(const void* bytes, DWORD length) {
 }
 
 bool File::Skip(ULONGLONG length) {
+  if (HasSink()) return HandZeros(length);
   if (frame::MoveFilePointer(m_file.Get(), static_cast<LONGLONG>(length), FILE_CURRENT) !=
       ERROR_SUCCESS) {
     return m_reporter.TellRefusal();
@@ -95,9 +117,16 @@ bool File::Skip(ULONGLONG length) {
   return true;
 }
 
-bool File::EndHere() { return SetEndOfFile(m_file.Get()) != FALSE || m_reporter.TellRefusal(); }
+bool File::EndHere() {
+  return HasSink() || SetEndOfFile(m_file.Get()) != FALSE || m_reporter.TellRefusal();
+}
 
 bool File::Finish(const FileFacts& facts, morvunp::ItemReason defect) {
+  if (std::exchange(m_pSink, nullptr) != nullptr) {
+    const bool isIntact = defect == morvunp::ItemReason::kNone;
+    m_reporter.Tell(isIntact ? morvunp::ItemResult::kIntact : morvunp::ItemResult::kFailed, defect);
+    return true;
+  }
   if (facts.lastWrite) {
     SetFileTime(m_file.Get(), &*facts.lastWrite, nullptr, &*facts.lastWrite);
   }
@@ -135,12 +164,14 @@ bool File::TakeName() {
 }
 
 void File::KeepBroken() {
+  m_pSink = nullptr;
   if (!m_aside.empty()) return Remove();
   m_bPending = false;
   m_file.Close();
 }
 
 void File::Remove() {
+  m_pSink = nullptr;
   if (!std::exchange(m_bPending, false)) return;
   const std::wstring& name = m_aside.empty() ? m_name : m_aside;
   const platform::FileIdentity ours =

@@ -48,10 +48,15 @@ class File {
   bool Replace(const std::wstring& name, const platform::FoundFile& existing, Placing placing,
                std::optional<DWORD> mode);
 
-  bool IsOpen() const { return m_file.IsOpen(); }
+  /// The data of the item in hand goes to a sink and not to the disk.
+  void Attach(morvunp::ItemSink& sink) { m_pSink = &sink; }
+  bool HasSink() const { return m_pSink != nullptr; }
+
+  bool IsOpen() const { return HasSink() || m_file.IsOpen(); }
   HANDLE Get() const { return m_file.Get(); }
 
-  /// False when not all of it could be written, which is told.
+  /// False when not all of it could be written, or no more is wanted, which is
+  /// told.
   bool Write(const void* bytes, DWORD length);
   /// Leaves a hole of zeros, which costs nothing whatever its length.
   bool Skip(ULONGLONG length);
@@ -59,7 +64,7 @@ class File {
   bool EndHere();
 
   /// The file is complete: dates it, gives it its attributes and its name, and
-  /// tells that it was written, or, where the format takes it for complete in
+  /// tells that it was written, or is intact, or, where the format takes it for complete in
   /// spite of it, what is wrong with it. False when one of these fails, which
   /// is told.
   bool Finish(const FileFacts& facts, morvunp::ItemReason defect = morvunp::ItemReason::kNone);
@@ -73,10 +78,13 @@ class File {
   bool CreateBeside(const platform::FoundFile& existing, std::optional<DWORD> mode);
   bool Rewrite(const platform::FoundFile& existing);
   bool TakeName();
+  bool Hand(const void* bytes, DWORD length);
+  bool HandZeros(ULONGLONG length);
 
   Reporter& m_reporter;
   Folders& m_folders;
   frame::OpenFile m_file;
+  morvunp::ItemSink* m_pSink = nullptr;
   /// A file was made and is neither finished nor given up.
   bool m_bPending = false;
   Placing m_placing = Placing::kFresh;

@@ -10,12 +10,6 @@ using morvunp::ItemReason;
 using morvunp::ItemReport;
 using morvunp::ItemResult;
 
-ULONGLONG HashOf(std::wstring_view text) {
-  frame::TextHash hash;
-  for (const wchar_t c : text) hash.Add(c);
-  return hash.Result();
-}
-
 }  // namespace
 
 ItemReason ReasonOfError(int systemError) {
@@ -34,23 +28,34 @@ ItemReason ReasonOfError(int systemError) {
   }
 }
 
+bool IsFull(int systemError) { return systemError == ENOSPC || systemError == EDQUOT; }
+
 void Reporter::Begin(Item item) {
   m_item = std::move(item);
   m_outputPath.clear();
   m_nBytes = 0;
   m_bTold = false;
+  m_pSink = nullptr;
 }
 
 void Reporter::Send(const ItemReport& report) const {
   if (m_state.m_reportItem) m_state.m_reportItem(report);
 }
 
+void Reporter::SendToSink(const ItemReport& report) {
+  morvunp::ItemSink* const sink = std::exchange(m_pSink, nullptr);
+  if (sink != nullptr && !sink->End(report)) SetEnd({});
+}
+
 void Reporter::TellNow(ItemResult result, ItemReason reason, int systemError,
                        std::wstring_view detail) {
   if (std::exchange(m_bTold, true)) return;
   if (result == ItemResult::kFailed) m_lastFailure = {reason, systemError, {}};
-  Send({m_item.position, m_item.path, m_outputPath, m_item.size, m_nBytes, result, reason,
-        systemError, detail});
+  if (m_state.m_options.goOn && IsFull(systemError)) SetEnd(m_lastFailure);
+  const ItemReport report{m_item.position, m_item.path, m_outputPath, m_item.size, m_nBytes,
+                          result,          reason,      systemError,  detail};
+  Send(report);
+  SendToSink(report);
 }
 
 bool Reporter::Tell(ItemResult result, ItemReason reason, std::wstring_view detail) {
@@ -78,12 +83,13 @@ bool Reporter::TellInTheWay(int what) {
 }
 
 void Reporter::TellWritten(ItemReason defect) {
-  m_written[HashOf(m_outputPath)] = {m_item.position, HashOf(m_item.path), m_item.size};
+  m_written[frame::HashOfText(m_outputPath)] = {m_item.position, frame::HashOfText(m_item.path),
+                                                m_item.size};
   Tell(defect == ItemReason::kNone ? ItemResult::kWritten : ItemResult::kFailed, defect);
 }
 
 void Reporter::TellReplaced() {
-  const auto found = m_written.find(HashOf(m_outputPath));
+  const auto found = m_written.find(frame::HashOfText(m_outputPath));
   if (found == m_written.end()) return;
   const Written earlier = found->second;
   m_written.erase(found);
@@ -94,8 +100,8 @@ void Reporter::TellReplaced() {
 }
 
 bool Reporter::HasWritten(const std::wstring& outputPath, const std::wstring& path) const {
-  const auto found = m_written.find(HashOf(outputPath));
-  return found != m_written.end() && found->second.path == HashOf(path);
+  const auto found = m_written.find(frame::HashOfText(outputPath));
+  return found != m_written.end() && found->second.path == frame::HashOfText(path);
 }
 
 void Reporter::TellNotReached(Item item, ItemReason reason) {
@@ -103,8 +109,10 @@ void Reporter::TellNotReached(Item item, ItemReason reason) {
   Tell(ItemResult::kNotReached, reason);
 }
 
-void Reporter::TellEnd(ItemReason reason, int systemError, std::wstring_view detail) {
-  if (m_state.m_reportRun) m_state.m_reportRun({reason, systemError, detail});
+bool Reporter::TellEnd(const morvunp::RunReport& why) {
+  const morvunp::RunReport end = m_end.value_or(why);
+  if (m_state.m_reportRun) m_state.m_reportRun(end);
+  return end.reason == ItemReason::kNone;
 }
 
 }  // namespace morvunp::output

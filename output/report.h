@@ -1,11 +1,13 @@
 // Telling what became of each item, and how the run ended.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 
 #include "frame/keyedhash.h"
+#include "morvunp/itemrouter.h"
 #include "morvunp/unpackstate.h"
 
 namespace morvunp::output {
@@ -24,6 +26,9 @@ struct Item {
 /// Why the system's last refusal means for an item.
 morvunp::ItemReason ReasonOfError(int systemError);
 
+/// There is no room on the disk, for this file and for others.
+bool IsFull(int systemError);
+
 /// The one place from which the reports of a run are told. Whoever decides
 /// about the item in hand says so here; its first failure is the one that
 /// counts, since the others follow from it.
@@ -32,11 +37,20 @@ class Reporter {
   explicit Reporter(const CUnpackState& state) : m_state(state) {}
 
   void Begin(Item item);
+  /// The item in hand goes there, which hears what becomes of it as well.
+  void SetSink(morvunp::ItemSink& sink) { m_pSink = &sink; }
   const Item& Current() const { return m_item; }
   void SetOutputPath(std::wstring path) { m_outputPath = std::move(path); }
   const std::wstring& OutputPath() const { return m_outputPath; }
   void AddBytes(ULONGLONG bytes) { m_nBytes += bytes; }
   ULONGLONG Bytes() const { return m_nBytes; }
+  /// The run is to end here, and why: kNone where nothing more is wanted.
+  void SetEnd(const morvunp::RunReport& why) {
+    if (!m_end) m_end = why;
+  }
+  const std::optional<morvunp::RunReport>& End() const { return m_end; }
+  /// A sink wants nothing more, so that nothing behind was to be reached.
+  bool HasEnough() const { return m_end && m_end->reason == morvunp::ItemReason::kNone; }
   /// Why the last item that failed did.
   const morvunp::RunReport& LastFailure() const { return m_lastFailure; }
 
@@ -59,8 +73,10 @@ class Reporter {
   bool HasWritten(const std::wstring& outputPath, const std::wstring& path) const;
 
   void TellNotReached(Item item, morvunp::ItemReason reason);
-  /// The item in hand was the last that was begun; tells how the run ended.
-  void TellEnd(morvunp::ItemReason reason, int systemError = 0, std::wstring_view detail = {});
+  /// The item in hand was the last that was begun; tells how the run ended:
+  /// what set an end, or else `why`. True when it came to the end that was
+  /// wanted.
+  bool TellEnd(const morvunp::RunReport& why);
 
  private:
   struct Written {
@@ -72,12 +88,15 @@ class Reporter {
   void TellNow(morvunp::ItemResult result, morvunp::ItemReason reason, int systemError,
                std::wstring_view detail);
   void Send(const morvunp::ItemReport& report) const;
+  void SendToSink(const morvunp::ItemReport& report);
 
   const CUnpackState& m_state;
   Item m_item;
   std::wstring m_outputPath;
   ULONGLONG m_nBytes = 0;
   bool m_bTold = false;
+  morvunp::ItemSink* m_pSink = nullptr;
+  std::optional<morvunp::RunReport> m_end;
   morvunp::RunReport m_lastFailure;
   /// What came out, by keyed hashes of output paths: a run may have millions.
   std::unordered_map<ULONGLONG, Written, frame::KeyedHash> m_written;

@@ -6,6 +6,7 @@
 
 #include "frame/itempath.h"
 #include "output/linktarget.h"
+#include "output/pathgate.h"
 #include "output/replace.h"
 #include "platform/below.h"
 
@@ -13,6 +14,29 @@ namespace morvunp::output {
 
 using morvunp::ItemReason;
 using morvunp::ItemResult;
+
+void Root::BeginSink(morvunp::ItemSink& sink, const morvunp::RoutedItem& item) {
+  m_reporter.SetSink(sink);
+  sink.Begin(item);
+  if (item.isFolder) {
+    m_reporter.Tell(ItemResult::kIntact);
+  } else {
+    m_file.Attach(sink);
+  }
+}
+
+std::optional<OutputPlace> Root::Admit(const OutputPlace& place, bool isFolder) {
+  std::wstring path = place.Path();
+  const std::wstring& target = Target();
+  const bool isBelow = path.size() > target.size() && path.starts_with(target) &&
+                       path[target.size()] == frame::kSeparator;
+  const bool isNamed = isFolder || IsSafeName(place.name, false);
+  if (isBelow && isNamed && IsSafePath(path.substr(target.size() + 1), true)) {
+    return isFolder ? OutputPlace{std::move(path), {}} : place;
+  }
+  m_reporter.Tell(ItemResult::kRefused, ItemReason::kUnsafeName);
+  return std::nullopt;
+}
 
 bool Root::MakeFolder(const std::wstring& folder) {
   m_reporter.SetOutputPath(folder);

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "morvunp/itemrouter.h"
 #include "output/file.h"
 #include "output/folders.h"
 #include "output/report.h"
@@ -26,6 +27,13 @@ class Root {
 
   /// An item is in hand from here on.
   void Begin(Item item) { m_reporter.Begin(std::move(item)); }
+  /// The item in hand, which has been begun, goes to a sink. A folder is dealt
+  /// with here; the data of a file is then written and finished as if to the
+  /// disk.
+  void BeginSink(morvunp::ItemSink& sink, const morvunp::RoutedItem& item);
+  /// The place that somebody else than the run chose for the item in hand. None,
+  /// which is told, where it is not below the target or the gate refuses it.
+  std::optional<OutputPlace> Admit(const OutputPlace& place, bool isFolder);
   Reporter& Report() { return m_reporter; }
   const Reporter& Report() const { return m_reporter; }
   File& Out() { return m_file; }

@@ -4,10 +4,12 @@
 #include <cerrno>
 #include <functional>
 #include <optional>
+#include <unordered_map>
 #include <utility>
 
 #include "frame/itempath.h"
 #include "frame/keptexception.h"
+#include "frame/keyedhash.h"
 #include "frame/lent.h"
 #include "frame/progress.h"
 #include "morvunp/dostime.h"
@@ -31,6 +33,21 @@ using morvunp::ItemReason;
 using morvunp::ItemResult;
 
 namespace morvunp::rar {
+
+/// Where a router sent the items so far, by keyed hashes of their paths.
+class Places {
+ public:
+  void Add(const std::wstring& path, const OutputPlace& place) {
+    m_places[frame::HashOfText(path)] = place;
+  }
+  std::optional<OutputPlace> Of(const std::wstring& path) const {
+    const auto found = m_places.find(frame::HashOfText(path));
+    return found != m_places.end() ? std::optional(found->second) : std::nullopt;
+  }
+
+ private:
+  std::unordered_map<ULONGLONG, OutputPlace, frame::KeyedHash> m_places;
+};
 
 /// What the items of one run share.
 struct Run {
@@ -64,8 +81,6 @@ output::FileFacts FactsOf(const rar::Header& header) {
   facts.attributes = FILE_ATTRIBUTE_UNIX_EXTENSION | ModeOf(header) << 16;
   return facts;
 }
-
-bool IsFull(int systemError) { return systemError == ENOSPC || systemError == EDQUOT; }
 
 }  // namespace
 
@@ -117,15 +132,34 @@ bool CRarUnpacker::UnpackAt(const morvunp::OutputPlace& place) {
   const output::Root::Answer answer = root.Decide();
   if (answer == output::Root::Answer::kDeclined && m_state.m_bCancel == 0) PassOver();
   if (answer != output::Root::Answer::kWrite) return false;
-  m_state.m_bStopRequest = 0;
-  frame::SendProgress(m_state, 0, m_strCurrentName);
-  m_nDone = 0;
+  BeginData();
   {
     const rar::Callbacks callbacks(*m_hArchive, CallbackProc, this);
     if (!Write()) return false;
   }
   UpdateFileTree(m_state.m_strLastTarget);
   return true;
+}
+
+void CRarUnpacker::BeginData() {
+  m_state.m_bStopRequest = 0;
+  frame::SendProgress(m_state, 0, m_strCurrentName);
+  m_nDone = 0;
+}
+
+/// The current item, whose data goes to a sink. What links and copies say is in
+/// their headers.
+bool CRarUnpacker::Drain() {
+  output::Root& root = m_pRun->root;
+  const rar::Header& header = m_hArchive->Current();
+  if (header.IsContinuation()) {
+    return root.Report().Tell(ItemResult::kFailed, ItemReason::kBeginsEarlier);
+  }
+  if (header.redirection != rar::Redirection::kNone) return root.Out().Finish({});
+  m_state.m_bCancel = 0;
+  BeginData();
+  const rar::Callbacks callbacks(*m_hArchive, CallbackProc, this);
+  return WriteData();
 }
 
 bool CRarUnpacker::Write() {
@@ -238,60 +272,90 @@ bool CRarUnpacker::LocateSource() {
 
 // Runs.
 
+/// What continues a file was dealt with at its beginning, unless the archive was
+/// opened in its midst.
+bool CRarUnpacker::IsRest() const {
+  return m_hArchive->Current().IsContinuation() && m_nHeader > 1;
+}
+
 template <class PlaceOf>
-bool CRarUnpacker::UnpackItems(const std::wstring& target, PlaceOf placeOf) {
+bool CRarUnpacker::RunOverItems(const std::wstring& target, PlaceOf placeOf) {
   output::Root root = RootAt(target);
   const auto placeOfFile = [&](const std::wstring& path) { return placeOf(path, false); };
   rar::Run run{root, placeOfFile, rar::OldLinks(m_strArchive)};
   const frame::Lent lent(m_pRun, run);
-  const auto place = [&](const RARFILEFULLINFO& info) -> std::optional<morvunp::OutputPlace> {
-    const rar::Header& header = m_hArchive->Current();
-    // What continues a file was dealt with at its beginning, unless the archive
-    // was opened in its midst.
-    if (header.IsContinuation() && m_nHeader > 1) return std::nullopt;
-    return placeOf(info.strPath, header.IsPlainFolder());
+  const auto routeOf = [&](const RARFILEFULLINFO& info) {
+    if (IsRest()) return morvunp::Route::PassOver();
+    return output::RouteTo(placeOf(info.strPath, m_hArchive->Current().IsPlainFolder()));
   };
-  const auto itemOf = [this](const RARFILEFULLINFO& info) { return CurrentItem(info.strPath); };
   const bool result = output::UnpackByWalking<RARFILEFULLINFO>(
-      *this, m_state, root, place, itemOf,
-      [this](output::Root&, const morvunp::OutputPlace& to) { return WriteItem(to); });
-  TellRest(place);
+      *this, m_state, root, routeOf,
+      [this](const RARFILEFULLINFO& info) { return CurrentItem(info.strPath); },
+      [this](output::Root&, const morvunp::Route& route) { return WriteItem(route.Place()); });
+  TellRest(routeOf);
   return result;
+}
+
+bool CRarUnpacker::UnpackItems(const std::wstring& target, const morvunp::ItemRouter& router) {
+  output::Root root = RootAt(target);
+  rar::Places places;
+  rar::Run run{root, [&](const std::wstring& path) { return places.Of(path); },
+               rar::OldLinks(m_strArchive)};
+  const frame::Lent lent(m_pRun, run);
+  const morvunp::ItemRouter route = [&](const morvunp::RoutedItem& item) {
+    return IsRest() ? morvunp::Route::PassOver() : router(item);
+  };
+  const auto routedOf = [this](const RARFILEFULLINFO& info) -> morvunp::RoutedItem {
+    const rar::Header& header = m_hArchive->Current();
+    return {GetPosition(), info.strPath, m_nTotal, header.IsPlainFolder(),
+            IsRepetition(header) ? std::wstring_view(header.source) : std::wstring_view()};
+  };
+  output::UnpackByRouter<RARFILEFULLINFO>(
+      *this, m_state, root, route, routedOf,
+      [this](const RARFILEFULLINFO& info) { return CurrentItem(info.strPath); },
+      [&](output::Root&, const morvunp::OutputPlace& place) {
+        places.Add(m_hArchive->Current().path, place);
+        return WriteItem(place);
+      },
+      [this](output::Root&) { return Drain(); });
+  return TellRest([&](const RARFILEFULLINFO& info) { return route(routedOf(info)); });
 }
 
 /// Where the engine has lost its place, or a volume is missing, the items
 /// behind are found by another walk, as far as there are headers.
-template <class PlaceOf>
-void CRarUnpacker::TellRest(PlaceOf placeOf) {
+template <class RouteOf>
+bool CRarUnpacker::TellRest(RouteOf routeOf) {
   output::Reporter& report = m_pRun->root.Report();
   morvunp::RunReport end{m_nWalkProblem, 0, m_strMissingVolume};
-  if (IsFull(report.LastFailure().systemError)) end = report.LastFailure();
+  if (output::IsFull(report.LastFailure().systemError)) end = report.LastFailure();
   if (m_state.m_bCancel != 0) end = {ItemReason::kInterrupted};
   const std::wstring missing = m_strMissingVolume;
   end.detail = end.reason == ItemReason::kMissingVolume ? missing : std::wstring_view();
   const ItemReason problem = m_nWalkProblem;
-  if (m_state.m_reportItem && problem != ItemReason::kNone && m_nItems != 0) {
+  const bool hasRest = problem != ItemReason::kNone && m_nItems != 0 && !report.HasEnough();
+  if (m_state.m_reportItem && hasRest) {
     const ULONGLONG last = GetPosition();
     morvunp::WalkItems<RARFILEFULLINFO>(*this, [&](const RARFILEFULLINFO& info) {
-      if (GetPosition() > last && placeOf(info)) {
-        report.TellNotReached(CurrentItem(info.strPath), end.reason);
-      }
+      if (GetPosition() <= last) return true;
+      const morvunp::Route route = routeOf(info);
+      if (route.IsEnd()) return false;
+      if (!route.IsPassOver()) report.TellNotReached(CurrentItem(info.strPath), end.reason);
       return true;
     });
     m_nWalkProblem = problem;
     m_strMissingVolume = missing;
   }
-  report.TellEnd(end.reason, end.systemError, end.detail);
+  return report.TellEnd(end);
 }
 
 bool CRarUnpacker::UnpackFolder(const std::wstring& path, const std::wstring& target) {
-  return UnpackItems(target, [&](const std::wstring& item, bool isFolder) {
+  return RunOverItems(target, [&](const std::wstring& item, bool isFolder) {
     return morvunp::PlaceInFolderRun(m_state.m_iniUnpack, path, item, isFolder, target);
   });
 }
 
 bool CRarUnpacker::UnpackArchive(const std::wstring& target) {
-  return UnpackItems(
+  return RunOverItems(
       target, [&](const std::wstring& item, bool isFolder) -> std::optional<morvunp::OutputPlace> {
         // Without folders there is nothing for a link to one to lead to.
         const bool isFlat = m_state.m_iniUnpack.bUnpackArchiveNoPaths != 0;
@@ -332,7 +396,10 @@ int CRarUnpacker::OnData(const void* bytes, std::size_t length) {
     const DWORD mode = ModeOf(m_hArchive->Current());
     m_pRun->isDropped = !(root.Out().IsOpen() || root.Open(output::Placing::kBeside, mode)) ||
                         !root.Out().Write(bytes, static_cast<DWORD>(length));
-    if (m_pRun->isDropped && IsFull(root.Report().LastFailure().systemError)) return rar::kStop;
+    if (m_pRun->isDropped && output::IsFull(root.Report().LastFailure().systemError)) {
+      return rar::kStop;
+    }
+    if (root.Report().HasEnough()) return rar::kStop;
   }
   m_nDone += length;
   return frame::ReportBlock(m_state, m_nDone, m_nTotal) ? rar::kGoOn : rar::kStop;

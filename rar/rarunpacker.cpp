@@ -65,8 +65,8 @@ void CRarUnpacker::SetItemReport(morvunp::ItemReportFunction item, morvunp::RunR
   m_state.m_reportRun = std::move(run);
 }
 
-bool CRarUnpacker::SetCodePage(const std::string& name) {
-  return frame::SetCodePage(m_state, name);
+bool CRarUnpacker::SetOptions(const morvunp::UnpackOptions& options) {
+  return frame::SetOptions(m_state, options);
 }
 
 // Opening and closing.

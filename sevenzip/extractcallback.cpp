@@ -78,7 +78,8 @@ HRESULT C7zExtractCallback::CreateFileOf(DWORD index, ISequentialOutStream** str
   const bool hasMode = m_bAttribDefined && (m_nAttrib & FILE_ATTRIBUTE_UNIX_EXTENSION) != 0;
   std::optional<DWORD> mode;
   if (hasMode) mode = m_nAttrib >> 16 & 0777;
-  if (!m_pRoot->Open(output::Placing::kInPlace, mode)) return E_ABORT;
+  const bool isOpen = m_pRoot->Out().HasSink() || m_pRoot->Open(output::Placing::kInPlace, mode);
+  if (!isOpen) return E_ABORT;
   auto file = Create<COutFileStream>();
   file->Open(m_pRoot->Out());
   m_pOutStream = file;
@@ -153,9 +154,10 @@ HRESULT C7zExtractCallback::FinishFile(LONG result) {
   if (m_bModifiedDefined) facts.lastWrite = m_ftModified;
   if (m_bAttribDefined) facts.attributes = m_nAttrib;
   const auto defect = result == kResultOk ? morvunp::ItemReason::kNone : ReasonOf(result);
+  const bool isOnDisk = !m_pRoot->Out().HasSink();
   if (!m_pRoot->Out().Finish(facts, defect)) return platform::ResultOfError(GetLastError());
-  m_pUnpacker->UpdateFileTree(m_pUnpacker->m_state.m_strLastTarget);
-  return S_OK;
+  if (isOnDisk) m_pUnpacker->UpdateFileTree(m_pUnpacker->m_state.m_strLastTarget);
+  return m_pRoot->Report().End() ? E_ABORT : S_OK;
 }
 
 }  // namespace morvunp::sevenzip

@@ -1,5 +1,6 @@
 // C7zUnpacker: unpacking. Every operation is one call of the engine, which asks
 // for each item's stream through C7zExtractCallback.
+#include <algorithm>
 #include <utility>
 
 #include "frame/iteminfo.h"
@@ -11,9 +12,11 @@
 #include "morvunp/outputplace.h"
 #include "morvunp/sevenzipunpacker.h"
 #include "output/root.h"
+#include "output/walk.h"
 #include "sevenzip/engine.h"
 #include "sevenzip/extractcallback.h"
 #include "sevenzip/guarded.h"
+#include "sevenzip/property.h"
 
 namespace frame = morvunp::frame;
 namespace output = morvunp::output;
@@ -110,19 +113,23 @@ bool C7zUnpacker::RunExtract(const DWORD* indices, DWORD count,
     m_pRoot->Report().TellFailure(end);
     m_pRoot->Out().KeepBroken();
   }
-  if (m_nMode != kSingleItem) TellRest(end);
+  if (m_nMode != kSingleItem) {
+    const bool isAtEnd = TellRest(end);
+    if (m_nMode == kRoutedRun) return isAtEnd;
+  }
   return m_state.m_bCancel == 0 && result == S_OK;
 }
 
 /// The items that an engine which ended early has not come to.
-void C7zUnpacker::TellRest(morvunp::RunReport end) {
-  const bool isCut = end.reason != morvunp::ItemReason::kNone;
+bool C7zUnpacker::TellRest(morvunp::RunReport end) {
+  const bool isCut = end.reason != morvunp::ItemReason::kNone && !m_pRoot->Report().HasEnough();
   // The engine asks for a password before it comes to the item that wants it.
   bool isAsked = end.reason == morvunp::ItemReason::kNoPassword;
   SEVENZIPFILEFULLINFO info;
   while (isCut && m_state.m_reportItem && m_nNext < m_nItemCount) {
     m_nCurrent = m_nNext++;
-    if (!GetFileFullInfo(info) || !PlaceInRun(info.strPath, frame::IsFolderItem(info))) continue;
+    const bool isRead = GetFileFullInfo(info);
+    if (!isRead || RouteInRun(info.strPath, frame::IsFolderItem(info)).IsPassOver()) continue;
     if (std::exchange(isAsked, false)) {
       BeginItem(info);
       m_pRoot->Report().Tell(morvunp::ItemResult::kFailed, end.reason);
@@ -130,7 +137,7 @@ void C7zUnpacker::TellRest(morvunp::RunReport end) {
     }
     m_pRoot->Report().TellNotReached({m_nCurrent, info.strPath, info.nSize}, end.reason);
   }
-  m_pRoot->Report().TellEnd(end.reason, end.systemError, end.detail);
+  return m_pRoot->Report().TellEnd(end);
 }
 
 // Many items.
@@ -150,6 +157,25 @@ bool C7zUnpacker::UnpackFolder(const std::wstring& folder, const std::wstring& t
 bool C7zUnpacker::UnpackArchive(const std::wstring& target) {
   m_nMode = kArchiveRun;
   return RunOverItems(nullptr, sevenzip::kAllItems, target);
+}
+
+bool C7zUnpacker::UnpackItems(const std::wstring& target, const morvunp::ItemRouter& router) {
+  m_nMode = kRoutedRun;
+  m_routes.clear();
+  std::vector<DWORD> indices;
+  // Before it begins the engine wants to know all items that are wanted.
+  FindItem([&](const SEVENZIPFILESHORTINFO& info) {
+    sevenzip::Property size;
+    m_pEngine->Archive()->GetProperty(m_nCurrent, sevenzip::kpidSize, size.Receive());
+    const bool isFolder = frame::IsFolderItem(info);
+    const morvunp::Route route =
+        router({m_nCurrent, info.strPath, isFolder ? 0 : size.Number64(), isFolder});
+    if (route.IsEnd() || route.IsPassOver()) return route.IsEnd();
+    m_routes.emplace_back(m_nCurrent, route);
+    indices.push_back(m_nCurrent);
+    return false;
+  });
+  return RunOverItems(indices.data(), static_cast<DWORD>(indices.size()), target);
 }
 
 bool C7zUnpacker::RunOverItems(const DWORD* indices, DWORD count, const std::wstring& target) {
@@ -176,18 +202,36 @@ std::optional<morvunp::OutputPlace> C7zUnpacker::PlaceInRun(const std::wstring& 
              : morvunp::PlaceInArchiveRun(m_state.m_iniUnpack, path, isFolder, m_strTarget);
 }
 
-/// Makes an item current and prepares it for writing at its place.
+/// What becomes of the current item in the run in hand.
+morvunp::Route C7zUnpacker::RouteInRun(const std::wstring& path, bool isFolder) const {
+  if (m_nMode != kRoutedRun) return output::RouteTo(PlaceInRun(path, isFolder));
+  const auto route =
+      std::lower_bound(m_routes.begin(), m_routes.end(), m_nCurrent,
+                       [](const auto& left, DWORD index) { return left.first < index; });
+  const bool isWanted = route != m_routes.end() && route->first == m_nCurrent;
+  return isWanted ? route->second : morvunp::Route::PassOver();
+}
+
+/// Makes an item current and prepares it for writing where it goes.
 bool C7zUnpacker::ProcessItem(DWORD index) {
   m_nCurrent = index;
   m_nNext = index + 1;
   m_bHasCurrent = true;
   SEVENZIPFILEFULLINFO info;
   if (!GetFileFullInfo(info)) return false;
-  const std::optional<morvunp::OutputPlace> place =
-      PlaceInRun(info.strPath, frame::IsFolderItem(info));
-  if (!place) return false;
+  const bool isFolder = frame::IsFolderItem(info);
+  const morvunp::Route route = RouteInRun(info.strPath, isFolder);
+  if (route.IsPassOver()) return false;
   BeginItem(info);
+  if (route.Sink() != nullptr) {
+    m_pRoot->BeginSink(*route.Sink(), {index, info.strPath, m_nTotal, isFolder});
+    if (!isFolder) BeginFile(std::wstring(frame::NameOf(info.strPath)));
+    return !isFolder;
+  }
   if (!IsSafe(info.strPath)) return RefuseName();
+  const auto place = m_nMode == kRoutedRun ? m_pRoot->Admit(route.Place(), isFolder)
+                                           : std::optional(route.Place());
+  if (!place) return false;
   if (place->name.empty()) return m_pRoot->MakeFolder(place->folder);
   m_strCurrentName = place->name;
   m_strCurrentFolder = place->folder;

@@ -61,7 +61,9 @@ void C7zUnpacker::SetItemReport(morvunp::ItemReportFunction item, morvunp::RunRe
   m_state.m_reportRun = std::move(run);
 }
 
-bool C7zUnpacker::SetCodePage(const std::string& name) { return frame::SetCodePage(m_state, name); }
+bool C7zUnpacker::SetOptions(const morvunp::UnpackOptions& options) {
+  return frame::SetOptions(m_state, options);
+}
 
 // Opening and closing.
 

@@ -7,7 +7,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "morvunp/outputplace.h"
+#include "morvunp/itemrouter.h"
 #include "morvunp/unpackstate.h"
 
 namespace morvunp::cab {
@@ -77,10 +77,9 @@ class MORVUNP_API CCabUnpacker {
   void SetHandleDialogProgress(HWND dialog);
   /// See morvunp/itemreport.h. Either may be empty.
   void SetItemReport(morvunp::ItemReportFunction item, morvunp::RunReportFunction run = {});
-  /// The code page in which names of the archive opened next are read: an iconv
-  /// name such as "CP932"; an empty one for the thread's. False, and nothing
-  /// changes, when the system does not know it or it is no superset of ASCII.
-  bool SetCodePage(const std::string& name);
+  /// See morvunp/unpackoptions.h. False, and nothing changes, when the system
+  /// does not know the code page or it is no superset of ASCII.
+  bool SetOptions(const morvunp::UnpackOptions& options);
 
   bool OpenArchive(const std::wstring& path);
   /// False when nothing was ever opened. Keeps the item list.
@@ -110,6 +109,9 @@ class MORVUNP_API CCabUnpacker {
   bool UnpackFile(const std::wstring& path, const std::wstring& target);
   bool UnpackFolder(const std::wstring& path, const std::wstring& target);
   bool UnpackArchive(const std::wstring& target);
+  /// See morvunp/itemrouter.h. `target` is not looked at where everything goes
+  /// into sinks. True when the pass came to the end that the router wanted.
+  bool UnpackItems(const std::wstring& target, const morvunp::ItemRouter& router);
 
   /// The object that wrote a file last on this thread.
   static void* GetThis();
@@ -160,16 +162,20 @@ class MORVUNP_API CCabUnpacker {
  private:
   morvunp::output::Root RootAt(const std::wstring& target);
   void BeginItem(const std::wstring& path);
+  void BeginItem(const morvunp::cab::CCabItemInfo& item);
   bool RefuseName();
   bool UnpackAt(const morvunp::OutputPlace& place);
   bool SelectItem(const std::wstring& path);
-  std::optional<morvunp::OutputPlace> PlaceOf(const morvunp::cab::CCabItemInfo& item) const;
+  morvunp::Route RouteOf(ULONGLONG position, const morvunp::cab::CCabItemInfo& item) const;
+  bool ProcessRouted(const morvunp::cab::CCabItemInfo& item);
+  bool ProcessPlace(const morvunp::OutputPlace& place);
+  INT_PTR Declined() const;
   bool ProcessItem(const char* fileName);
   void NoteSet();
   bool RunPass();
   bool RunOverItems(DWORD mode, const std::wstring& target);
   morvunp::RunReport EndOfPass(bool isCopied) const;
-  void TellRest(bool isCopied);
+  bool TellRest(bool isCopied);
   void BeginFile(const std::wstring& name);
   INT_PTR OnCopyFile(const FDINOTIFICATION& notification);
   INT_PTR OnCloseFile(const FDINOTIFICATION& notification);

@@ -6,11 +6,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include "morvunp/itemrouter.h"
 #include "morvunp/unpackstate.h"
-
-namespace morvunp {
-struct OutputPlace;
-}
 
 namespace morvunp::iso {
 class Image;
@@ -80,10 +77,9 @@ class MORVUNP_API CIsoUnpacker {
   void SetHandleDialogProgress(HWND dialog);
   /// See morvunp/itemreport.h. Either may be empty.
   void SetItemReport(morvunp::ItemReportFunction item, morvunp::RunReportFunction run = {});
-  /// The code page in which names of the archive opened next are read: an iconv
-  /// name such as "CP932"; an empty one for the thread's. False, and nothing
-  /// changes, when the system does not know it or it is no superset of ASCII.
-  bool SetCodePage(const std::string& name);
+  /// See morvunp/unpackoptions.h. False, and nothing changes, when the system
+  /// does not know the code page or it is no superset of ASCII.
+  bool SetOptions(const morvunp::UnpackOptions& options);
 
   bool OpenArchive(const std::wstring& path);
   /// Keeps the item list, which stays readable.
@@ -116,6 +112,9 @@ class MORVUNP_API CIsoUnpacker {
   bool UnpackFile(const std::wstring& path, const std::wstring& target);
   bool UnpackFolder(const std::wstring& path, const std::wstring& target);
   bool UnpackArchive(const std::wstring& target);
+  /// See morvunp/itemrouter.h. `target` is not looked at where everything goes
+  /// into sinks. True when the pass came to the end that the router wanted.
+  bool UnpackItems(const std::wstring& target, const morvunp::ItemRouter& router);
 
  protected:
   using FolderMap = std::unordered_map<DWORD, std::wstring>;
@@ -141,8 +140,10 @@ class MORVUNP_API CIsoUnpacker {
   morvunp::output::Item CurrentItem(const std::wstring& path) const;
   morvunp::output::Root RootAt(const std::wstring& target);
   bool WriteItem(morvunp::output::Root& root, const morvunp::OutputPlace& place);
+  bool WriteData(morvunp::output::Root& root);
+  bool TellEnd(morvunp::output::Root& root) const;
   template <class PlaceOf>
-  bool UnpackItems(const std::wstring& target, PlaceOf placeOf);
+  bool RunOverItems(const std::wstring& target, PlaceOf placeOf);
 
   std::unique_ptr<morvunp::iso::Image> m_pImage;
 };

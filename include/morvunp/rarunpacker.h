@@ -7,11 +7,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include "morvunp/itemrouter.h"
 #include "morvunp/unpackstate.h"
-
-namespace morvunp {
-struct OutputPlace;
-}
 
 namespace morvunp::frame {
 class Totals;
@@ -118,9 +115,9 @@ class MORVUNP_API CRarUnpacker {
   void SetHandleDialogProgress(HWND dialog);
   /// See morvunp/itemreport.h. Either may be empty.
   void SetItemReport(morvunp::ItemReportFunction item, morvunp::RunReportFunction run = {});
-  /// As for every class. The names in these archives are wide text, so that
-  /// nothing depends on it; false for a code page that cannot be used.
-  bool SetCodePage(const std::string& name);
+  /// See morvunp/unpackoptions.h. False, and nothing changes, when the system
+  /// does not know the code page or it is no superset of ASCII.
+  bool SetOptions(const morvunp::UnpackOptions& options);
 
   /// Asks for the password when the headers are encrypted.
   bool OpenArchive(const std::wstring& path);
@@ -155,6 +152,9 @@ class MORVUNP_API CRarUnpacker {
   bool UnpackFile(const std::wstring& path, const std::wstring& target);
   bool UnpackFolder(const std::wstring& path, const std::wstring& target);
   bool UnpackArchive(const std::wstring& target);
+  /// See morvunp/itemrouter.h. `target` is not looked at where everything goes
+  /// into sinks. True when the pass came to the end that the router wanted.
+  bool UnpackItems(const std::wstring& target, const morvunp::ItemRouter& router);
 
  protected:
   using FolderMap = std::unordered_map<DWORD, std::wstring>;
@@ -209,19 +209,22 @@ class MORVUNP_API CRarUnpacker {
   std::wstring TextOf(morvunp::frame::Totals totals);
 
   template <class PlaceOf>
-  bool UnpackItems(const std::wstring& target, PlaceOf placeOf);
+  bool RunOverItems(const std::wstring& target, PlaceOf placeOf);
+  bool IsRest() const;
   bool LocateSource();
   morvunp::output::Root RootAt(const std::wstring& target);
   morvunp::output::Item CurrentItem(const std::wstring& path) const;
   bool WriteItem(const morvunp::OutputPlace& place);
   bool UnpackAt(const morvunp::OutputPlace& place);
+  bool Drain();
+  void BeginData();
   bool Write();
   bool WriteData();
   bool WriteOldLink();
   bool Repeat(const morvunp::output::FileFacts& facts);
   bool Fail(int code);
-  template <class PlaceOf>
-  void TellRest(PlaceOf placeOf);
+  template <class RouteOf>
+  bool TellRest(RouteOf routeOf);
   int OnData(const void* bytes, std::size_t length);
 
   int OnCallback(UINT message, LPARAM p1, LPARAM p2);

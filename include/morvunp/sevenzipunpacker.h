@@ -8,11 +8,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include "morvunp/itemrouter.h"
 #include "morvunp/unpackstate.h"
-
-namespace morvunp {
-struct OutputPlace;
-}
 
 namespace morvunp::frame {
 class Totals;
@@ -89,9 +86,9 @@ class MORVUNP_API C7zUnpacker {
   void SetHandleDialogProgress(HWND dialog);
   /// See morvunp/itemreport.h. Either may be empty.
   void SetItemReport(morvunp::ItemReportFunction item, morvunp::RunReportFunction run = {});
-  /// As for every class. The names in these archives are wide text, so that
-  /// nothing depends on it; false for a code page that cannot be used.
-  bool SetCodePage(const std::string& name);
+  /// See morvunp/unpackoptions.h. False, and nothing changes, when the system
+  /// does not know the code page or it is no superset of ASCII.
+  bool SetOptions(const morvunp::UnpackOptions& options);
 
   bool OpenArchive(const std::wstring& path);
   /// Opens a split set by its first volume: name.001 (or .01, .0001) or name.aa.
@@ -121,6 +118,9 @@ class MORVUNP_API C7zUnpacker {
   bool UnpackFile(const std::wstring& path, const std::wstring& target);
   bool UnpackFolder(const std::wstring& path, const std::wstring& target);
   bool UnpackArchive(const std::wstring& target);
+  /// See morvunp/itemrouter.h. `target` is not looked at where everything goes
+  /// into sinks. True when the pass came to the end that the router wanted.
+  bool UnpackItems(const std::wstring& target, const morvunp::ItemRouter& router);
 
  protected:
   using FolderMap = std::unordered_map<DWORD, std::wstring>;
@@ -164,6 +164,7 @@ class MORVUNP_API C7zUnpacker {
   static constexpr DWORD kSingleItem = 1;
   static constexpr DWORD kFolderRun = 2;
   static constexpr DWORD kArchiveRun = 3;
+  static constexpr DWORD kRoutedRun = 4;
   DWORD m_nMode = 0;
   std::wstring m_strFolder;
   std::wstring m_strTarget;
@@ -196,11 +197,14 @@ class MORVUNP_API C7zUnpacker {
                   morvunp::sevenzip::C7zExtractCallback& callback);
   bool RunOverItems(const DWORD* indices, DWORD count, const std::wstring& target);
   std::optional<morvunp::OutputPlace> PlaceInRun(const std::wstring& path, bool isFolder) const;
-  void TellRest(morvunp::RunReport end);
+  morvunp::Route RouteInRun(const std::wstring& path, bool isFolder) const;
+  bool TellRest(morvunp::RunReport end);
 
   std::unique_ptr<morvunp::sevenzip::Engine> m_pEngine;
   /// What the run in hand writes into; null in none.
   morvunp::output::Root* m_pRoot = nullptr;
+  /// Of a routed run: what is wanted, by rising place in the walk.
+  std::vector<std::pair<DWORD, morvunp::Route>> m_routes;
   /// The first item that the run in hand has not come to.
   DWORD m_nNext = 0;
   /// The item in hand cannot be decoded without a password.

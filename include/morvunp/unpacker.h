@@ -3,7 +3,7 @@
 // There is no common base class: a host holds a std::variant of the classes
 // and visits it. One object opens one archive at a time:
 //
-//   construct; SetIni, SetIniYesToAll, SetCodePage;
+//   construct; SetIni, SetIniYesToAll, SetOptions;
 //   SetWndFileTree, SetHandleDialogProgress;
 //   OpenArchive; walk and read records and texts; unpack; GetIniYesToAll;
 //   CloseArchive; destroy.
@@ -27,16 +27,17 @@
 #include <concepts>
 #include <string>
 
-#include "morvunp/itemreport.h"
+#include "morvunp/itemrouter.h"
 #include "morvunp/records.h"
+#include "morvunp/unpackoptions.h"
 
 namespace morvunp {
 
 template <class T>
 concept Unpacker = requires(T unpacker, const INIUNPACK& settings, INIYESTOALL& answers,
-                            CWnd* window, HWND dialog, const std::string& codePage,
-                            const std::wstring& text, typename T::ShortInfo& shortInfo,
-                            typename T::FullInfo& fullInfo) {
+                            CWnd* window, HWND dialog, const UnpackOptions& options,
+                            const ItemRouter& router, const std::wstring& text,
+                            typename T::ShortInfo& shortInfo, typename T::FullInfo& fullInfo) {
   { unpacker.SetIni(settings) } -> std::same_as<void>;
   { unpacker.SetIniYesToAll(answers) } -> std::same_as<void>;
   { unpacker.GetIniYesToAll(answers) } -> std::same_as<void>;
@@ -46,7 +47,7 @@ concept Unpacker = requires(T unpacker, const INIUNPACK& settings, INIYESTOALL& 
     unpacker.SetItemReport(morvunp::ItemReportFunction(), morvunp::RunReportFunction())
     } -> std::same_as<void>;
   { unpacker.GetPosition() } -> std::same_as<ULONGLONG>;
-  { unpacker.SetCodePage(codePage) } -> std::same_as<bool>;
+  { unpacker.SetOptions(options) } -> std::same_as<bool>;
   { unpacker.OpenArchive(text) } -> std::same_as<bool>;
   { unpacker.CloseArchive() } -> std::same_as<bool>;
   { unpacker.FindFile() } -> std::same_as<bool>;
@@ -61,6 +62,7 @@ concept Unpacker = requires(T unpacker, const INIUNPACK& settings, INIYESTOALL& 
   { unpacker.UnpackFile(text, text) } -> std::same_as<bool>;
   { unpacker.UnpackFolder(text, text) } -> std::same_as<bool>;
   { unpacker.UnpackArchive(text) } -> std::same_as<bool>;
+  { unpacker.UnpackItems(text, router) } -> std::same_as<bool>;
 };
 
 /// Reads the current item into either record of the class.

@@ -1,11 +1,11 @@
 // What every unpacker object holds beside the state of its format.
 #pragma once
 
-#include <string>
 #include <vector>
 
 #include "morvunp/itemreport.h"
 #include "morvunp/records.h"
+#include "morvunp/unpackoptions.h"
 
 namespace morvunp {
 
@@ -32,10 +32,9 @@ struct CUnpackState {
   morvunp::RunReportFunction m_reportRun;
   /// The archive that is being read and its volumes: never written to.
   std::vector<platform::FileIdentity> m_archiveFiles;
-  /// In which the archive's narrow names are read; empty for the thread's. The
-  /// name and not its converters, so that an object may be copied and may go to
-  /// another thread.
-  std::string m_strCodePage;
+  /// With the name of a code page and not its converters, so that an object may
+  /// be copied and may go to another thread.
+  UnpackOptions m_options;
 };
 
 }  // namespace morvunp

@@ -72,7 +72,7 @@ class User {
 
   template <class U>
   void Open(U& unpacker, const std::string& name) {
-    EXPECT_TRUE(unpacker.SetCodePage(m_page));
+    EXPECT_TRUE(unpacker.SetOptions({.codePage = m_page}));
     Tell(unpacker.OpenArchive(m_archives.folder.LibraryPath(name)));
   }
 
@@ -253,14 +253,14 @@ TEST(Threads, ServeObjectsOfDifferentCodePages) {
   const Archives archives;
   testsupport::FakeHost host;
   CCabUnpacker unpacker;
-  EXPECT_FALSE(unpacker.SetCodePage("NO-SUCH-PAGE"));
-  EXPECT_FALSE(unpacker.SetCodePage("UTF-16"));
-  ASSERT_TRUE(unpacker.SetCodePage("CP932"));
+  EXPECT_FALSE(unpacker.SetOptions({.codePage = "NO-SUCH-PAGE"}));
+  EXPECT_FALSE(unpacker.SetOptions({.codePage = "UTF-16"}));
+  ASSERT_TRUE(unpacker.SetOptions({.codePage = "CP932"}));
   ASSERT_TRUE(unpacker.OpenArchive(archives.folder.LibraryPath("cab")) && unpacker.FindFile());
   std::vector<std::wstring> names;
   host.onPendingEvents = [&] {
     CCabUnpacker inner;
-    EXPECT_TRUE(names.empty() || inner.SetCodePage("CP1251"));
+    EXPECT_TRUE(names.empty() || inner.SetOptions({.codePage = "CP1251"}));
     EXPECT_TRUE(inner.OpenArchive(archives.folder.LibraryPath("cab")) && inner.FindFile());
     CABFILESHORTINFO info;
     inner.FindNextFile();

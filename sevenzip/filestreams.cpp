@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "sevenzip/guarded.h"
+
 namespace morvunp::sevenzip {
 namespace {
 
@@ -46,12 +48,14 @@ HRESULT CInFileStream::GetSize(ULONGLONG* size) {
 }
 
 HRESULT COutFileStream::Write(const void* data, DWORD size, DWORD* processed) {
-  const DWORD length = std::min(size, kLargestTransfer);
-  const bool done = m_pFile->Write(data, length);
-  const HRESULT result = done ? S_OK : LastResult();
-  if (processed != nullptr) *processed = done ? length : 0;
-  if (done) m_nProcessedSize += length;
-  return result;
+  if (processed != nullptr) *processed = 0;
+  return Guarded([&] {
+    const DWORD length = std::min(size, kLargestTransfer);
+    if (!m_pFile->Write(data, length)) return m_pFile->IsOpen() ? LastResult() : E_ABORT;
+    if (processed != nullptr) *processed = length;
+    m_nProcessedSize += length;
+    return S_OK;
+  });
 }
 
 HRESULT COutFileStream::SetSize(ULONGLONG size) {

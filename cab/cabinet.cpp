@@ -8,6 +8,7 @@
 #include "frame/ansitext.h"
 #include "frame/keptexception.h"
 #include "frame/modulefunction.h"
+#include "frame/progress.h"
 #include "output/pathgate.h"
 
 namespace morvunp::cab {
@@ -81,6 +82,7 @@ bool Cabinet::Open(const std::wstring& path) {
     return false;
   }
   m_strArchive = path;
+  m_answers.clear();
   return true;
 }
 
@@ -93,18 +95,67 @@ bool Cabinet::IsCabinet(const std::wstring& path) {
   return isCabinet != FALSE;
 }
 
-bool Cabinet::Copy(PFNFDINOTIFY notify, void* user) {
-  m_strMissing.clear();
-  return CopyFrom(m_strArchive, notify, user);
+namespace {
+
+/// The callbacks for files carry no context of the caller's.
+thread_local Cabinet* m_pCurrent = nullptr;
+
+/// A pass may be begun from the messages of another.
+class CurrentScope {
+ public:
+  explicit CurrentScope(Cabinet& cabinet) : m_pOuter(std::exchange(m_pCurrent, &cabinet)) {}
+  ~CurrentScope() { m_pCurrent = m_pOuter; }
+  CurrentScope(const CurrentScope&) = delete;
+  CurrentScope& operator=(const CurrentScope&) = delete;
+
+ private:
+  Cabinet* m_pOuter;
+};
+
+}  // namespace
+
+Cabinet* Cabinet::Current() { return m_pCurrent; }
+
+bool Cabinet::MayRead() { return frame::MayGoOnMeanwhile(m_state); }
+
+std::wstring Cabinet::FileOf(const std::wstring& path) const {
+  const auto answer = m_answers.find(path);
+  return answer != m_answers.end() ? answer->second : ExistingCabinet(path);
 }
 
-bool Cabinet::CopyFrom(const std::wstring& path, PFNFDINOTIFY notify, void* user) {
+bool Cabinet::FindNext(const FDINOTIFICATION& notification) {
+  const std::wstring name = frame::DecodeAnsi(notification.psz1);
+  if (!output::IsSafeName(name, true)) return false;
+  const std::wstring path = CabinetPath(notification.psz3, notification.psz1);
+  const bool isThere = platform::IdentityOfPath(FileOf(path)) != platform::FileIdentity{};
+  if (isThere || AskFor(path, name)) return true;
+  m_strMissing = name;
+  return false;
+}
+
+/// What the host answered once holds, a refusal too.
+bool Cabinet::AskFor(const std::wstring& path, const std::wstring& name) {
+  if (!m_state.m_options.onMissingVolume || m_answers.contains(path)) return false;
+  const auto answer = m_state.m_options.onMissingVolume(name);
+  m_answers[path] = answer.value_or(path);
+  return answer && platform::IdentityOfPath(*answer) != platform::FileIdentity{};
+}
+
+bool Cabinet::Copy(PFNFDINOTIFY notify, void* user, int flags) {
+  m_strMissing.clear();
+  if (m_state.m_options.wholeSet) flags |= FDI_WHOLE_SET;
+  return CopyFrom(m_strArchive, flags, notify, user);
+}
+
+bool Cabinet::CopyFrom(const std::wstring& path, int flags, PFNFDINOTIFY notify, void* user) {
   if (m_hfdi == nullptr) return false;
   // The folder keeps its last backslash: the interface joins without one.
   const std::size_t nameStart = path.rfind(L'\\') + 1;
   std::string name = NarrowPath(std::wstring_view(path).substr(nameStart));
   std::string folder = NarrowPath(std::wstring_view(path).substr(0, nameStart));
-  const BOOL isCopied = m_pfnFDICopy(m_hfdi, name.data(), folder.data(), 0, notify, nullptr, user);
+  const CurrentScope current(*this);
+  const BOOL isCopied =
+      m_pfnFDICopy(m_hfdi, name.data(), folder.data(), flags, notify, nullptr, user);
   frame::ThrowKept(Thrown());
   return isCopied != FALSE;
 }
@@ -112,7 +163,7 @@ bool Cabinet::CopyFrom(const std::wstring& path, PFNFDINOTIFY notify, void* user
 /// The path of the cabinet that one names as its next; empty for the last.
 std::wstring Cabinet::NextOf(const std::wstring& path) {
   std::wstring next;
-  CopyFrom(path, NoteNext, &next);
+  CopyFrom(path, 0, NoteNext, &next);
   return next;
 }
 
@@ -120,7 +171,7 @@ std::vector<platform::FileIdentity> Cabinet::FilesOfSet() {
   std::vector<platform::FileIdentity> files{m_identity};
   std::wstring path = m_strArchive;
   while (m_cabInfo.hasnext != FALSE && !(path = NextOf(path)).empty()) {
-    const platform::FileIdentity file = platform::IdentityOfPath(path);
+    const platform::FileIdentity file = platform::IdentityOfPath(FileOf(path));
     const bool isKnown = std::find(files.begin(), files.end(), file) != files.end();
     if (isKnown || file == platform::FileIdentity{}) break;
     files.push_back(file);
@@ -129,8 +180,12 @@ std::vector<platform::FileIdentity> Cabinet::FilesOfSet() {
 }
 
 morvunp::ItemReason Cabinet::ReasonOfFailure() const {
-  if (!m_strMissing.empty()) return morvunp::ItemReason::kMissingVolume;
-  switch (m_erf.erfOper) {
+  return m_strMissing.empty() ? ReasonOf(static_cast<FDIERROR>(m_erf.erfOper))
+                              : morvunp::ItemReason::kMissingVolume;
+}
+
+morvunp::ItemReason Cabinet::ReasonOf(FDIERROR error) {
+  switch (error) {
     case FDIERROR_CABINET_NOT_FOUND:
       return morvunp::ItemReason::kMissingVolume;
     case FDIERROR_ALLOC_FAIL:
@@ -148,6 +203,7 @@ bool Cabinet::Scan(void* user) {
   m_items.RemoveAllItems();
   if (m_hfdi == nullptr) return false;
   m_items.Rewind();
+  m_items.SetUtf8Names(m_state.m_options.utf8Names);
   m_bListComplete = Copy(CCabUnpacker::FDICallback_Scan, user);
   return m_bListComplete && m_items.size() != 0;
 }

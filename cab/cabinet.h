@@ -2,6 +2,7 @@
 #pragma once
 
 #include <exception>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -11,7 +12,8 @@ namespace morvunp::cab {
 
 class Cabinet {
  public:
-  Cabinet() = default;
+  /// `state` is the unpacker's.
+  explicit Cabinet(CUnpackState& state) : m_state(state) {}
   ~Cabinet();
   Cabinet(const Cabinet&) = delete;
   Cabinet& operator=(const Cabinet&) = delete;
@@ -27,8 +29,9 @@ class Cabinet {
   /// What a callback of a pass threw, which the interface cannot carry. The
   /// callbacks have no context of the caller's, so each thread has one for all.
   static std::exception_ptr& Thrown();
-  /// One pass over the open cabinet. Throws what a callback threw.
-  bool Copy(PFNFDINOTIFY notify, void* user);
+  /// One pass over the open cabinet, and over its set where the options say so.
+  /// `flags` are more for the interface. Throws what a callback threw.
+  bool Copy(PFNFDINOTIFY notify, void* user, int flags = 0);
   /// Reads the table into the list. True when that worked and found items.
   bool Scan(void* user);
   bool IsListComplete() const { return m_bListComplete; }
@@ -36,9 +39,22 @@ class Cabinet {
   morvunp::ItemReason ReasonOfFailure() const;
   /// A callback ended the last pass.
   bool WasAborted() const { return m_strMissing.empty() && m_erf.erfOper == FDIERROR_USER_ABORT; }
+  static morvunp::ItemReason ReasonOf(FDIERROR error);
+  /// A pass wants the next cabinet of the set. False where it is not there, not
+  /// even by the host's word.
+  bool FindNext(const FDINOTIFICATION& notification);
   /// The cabinet that the last pass asked for in vain.
-  void NoteMissing(const std::wstring& name) { m_strMissing = name; }
   const std::wstring& MissingCabinet() const { return m_strMissing; }
+  /// The notification is about the cabinet that was opened.
+  bool IsOfFirst(const FDINOTIFICATION& notification) const {
+    return notification.iCabinet == m_cabInfo.iCabinet;
+  }
+  /// The cabinet that is read on this thread; null when none is.
+  static Cabinet* Current();
+  /// The file that is to be opened for this path of a cabinet.
+  std::wstring FileOf(const std::wstring& path) const;
+  /// False when the user interrupts while it is read.
+  bool MayRead();
   /// The open cabinet and those behind it in its set, as far as they are there.
   std::vector<platform::FileIdentity> FilesOfSet();
 
@@ -49,9 +65,11 @@ class Cabinet {
   bool Bind();
   void Release();
   bool IsCabinet(const std::wstring& path);
-  bool CopyFrom(const std::wstring& path, PFNFDINOTIFY notify, void* user);
+  bool CopyFrom(const std::wstring& path, int flags, PFNFDINOTIFY notify, void* user);
+  bool AskFor(const std::wstring& path, const std::wstring& name);
   std::wstring NextOf(const std::wstring& path);
 
+  CUnpackState& m_state;
   HMODULE m_hModule = nullptr;
   HFDI m_hfdi = nullptr;
   PFNFDICREATE m_pfnFDICreate = nullptr;
@@ -63,6 +81,8 @@ class Cabinet {
   std::wstring m_strArchive;
   platform::FileIdentity m_identity;
   std::wstring m_strMissing;
+  /// Where the host said that cabinets are.
+  std::map<std::wstring, std::wstring> m_answers;
   ItemList m_items;
   bool m_bListComplete = true;
 };

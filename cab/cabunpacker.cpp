@@ -20,7 +20,7 @@ namespace platform = morvunp::platform;
 static_assert(morvunp::Unpacker<CCabUnpacker>);
 
 CCabUnpacker::CCabUnpacker()
-    : m_pCabinet(std::make_unique<cab::Cabinet>()),
+    : m_pCabinet(std::make_unique<cab::Cabinet>(m_state)),
       m_pExtraction(std::make_unique<cab::Extraction>()) {
   m_state.m_iniUnpack.bConfirmReplace = 1;
 }
@@ -73,10 +73,13 @@ bool CCabUnpacker::InitScan() { return FindFile(); }
 
 INT_PTR CCabUnpacker::FDICallback_Scan(FDINOTIFICATIONTYPE type, FDINOTIFICATION* notification) {
   return frame::KeepException(cab::Cabinet::Thrown(), INT_PTR{-1}, [&] {
-    if (type == fdintCOPY_FILE || type == fdintPARTIAL_FILE) {
-      static_cast<CCabUnpacker*>(notification->pv)->m_pCabinet->Items().Append(*notification);
-    }
-    return INT_PTR{0};
+    cab::Cabinet& cabinet = *static_cast<CCabUnpacker*>(notification->pv)->m_pCabinet;
+    // What continues from a cabinet of the list is in the list.
+    const bool isItem = type == fdintCOPY_FILE ||
+                        (type == fdintPARTIAL_FILE && cabinet.IsOfFirst(*notification));
+    if (isItem) cabinet.Items().Append(*notification);
+    const bool isLost = type == fdintNEXT_CABINET && !cabinet.FindNext(*notification);
+    return INT_PTR{isLost ? -1 : 0};
   });
 }
 

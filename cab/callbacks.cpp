@@ -16,7 +16,7 @@ namespace {
 /// unpacker here. It is called on the thread that asked for the file.
 thread_local void* m_pThis = nullptr;
 
-constexpr UINT kWriteFailed = static_cast<UINT>(-1);
+constexpr UINT kFailed = static_cast<UINT>(-1);
 
 }  // namespace
 
@@ -39,7 +39,9 @@ void CCabUnpacker::FDIFree(void* memory) { ::operator delete[](memory); }
 INT_PTR CCabUnpacker::FDIOpen(char* path, int openFlags, int mode) {
   return frame::KeepException(cab::Cabinet::Thrown(), INT_PTR{-1}, [&]() -> INT_PTR {
     int file = -1;
-    const std::wstring cabinet = cab::ExistingCabinet(cab::WidePath(path));
+    const std::wstring wide = cab::WidePath(path);
+    const cab::Cabinet* const current = cab::Cabinet::Current();
+    const std::wstring cabinet = current != nullptr ? current->FileOf(wide) : wide;
     // Writers are denied: a cabinet may hold a file of its own name.
     const int error = _wsopen_s(&file, cabinet.c_str(), openFlags, _SH_DENYWR, mode);
     return error == 0 ? file : -1;
@@ -47,12 +49,16 @@ INT_PTR CCabUnpacker::FDIOpen(char* path, int openFlags, int mode) {
 }
 
 UINT CCabUnpacker::FDIRead(INT_PTR file, void* buffer, UINT count) {
-  return static_cast<UINT>(_read(static_cast<int>(file), buffer, count));
+  return frame::KeepException(cab::Cabinet::Thrown(), kFailed, [&] {
+    cab::Cabinet* const current = cab::Cabinet::Current();
+    if (current != nullptr && !current->MayRead()) return kFailed;
+    return static_cast<UINT>(_read(static_cast<int>(file), buffer, count));
+  });
 }
 
 // NOLINTNEXTLINE(readability-non-const-parameter): the interface's signature
 UINT CCabUnpacker::FDIWrite(INT_PTR, void* buffer, UINT count) {
-  return frame::KeepException(cab::Cabinet::Thrown(), kWriteFailed, [&] {
+  return frame::KeepException(cab::Cabinet::Thrown(), kFailed, [&] {
     return static_cast<CCabUnpacker*>(GetThis())->OnWrite(buffer, count);
   });
 }
@@ -60,12 +66,12 @@ UINT CCabUnpacker::FDIWrite(INT_PTR, void* buffer, UINT count) {
 UINT CCabUnpacker::OnWrite(const void* bytes, UINT count) {
   cab::Extraction& run = *m_pExtraction;
   output::Root& root = *run.m_pRoot;
-  if (!root.Out().Write(bytes, count)) return kWriteFailed;
+  if (!root.Out().Write(bytes, count)) return kFailed;
   run.m_nDone += count;
   if (frame::ReportBlock(m_state, run.m_nDone, static_cast<DWORD>(run.m_nTotal))) return count;
   root.Out().Remove();
   root.Report().Tell(morvunp::ItemResult::kFailed, morvunp::ItemReason::kInterrupted);
-  return kWriteFailed;
+  return kFailed;
 }
 
 int CCabUnpacker::FDIClose(INT_PTR file) {

@@ -164,9 +164,14 @@ bool CCabUnpacker::RunPass() {
   cab::Extraction& run = *m_pExtraction;
   run.BeginPass();
   const frame::CodePageScope codePage(m_state);
-  const bool isCopied = m_pCabinet->Copy(FDICallback_Extract, this);
-  const bool isAlone = run.m_nMode == cab::kFile && !isCopied;
-  if (run.m_pRoot->Out().IsOpen() || isAlone) {
+  const bool isAlone = run.m_nMode == cab::kFile;
+  const int flags = m_state.m_options.goOn && !isAlone ? FDI_GO_ON : 0;
+  const bool isCopied = m_pCabinet->Copy(FDICallback_Extract, this, flags);
+  if (m_state.m_bCancel != 0) {
+    run.m_pRoot->Out().Remove();
+    run.m_pRoot->Report().Tell(morvunp::ItemResult::kFailed, morvunp::ItemReason::kInterrupted);
+  }
+  if (run.m_pRoot->Out().IsOpen() || (isAlone && !isCopied)) {
     run.m_pRoot->Report().Tell(morvunp::ItemResult::kFailed, m_pCabinet->ReasonOfFailure());
     run.m_pRoot->Out().KeepBroken();
   }
@@ -212,20 +217,6 @@ void CCabUnpacker::BeginFile(const std::wstring& name) {
 
 // Notifications.
 
-/// The interface opens whatever stands under the name of the next cabinet; one
-/// that is not there ends the pass.
-INT_PTR CCabUnpacker::OnNextCabinet(const FDINOTIFICATION& notification) {
-  const std::wstring name = frame::DecodeAnsi(notification.psz1);
-  if (!output::IsSafeName(name, true)) return kAbort;
-  const platform::FileIdentity file =
-      platform::IdentityOfPath(cab::CabinetPath(notification.psz3, notification.psz1));
-  if (file == platform::FileIdentity{}) {
-    m_pCabinet->NoteMissing(name);
-    return kAbort;
-  }
-  return kGoOn;
-}
-
 INT_PTR CCabUnpacker::FDICallback_Extract(FDINOTIFICATIONTYPE type, FDINOTIFICATION* notification) {
   auto& unpacker = *static_cast<CCabUnpacker*>(notification->pv);
   return frame::KeepException(cab::Cabinet::Thrown(), kAbort, [&] {
@@ -237,7 +228,9 @@ INT_PTR CCabUnpacker::FDICallback_Extract(FDINOTIFICATIONTYPE type, FDINOTIFICAT
       case fdintCLOSE_FILE_INFO:
         return unpacker.OnCloseFile(*notification);
       case fdintNEXT_CABINET:
-        return unpacker.OnNextCabinet(*notification);
+        return unpacker.m_pCabinet->FindNext(*notification) ? kGoOn : kAbort;
+      case fdintFILE_FAILED:
+        return unpacker.OnFileFailed(*notification);
       case fdintENUMERATE:
         return unpacker.OnEnumerate();
       default:
@@ -248,6 +241,8 @@ INT_PTR CCabUnpacker::FDICallback_Extract(FDINOTIFICATIONTYPE type, FDINOTIFICAT
 
 /// A file that began in an earlier cabinet; only from there it can be unpacked.
 INT_PTR CCabUnpacker::OnPartialFile(const FDINOTIFICATION& notification) {
+  // Of a set it was dealt with where it began.
+  if (!m_pCabinet->IsOfFirst(notification)) return kGoOn;
   cab::Extraction& run = *m_pExtraction;
   run.m_nPosition = run.m_nNext++;
   const cab::ItemList& items = m_pCabinet->Items();
@@ -266,11 +261,12 @@ INT_PTR CCabUnpacker::OnPartialFile(const FDINOTIFICATION& notification) {
 INT_PTR CCabUnpacker::OnCopyFile(const FDINOTIFICATION& notification) {
   cab::Extraction& run = *m_pExtraction;
   const ULONGLONG position = run.m_nNext++;
+  run.m_nAttribs = notification.attribs;
   bool isWanted = false;
   switch (run.m_nMode) {
     case cab::kFile:
       isWanted = !run.m_bFileOpened &&
-                 frame::SamePath(frame::DecodeAnsi(notification.psz1), run.m_strWanted);
+                 frame::SamePath(NameOf(notification.psz1), run.m_strWanted);
       if (isWanted && !run.m_pRoot->Open(output::Placing::kInPlace)) return kAbort;
       break;
     case cab::kFolder:
@@ -283,14 +279,15 @@ INT_PTR CCabUnpacker::OnCopyFile(const FDINOTIFICATION& notification) {
       break;
     case cab::kRouted:
       run.m_nPosition = position;
-      isWanted = ProcessRouted(cab::ItemOf(notification));
+      isWanted = ProcessRouted(cab::ItemOf(notification, m_state.m_options.utf8Names));
       break;
     default:
       break;
   }
   if (!isWanted) return Declined();
   run.m_bFileOpened = true;
-  return run.m_pRoot->Out().IsOpen() ? cab::kOutputFile : kAbort;
+  if (run.m_pRoot->Out().IsOpen()) return cab::kOutputFile;
+  return run.m_pRoot->Report().GoesOn() ? kSkip : kAbort;
 }
 
 /// The answer about a file that is not to be written.
@@ -309,16 +306,33 @@ INT_PTR CCabUnpacker::OnCloseFile(const FDINOTIFICATION& notification) {
   if (attributes != FILE_ATTRIBUTE_ARCHIVE) facts.attributes = attributes;
   output::Root& root = *m_pExtraction->m_pRoot;
   const bool isOnDisk = !root.Out().HasSink();
-  if (!root.Out().Finish(facts)) return kAbort;
+  if (!root.Out().Finish(facts)) return root.Report().GoesOn() ? TRUE : kAbort;
   if (isOnDisk) UpdateFileTree(m_state.m_strLastTarget);
   return root.Report().End() ? kAbort : TRUE;
+}
+
+/// The data of the file in hand cannot be had.
+INT_PTR CCabUnpacker::OnFileFailed(const FDINOTIFICATION& notification) {
+  if (m_state.m_bCancel != 0) return kAbort;
+  output::Root& root = *m_pExtraction->m_pRoot;
+  const bool isMissing =
+      notification.fdie == FDIERROR_CABINET_NOT_FOUND && !m_pCabinet->MissingCabinet().empty();
+  root.Report().Tell(morvunp::ItemResult::kFailed, cab::Cabinet::ReasonOf(notification.fdie),
+                     isMissing ? m_pCabinet->MissingCabinet() : std::wstring());
+  root.Out().KeepBroken();
+  return Declined();
+}
+
+std::wstring CCabUnpacker::NameOf(const char* name) const {
+  return cab::DecodeName(name, m_pExtraction->m_nAttribs, m_state.m_options.utf8Names);
 }
 
 /// The first enumeration begins the pass. A later one fails it when no file was
 /// written.
 INT_PTR CCabUnpacker::OnEnumerate() {
   cab::Extraction& run = *m_pExtraction;
-  if (!std::exchange(run.m_bEnumStarted, true) || run.m_nMode == cab::kRouted) return kGoOn;
+  const bool mayBeEmpty = run.m_nMode == cab::kRouted || m_state.m_options.wholeSet;
+  if (!std::exchange(run.m_bEnumStarted, true) || mayBeEmpty) return kGoOn;
   return run.m_bFileOpened ? kGoOn : kAbort;
 }
 
@@ -377,7 +391,7 @@ bool CCabUnpacker::ProcessUnpackArchive(const std::wstring&, const char* fileNam
 }
 
 bool CCabUnpacker::ProcessItem(const char* fileName) {
-  if (!SelectItem(frame::DecodeAnsi(fileName))) return false;
+  if (!SelectItem(NameOf(fileName))) return false;
   const cab::CCabItemInfo& item = *m_pCabinet->Items().Current();
   const morvunp::Route route = RouteOf(m_pExtraction->m_nPosition, item);
   if (route.IsPassOver()) return false;

@@ -31,6 +31,8 @@ class Extraction {
   /// no notification has come for.
   ULONGLONG m_nPosition = 0;
   ULONGLONG m_nNext = 0;
+  /// The attributes of the file that was reported last.
+  WORD m_nAttribs = 0;
   /// Bytes written of the file being unpacked, and its size.
   DWORD m_nDone = 0;
   LONG m_nTotal = 0;

@@ -6,9 +6,15 @@
 
 namespace morvunp::cab {
 
-CCabItemInfo ItemOf(const FDINOTIFICATION& notification) {
+std::wstring DecodeName(std::string_view name, WORD attribs, bool mayBeUtf8) {
+  if (!mayBeUtf8 || (attribs & _A_NAME_IS_UTF) == 0) return frame::DecodeAnsi(name);
+  const platform::AnsiCodePageScope utf8("UTF-8");
+  return frame::DecodeAnsi(name);
+}
+
+CCabItemInfo ItemOf(const FDINOTIFICATION& notification, bool mayBeUtf8) {
   CCabItemInfo item;
-  item.m_strPath = frame::DecodeAnsi(notification.psz1);
+  item.m_strPath = DecodeName(notification.psz1, notification.attribs, mayBeUtf8);
   item.m_nSize = notification.cb;
   item.m_nDate = notification.date;
   item.m_nTime = notification.time;
@@ -39,7 +45,8 @@ CCabItemInfo ItemList::operator[](std::size_t position) const {
   const Record& record = m_arrRecords[position];
   CCabItemInfo item;
   item.m_strPath =
-      frame::DecodeAnsi(std::string_view(m_names).substr(record.nameStart, record.nameLength));
+      DecodeName(std::string_view(m_names).substr(record.nameStart, record.nameLength),
+                 record.attribs, m_bUtf8Names);
   item.m_nSize = record.size;
   item.m_nDate = record.date;
   item.m_nTime = record.time;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "frame/pathindex.h"
@@ -28,8 +29,12 @@ class CCabItemInfo : public CObject {
   DWORD DosDateTime() const { return DWORD{m_nDate} << 16 | m_nTime; }
 };
 
+/// A name as a cabinet records it: in the ANSI code page, or in UTF-8 where the
+/// attributes say so and `mayBeUtf8`.
+std::wstring DecodeName(std::string_view name, WORD attribs, bool mayBeUtf8);
+
 /// The item that a notification is about.
-CCabItemInfo ItemOf(const FDINOTIFICATION& notification);
+CCabItemInfo ItemOf(const FDINOTIFICATION& notification, bool mayBeUtf8);
 
 /// Items in the order of the table, with one cursor. Every look-up scans the
 /// cabinet anew, so the list is made to be filled fast: it keeps what the table
@@ -39,6 +44,8 @@ class ItemList {
   /// Empties the list; there is no walk until Rewind.
   void RemoveAllItems();
   void Append(const FDINOTIFICATION& notification);
+  /// Names that are marked as UTF-8 are read so.
+  void SetUtf8Names(bool areUtf8) { m_bUtf8Names = areUtf8; }
 
   std::size_t size() const { return m_arrRecords.size(); }
   CCabItemInfo operator[](std::size_t position) const;
@@ -79,6 +86,7 @@ class ItemList {
   /// The item that the cursor takes next.
   std::size_t m_nPosition = kNoWalk;
   bool m_bHasCurrent = false;
+  bool m_bUtf8Names = false;
   CCabItemInfo m_current;
 };
 

@@ -50,6 +50,16 @@ bool MayGoOn(CUnpackState& state) {
   return true;
 }
 
+bool MayGoOnMeanwhile(CUnpackState& state) {
+  // A stop is to act within 0.2 s, and a look at the queue is to cost nothing.
+  constexpr std::chrono::milliseconds kBetween{50};
+  if (!state.m_options.pumpAlways) return true;
+  const auto now = std::chrono::steady_clock::now();
+  if (now - state.m_lastPump < kBetween) return true;
+  state.m_lastPump = now;
+  return MayGoOn(state);
+}
+
 bool ReportBlock(CUnpackState& state, ULONGLONG done, ULONGLONG total) {
   UpdateProgress(state, done, total, {});
   return MayGoOn(state);

@@ -27,6 +27,10 @@ bool MayGoOn(CUnpackState& state);
 /// the question. False when the user interrupts (m_bCancel is then set).
 bool ReportBlock(CUnpackState& state, ULONGLONG done, ULONGLONG total);
 
+/// For where data is passed over and archives are opened: pumps now and then
+/// where the options ask for it. False when the user interrupts.
+bool MayGoOnMeanwhile(CUnpackState& state);
+
 /// Reports a written file or a created folder. `lastReport` is the class's
 /// string of this thread, to which the message points.
 void UpdateFileTree(const CUnpackState& state, std::wstring& lastReport, const std::wstring& path);

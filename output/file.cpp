@@ -98,17 +98,27 @@ bool File::HandZeros(ULONGLONG length) {
   return true;
 }
 
+/// What could not be written was told. True when the rest is to be dropped.
+bool File::GiveUp() {
+  if (!m_reporter.GoesOn()) return false;
+  KeepBroken();
+  return m_bDropped = true;
+}
+
 bool File::Write(const void* bytes, DWORD length) {
   if (HasSink()) return Hand(bytes, length);
+  if (m_bDropped) return true;
   DWORD written = 0;
   const BOOL done = WriteFile(m_file.Get(), bytes, length, &written, nullptr);
   m_reporter.AddBytes(written);
   if (done != FALSE && written == length) return true;
-  return done == FALSE ? m_reporter.TellRefusal() : m_reporter.TellError(EIO);
+  done == FALSE ? m_reporter.TellRefusal() : m_reporter.TellError(EIO);
+  return GiveUp();
 }
 
 bool File::Skip(ULONGLONG length) {
   if (HasSink()) return HandZeros(length);
+  if (m_bDropped) return true;
   if (frame::MoveFilePointer(m_file.Get(), static_cast<LONGLONG>(length), FILE_CURRENT) !=
       ERROR_SUCCESS) {
     return m_reporter.TellRefusal();
@@ -118,7 +128,7 @@ bool File::Skip(ULONGLONG length) {
 }
 
 bool File::EndHere() {
-  return HasSink() || SetEndOfFile(m_file.Get()) != FALSE || m_reporter.TellRefusal();
+  return HasSink() || m_bDropped || SetEndOfFile(m_file.Get()) != FALSE || m_reporter.TellRefusal();
 }
 
 bool File::Finish(const FileFacts& facts, morvunp::ItemReason defect) {
@@ -127,6 +137,7 @@ bool File::Finish(const FileFacts& facts, morvunp::ItemReason defect) {
     m_reporter.Tell(isIntact ? morvunp::ItemResult::kIntact : morvunp::ItemResult::kFailed, defect);
     return true;
   }
+  if (std::exchange(m_bDropped, false)) return false;
   if (facts.lastWrite) {
     SetFileTime(m_file.Get(), &*facts.lastWrite, nullptr, &*facts.lastWrite);
   }
@@ -165,6 +176,7 @@ bool File::TakeName() {
 
 void File::KeepBroken() {
   m_pSink = nullptr;
+  m_bDropped = false;
   if (!m_aside.empty()) return Remove();
   m_bPending = false;
   m_file.Close();
@@ -172,6 +184,7 @@ void File::KeepBroken() {
 
 void File::Remove() {
   m_pSink = nullptr;
+  m_bDropped = false;
   if (!std::exchange(m_bPending, false)) return;
   const std::wstring& name = m_aside.empty() ? m_name : m_aside;
   const platform::FileIdentity ours =

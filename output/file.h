@@ -52,11 +52,11 @@ class File {
   void Attach(morvunp::ItemSink& sink) { m_pSink = &sink; }
   bool HasSink() const { return m_pSink != nullptr; }
 
-  bool IsOpen() const { return HasSink() || m_file.IsOpen(); }
+  bool IsOpen() const { return HasSink() || m_bDropped || m_file.IsOpen(); }
   HANDLE Get() const { return m_file.Get(); }
 
   /// False when not all of it could be written, or no more is wanted, which is
-  /// told.
+  /// told. In a run that goes on, what follows of such a file is dropped.
   bool Write(const void* bytes, DWORD length);
   /// Leaves a hole of zeros, which costs nothing whatever its length.
   bool Skip(ULONGLONG length);
@@ -65,8 +65,8 @@ class File {
 
   /// The file is complete: dates it, gives it its attributes and its name, and
   /// tells that it was written, or is intact, or, where the format takes it for complete in
-  /// spite of it, what is wrong with it. False when one of these fails, which
-  /// is told.
+  /// spite of it, what is wrong with it. False when one of these fails, or the
+  /// file was dropped, which is told.
   bool Finish(const FileFacts& facts, morvunp::ItemReason defect = morvunp::ItemReason::kNone);
   /// Closes a file that is not whole and leaves what came out of it; one that
   /// was to replace another goes.
@@ -75,6 +75,7 @@ class File {
   void Remove();
 
  private:
+  bool GiveUp();
   bool CreateBeside(const platform::FoundFile& existing, std::optional<DWORD> mode);
   bool Rewrite(const platform::FoundFile& existing);
   bool TakeName();
@@ -85,6 +86,8 @@ class File {
   Folders& m_folders;
   frame::OpenFile m_file;
   morvunp::ItemSink* m_pSink = nullptr;
+  /// It could not be written, which was told.
+  bool m_bDropped = false;
   /// A file was made and is neither finished nor given up.
   bool m_bPending = false;
   Placing m_placing = Placing::kFresh;

@@ -51,6 +51,8 @@ class Reporter {
   const std::optional<morvunp::RunReport>& End() const { return m_end; }
   /// A sink wants nothing more, so that nothing behind was to be reached.
   bool HasEnough() const { return m_end && m_end->reason == morvunp::ItemReason::kNone; }
+  /// After an item that failed there is no reason to end the run.
+  bool GoesOn() const { return m_state.m_options.goOn && !m_end; }
   /// Why the last item that failed did.
   const morvunp::RunReport& LastFailure() const { return m_lastFailure; }
 
@@ -94,7 +96,8 @@ class Reporter {
   Item m_item;
   std::wstring m_outputPath;
   ULONGLONG m_nBytes = 0;
-  bool m_bTold = false;
+  /// Nothing is left to be told of it; so before the first.
+  bool m_bTold = true;
   morvunp::ItemSink* m_pSink = nullptr;
   std::optional<morvunp::RunReport> m_end;
   morvunp::RunReport m_lastFailure;

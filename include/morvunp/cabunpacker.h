@@ -170,6 +170,7 @@ class MORVUNP_API CCabUnpacker {
   bool ProcessRouted(const morvunp::cab::CCabItemInfo& item);
   bool ProcessPlace(const morvunp::OutputPlace& place);
   INT_PTR Declined() const;
+  std::wstring NameOf(const char* name) const;
   bool ProcessItem(const char* fileName);
   void NoteSet();
   bool RunPass();
@@ -181,7 +182,7 @@ class MORVUNP_API CCabUnpacker {
   INT_PTR OnCloseFile(const FDINOTIFICATION& notification);
   INT_PTR OnEnumerate();
   INT_PTR OnPartialFile(const FDINOTIFICATION& notification);
-  INT_PTR OnNextCabinet(const FDINOTIFICATION& notification);
+  INT_PTR OnFileFailed(const FDINOTIFICATION& notification);
   UINT OnWrite(const void* bytes, UINT count);
 
   std::unique_ptr<morvunp::cab::Cabinet> m_pCabinet;

@@ -1,6 +1,8 @@
 // What every unpacker object holds beside the state of its format.
 #pragma once
 
+#include <chrono>
+#include <string>
 #include <vector>
 
 #include "morvunp/itemreport.h"
@@ -35,6 +37,8 @@ struct CUnpackState {
   /// With the name of a code page and not its converters, so that an object may
   /// be copied and may go to another thread.
   UnpackOptions m_options;
+  /// When messages were pumped last where nothing is written.
+  std::chrono::steady_clock::time_point m_lastPump;
 };
 
 }  // namespace morvunp

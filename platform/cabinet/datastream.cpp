@@ -13,7 +13,26 @@ constexpr std::uint64_t kMostRepeatedBlocks = (std::uint64_t{8} << 30) / kBlockS
 
 }  // namespace
 
+void DataStream::EnterTable(std::optional<WORD> continued) {
+  const bool isInHand = continued && m_nFolder == continued;
+  const bool isBegun = continued && m_begun.test(*continued);
+  const bool isAbandoned = continued && m_abandoned.test(*continued);
+  m_begun.reset();
+  m_begun.set(0, isBegun);
+  m_abandoned.reset();
+  m_abandoned.set(0, isAbandoned);
+  m_nFolder = isInHand ? std::optional<WORD>(WORD{0}) : std::nullopt;
+  m_bAtHome = false;
+}
+
+void DataStream::Abandon(WORD folder, FDIERROR error) {
+  m_abandoned.set(folder);
+  m_abandonedFor = error;
+  m_nFolder.reset();
+}
+
 void DataStream::GoTo(WORD folder, const File& file) {
+  if (m_abandoned.test(folder)) Fail(m_abandonedFor);
   m_bMayMove = file.IsToNext();
   if (m_nFolder != folder || file.offset < m_nBlockOffset) {
     NoteRepetition(folder);

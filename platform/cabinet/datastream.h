@@ -45,6 +45,12 @@ class DataStream {
   std::span<const BYTE> Bytes();
   void Drop(std::size_t length) { m_nTaken += length; }
 
+  /// The pass goes on with the table of the next cabinet. `continued`: its first
+  /// folder is that one of the table before.
+  void EnterTable(std::optional<WORD> continued);
+  /// The folder's data cannot be had; its files fail at once from here on.
+  void Abandon(WORD folder, FDIERROR error);
+
   /// True once the data has run into another cabinet.
   bool HasMoved() const { return m_bMoved; }
 
@@ -81,6 +87,9 @@ class DataStream {
   /// been unpacked before.
   std::bitset<std::numeric_limits<WORD>::max() + 1> m_begun;
   std::uint64_t m_nKnown = 0;
+  /// Those whose data cannot be had, and why that of the last one cannot.
+  std::bitset<std::numeric_limits<WORD>::max() + 1> m_abandoned;
+  FDIERROR m_abandonedFor = FDIERROR_NONE;
   /// Blocks that were unpacked again because files do not follow each other.
   std::uint64_t m_nRepeatedBlocks = 0;
 };

@@ -61,10 +61,10 @@ BOOL FDIIsCabinet(HFDI hfdi, INT_PTR hf, FDICABINETINFO* pfdici) {
   });
 }
 
-BOOL FDICopy(HFDI hfdi, char* pszCabinet, char* pszCabPath, int, PFNFDINOTIFY pfnfdin,
+BOOL FDICopy(HFDI hfdi, char* pszCabinet, char* pszCabPath, int flags, PFNFDINOTIFY pfnfdin,
              PFNFDIDECRYPT, void* pvUser) {
   return Perform(hfdi, [&](const Host& host) {
-    cabinet::Pass(host, pszCabinet, pszCabPath, pfnfdin, pvUser).Run();
+    cabinet::Pass(host, pszCabinet, pszCabPath, flags, pfnfdin, pvUser).Run();
   });
 }
 

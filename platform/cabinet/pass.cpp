@@ -47,30 +47,53 @@ std::size_t FolderSize(const char* folder) {
 
 }  // namespace
 
-Pass::Pass(const Host& host, const char* name, const char* folder, PFNFDINOTIFY notify, void* user)
+Pass::Pass(const Host& host, const char* name, const char* folder, int flags, PFNFDINOTIFY notify,
+           void* user)
     : m_host(host),
       m_pszName(name),
+      m_bWholeSet((flags & FDI_WHOLE_SET) != 0),
+      m_bGoOn((flags & FDI_GO_ON) != 0),
       m_pfnNotify(notify),
       m_pUser(user),
       m_nFolderSize(FolderSize(folder)),
       m_folder(host, m_nFolderSize),
-      m_table(host, folder, name),
+      m_pTable(Make<Volume>(host, host, folder, name)),
       m_data(host, *this) {
   std::memset(m_folder.Get(), 0, m_nFolderSize);
   std::memcpy(m_folder.Get(), folder, std::strlen(folder));
 }
 
 void Pass::Run() {
-  Header& header = m_table.header;
+  PassTable();
+  while (m_bWholeSet && m_pTable->header.HasNext()) {
+    GoToNextTable();
+    PassTable();
+  }
+}
+
+void Pass::PassTable() {
+  Header& header = m_pTable->header;
   NotifyCabinetInfo(header);
-  m_table.reader.Seek(header.filesOffset);
+  m_pTable->reader.Seek(header.filesOffset);
   NotifyEnumerate(header.files);
-  bool isAnnounced = false;
   for (int left = header.files; left > 0; --left) {
-    PassFile(ReadFile(m_table.reader));
-    if (m_data.HasMoved() && !std::exchange(isAnnounced, true)) NotifyEnumerate(left - 1);
+    PassFile(ReadFile(m_pTable->reader));
+    if (m_data.HasMoved() && !std::exchange(m_bMoveAnnounced, true)) NotifyEnumerate(left - 1);
   }
   NotifyEnumerate(0);
+}
+
+void Pass::GoToNextTable() {
+  const Header& last = m_pTable->header;
+  const char* const name = Plain(last.nextCabinet);
+  auto next = OpenNext(name, *m_pTable);
+  std::memcpy(m_nextName, name, std::strlen(name) + 1);
+  m_pszName = m_nextName;
+  next->reader.Seek(next->header.filesOffset);
+  m_bFirstFolderContinues = next->header.files > 0 && ReadFile(next->reader).IsFromPrevious();
+  const WORD lastFolder = static_cast<WORD>(last.folders > 0 ? last.folders - 1 : 0);
+  m_data.EnterTable(m_bFirstFolderContinues ? std::optional(lastFolder) : std::nullopt);
+  m_pTable = std::move(next);
 }
 
 // Notifications.
@@ -93,6 +116,8 @@ FDINOTIFICATION Pass::About(const File& file) const {
   notification.time = file.time;
   notification.attribs = file.attributes;
   notification.iFolder = file.folder;
+  notification.setID = m_pTable->header.setId;
+  notification.iCabinet = m_pTable->header.index;
   return notification;
 }
 
@@ -112,8 +137,8 @@ void Pass::NotifyCabinetInfo(Header& header) {
 void Pass::NotifyEnumerate(int filesLeft) {
   FDINOTIFICATION notification;
   notification.pv = m_pUser;
-  notification.cb = static_cast<LONG>(m_table.reader.Position());
-  notification.setID = m_table.header.setId;
+  notification.cb = static_cast<LONG>(m_pTable->reader.Position());
+  notification.setID = m_pTable->header.setId;
   notification.iFolder = static_cast<USHORT>(filesLeft);
   Notify(fdintENUMERATE, notification);
 }
@@ -127,8 +152,8 @@ void Pass::PassFile(const File& file) {
   }
   m_bFirstFolderContinues = true;
   FDINOTIFICATION notification = About(file);
-  notification.psz2 = m_table.header.previousCabinet;
-  notification.psz3 = m_table.header.previousDisk;
+  notification.psz2 = m_pTable->header.previousCabinet;
+  notification.psz3 = m_pTable->header.previousDisk;
   Notify(fdintPARTIAL_FILE, notification);
 }
 
@@ -137,8 +162,39 @@ void Pass::CopyFile(const File& file) {
   const INT_PTR answer = Notify(fdintCOPY_FILE, notification);
   if (answer == 0) return;
   Output output(m_host, answer);
-  WriteData(file, output.Get());
+  try {
+    WriteData(file, output.Get());
+  } catch (const Failure& failure) {
+    if (!GoesOn(failure.error)) throw;
+    m_data.Abandon(FolderOf(file), failure.error);
+    FailFile(file, output.Release(), failure.error);
+    return;
+  }
   CloseFile(file, output.Release());
+}
+
+/// What is wrong with the data of one folder leaves the others as they are.
+bool Pass::GoesOn(FDIERROR error) const {
+  switch (error) {
+    case FDIERROR_CABINET_NOT_FOUND:
+    case FDIERROR_NOT_A_CABINET:
+    case FDIERROR_UNKNOWN_CABINET_VERSION:
+    case FDIERROR_CORRUPT_CABINET:
+    case FDIERROR_BAD_COMPR_TYPE:
+    case FDIERROR_MDI_FAIL:
+    case FDIERROR_WRONG_CABINET:
+    case FDIERROR_EOF:
+      return m_bGoOn;
+    default:
+      return false;
+  }
+}
+
+void Pass::FailFile(const File& file, INT_PTR output, FDIERROR error) {
+  FDINOTIFICATION notification = About(file);
+  notification.hf = output;
+  notification.fdie = error;
+  Notify(fdintFILE_FAILED, notification);
 }
 
 void Pass::WriteData(const File& file, INT_PTR output) {
@@ -165,8 +221,8 @@ void Pass::CloseFile(const File& file, INT_PTR output) {
 
 WORD Pass::FolderOf(const File& file) const {
   if (!file.IsToNext()) return file.folder;
-  if (m_table.header.folders == 0) Fail(FDIERROR_CORRUPT_CABINET);
-  return static_cast<WORD>(m_table.header.folders - 1);
+  if (m_pTable->header.folders == 0) Fail(FDIERROR_CORRUPT_CABINET);
+  return static_cast<WORD>(m_pTable->header.folders - 1);
 }
 
 // Cabinets.
@@ -203,7 +259,7 @@ Owned<Volume> Pass::First(WORD& folder) {
 }
 
 bool Pass::IsEarlier(const Volume& volume) const {
-  return volume.header.index < m_table.header.index;
+  return volume.header.index < m_pTable->header.index;
 }
 
 Owned<Volume> Pass::Next(const Volume& current) {
@@ -228,7 +284,9 @@ Owned<Volume> Pass::OpenNext(const char* name, const Volume& current) {
     notification.psz1 = const_cast<char*>(name);
     notification.psz2 = const_cast<char*>(current.header.nextDisk);
     notification.fdie = error;
-    Notify(fdintNEXT_CABINET, notification);
+    // Only the caller knows whether it ends the pass or has no such cabinet.
+    const bool isRefused = m_pfnNotify(fdintNEXT_CABINET, &notification) == -1;
+    if (isRefused) Fail(m_bGoOn ? FDIERROR_CABINET_NOT_FOUND : FDIERROR_USER_ABORT);
     folder[m_nFolderSize - 1] = '\0';
     try {
       return OpenNeighbour(name, current, 1);

@@ -61,7 +61,17 @@ enum FDINOTIFICATIONTYPE : int {
   fdintCLOSE_FILE_INFO = 3,
   fdintNEXT_CABINET = 4,
   fdintENUMERATE = 5,
+  /// This module's own, in passes that go on: see FDI_GO_ON.
+  fdintFILE_FAILED = 16,
 };
+
+/// Bits of FDICopy's `flags`, which no other implementation looks at.
+/// The pass goes on with the tables of the next cabinets of the set, and reads
+/// data that goes through several of them once.
+inline constexpr int FDI_WHOLE_SET = 1;
+/// A file whose data cannot be had does not end the pass: fdintFILE_FAILED hands
+/// its handle back, and the files of that folder that follow fail likewise.
+inline constexpr int FDI_GO_ON = 2;
 
 /// What a notification tells; docs/cabinet.md has the fields of each. Texts
 /// belong to the module and are valid during the notification.
@@ -109,7 +119,7 @@ MORVUNP_API HFDI FDICreate(PFNALLOC pfnalloc, PFNFREE pfnfree, PFNOPEN pfnopen, 
                            ERF* perf);
 /// Tells whether a cabinet begins where `hf` stands, and what its header says.
 MORVUNP_API BOOL FDIIsCabinet(HFDI hfdi, INT_PTR hf, FDICABINETINFO* pfdici);
-/// One pass over the cabinet at `pszCabPath` + `pszCabinet`.
+/// One pass over the cabinet at `pszCabPath` + `pszCabinet`. `flags`: FDI_ bits.
 MORVUNP_API BOOL FDICopy(HFDI hfdi, char* pszCabinet, char* pszCabPath, int flags,
                          PFNFDINOTIFY pfnfdin, PFNFDIDECRYPT pfnfdid, void* pvUser);
 MORVUNP_API BOOL FDIDestroy(HFDI hfdi);

@@ -75,8 +75,8 @@ INT_PTR CCabUnpacker::FDICallback_Scan(FDINOTIFICATIONTYPE type, FDINOTIFICATION
   return frame::KeepException(cab::Cabinet::Thrown(), INT_PTR{-1}, [&] {
     cab::Cabinet& cabinet = *static_cast<CCabUnpacker*>(notification->pv)->m_pCabinet;
     // What continues from a cabinet of the list is in the list.
-    const bool isItem = type == fdintCOPY_FILE ||
-                        (type == fdintPARTIAL_FILE && cabinet.IsOfFirst(*notification));
+    const bool isItem =
+        type == fdintCOPY_FILE || (type == fdintPARTIAL_FILE && cabinet.IsOfFirst(*notification));
     if (isItem) cabinet.Items().Append(*notification);
     const bool isLost = type == fdintNEXT_CABINET && !cabinet.FindNext(*notification);
     return INT_PTR{isLost ? -1 : 0};

@@ -265,8 +265,7 @@ INT_PTR CCabUnpacker::OnCopyFile(const FDINOTIFICATION& notification) {
   bool isWanted = false;
   switch (run.m_nMode) {
     case cab::kFile:
-      isWanted = !run.m_bFileOpened &&
-                 frame::SamePath(NameOf(notification.psz1), run.m_strWanted);
+      isWanted = !run.m_bFileOpened && frame::SamePath(NameOf(notification.psz1), run.m_strWanted);
       if (isWanted && !run.m_pRoot->Open(output::Placing::kInPlace)) return kAbort;
       break;
     case cab::kFolder:

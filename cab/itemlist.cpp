@@ -44,9 +44,8 @@ void ItemList::Append(const FDINOTIFICATION& notification) {
 CCabItemInfo ItemList::operator[](std::size_t position) const {
   const Record& record = m_arrRecords[position];
   CCabItemInfo item;
-  item.m_strPath =
-      DecodeName(std::string_view(m_names).substr(record.nameStart, record.nameLength),
-                 record.attribs, m_bUtf8Names);
+  item.m_strPath = DecodeName(std::string_view(m_names).substr(record.nameStart, record.nameLength),
+                              record.attribs, m_bUtf8Names);
   item.m_nSize = record.size;
   item.m_nDate = record.date;
   item.m_nTime = record.time;

@@ -74,7 +74,8 @@ bool KeepsItsPlace(int code) {
 struct Engine::Buffers {
   RAROpenArchiveDataEx request{};
   RARHeaderDataEx header{};
-  std::array<char, 16384> comment{};
+  /// The engine cuts longer ones.
+  std::array<wchar_t, 65536> comment{};
   std::array<wchar_t, kEngineNameCapacity> source{};
 
   void* Open(const std::wstring& path, unsigned mode);
@@ -132,7 +133,8 @@ void* Engine::Buffers::Open(const std::wstring& path, unsigned mode) {
   request = {};
   request.ArcNameW = name.data();
   request.OpenMode = mode;
-  request.CmtBuf = comment.data();
+  comment[0] = 0;
+  request.CmtBufW = comment.data();
   request.CmtBufSize = static_cast<unsigned>(comment.size());
   return RAROpenArchiveEx(&request);
 }
@@ -246,6 +248,22 @@ int Engine::Extract(const std::wstring& path) {
   return ProcessItem([&](Stream& stream) { return stream.Extract(name.data()); });
 }
 
+std::wstring Engine::Comment() const {
+  const auto& comment = m_pBuffers->comment;
+  return {comment.data(), wcsnlen(comment.data(), comment.size())};
+}
+
+bool Engine::Resume(const std::wstring& path, const std::function<void()>& usePassword) {
+  const ULONGLONG number = m_nWalked;
+  if (!Open(path)) return false;
+  usePassword();
+  while (m_nWalked < number) {
+    if (ReadHeader() != kSuccess) return false;
+    if (m_nWalked < number && Skip() != kSuccess) return false;
+  }
+  return true;
+}
+
 bool Engine::IsVolume() const { return m_pBuffers->HasOpened(ROADF_VOLUME); }
 
 /// Brings the handle that extracts to the item in hand, decoding what lies
@@ -256,7 +274,9 @@ int Engine::Follow() {
     if (code != kSuccess) return code;
     const bool isContinuation = (m_pBuffers->header.Flags & RHDF_SPLITBEFORE) != 0;
     if (!isContinuation && ++m_nFollowed == m_nWalked) break;
-    const int skipped = m_pData->Skip();
+    m_bFollowing = true;
+    const int skipped = m_bHandOverPassed ? m_pData->Test() : m_pData->Skip();
+    m_bFollowing = false;
     // What is damaged may still leave later items whole.
     if (skipped == ERAR_BAD_PASSWORD || !KeepsItsPlace(skipped)) return skipped;
   }

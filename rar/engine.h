@@ -12,6 +12,7 @@
 // the one that extracts follows when an item is wanted.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -111,11 +112,24 @@ class Engine {
   /// Passes over the item; kSuccess at once when there is none. A walk ends
   /// where this fails.
   int Skip();
-  /// Decodes and checks the item and hands its data to the callback.
+  /// Decodes and checks the item and hands its data to the callback. In a solid
+  /// archive what lies before it is decoded, too, and handed over while
+  /// IsFollowing.
   int Test();
+  bool IsFollowing() const { return m_bFollowing; }
+  /// Items that are passed over on the way to a later one of a solid archive are
+  /// handed to the callback as well, so that it can stop the engine.
+  void HandOverPassed(bool isWanted) { m_bHandOverPassed = isWanted; }
+  /// The walk has ended early, and only opening the archive again helps.
+  bool HasLostPlace() const { return m_nLost != kSuccess && m_nLost != kEndOfArchive; }
+  /// Opens the archive again and goes to the header that was read last. False
+  /// where that cannot be reached.
+  bool Resume(const std::wstring& path, const std::function<void()>& usePassword);
   /// Writes the item to exactly this path, absolute and free of symbolic links:
   /// the engine replaces links on the way to it by folders.
   int Extract(const std::wstring& path);
+  /// The archive's comment as it was opened; empty without one.
+  std::wstring Comment() const;
   /// The archive is one volume of a set.
   bool IsVolume() const;
   /// Number of headers walked to, the item's own included.
@@ -143,6 +157,8 @@ class Engine {
   ULONGLONG m_nWalked = 0;
   ULONGLONG m_nFollowed = 0;
   bool m_bHasItem = false;
+  bool m_bFollowing = false;
+  bool m_bHandOverPassed = false;
   /// The failure after which the engine has lost its place, or kSuccess.
   int m_nLost = kSuccess;
 };

@@ -55,6 +55,10 @@ struct Run {
   /// The place of the item with this path; none in an operation of one item.
   std::function<std::optional<OutputPlace>(const std::wstring& path)> placeOf;
   OldLinks oldLinks;
+  /// The password was asked for in vain.
+  bool isPasswordRefused = false;
+  /// How often the archive was opened again to go on.
+  int resumed = 0;
   /// The rest of the data in hand is not wanted: its file cannot be written.
   bool isDropped = false;
 };
@@ -85,6 +89,7 @@ output::FileFacts FactsOf(const rar::Header& header) {
 }  // namespace
 
 output::Root CRarUnpacker::RootAt(const std::wstring& target) {
+  m_hArchive->HandOverPassed(m_state.m_options.pumpAlways);
   return {m_state, target, [this](const std::wstring& folder) { UpdateFileTree(folder); }};
 }
 
@@ -127,6 +132,7 @@ bool CRarUnpacker::UnpackAt(const morvunp::OutputPlace& place) {
   if (m_hArchive->Current().IsContinuation()) {
     return root.Report().Tell(ItemResult::kFailed, ItemReason::kBeginsEarlier);
   }
+  if (IsWithoutPassword()) return TellNoPassword();
   if (!root.Enter(place)) return false;
   m_state.m_bCancel = 0;
   const output::Root::Answer answer = root.Decide();
@@ -156,10 +162,34 @@ bool CRarUnpacker::Drain() {
     return root.Report().Tell(ItemResult::kFailed, ItemReason::kBeginsEarlier);
   }
   if (header.redirection != rar::Redirection::kNone) return root.Out().Finish({});
+  if (IsWithoutPassword()) return TellNoPassword();
   m_state.m_bCancel = 0;
   BeginData();
   const rar::Callbacks callbacks(*m_hArchive, CallbackProc, this);
   return WriteData();
+}
+
+/// The item cannot be had, because the user was asked before and gave none.
+bool CRarUnpacker::IsWithoutPassword() const {
+  return m_pRun->isPasswordRefused && m_hArchive->Current().IsEncrypted();
+}
+
+bool CRarUnpacker::TellNoPassword() {
+  return m_pRun->root.Report().Tell(ItemResult::kFailed, ItemReason::kNoPassword);
+}
+
+/// Behind an item: where the engine has lost its place and the run is to go on,
+/// the archive is opened again.
+void CRarUnpacker::Resume() {
+  // Each time all headers up to the item are read once more.
+  constexpr int kMostResumed = 100;
+  const bool isOver = m_state.m_bCancel != 0 || !m_pRun->root.Report().GoesOn();
+  if (isOver || !m_hArchive->HasLostPlace() || m_pRun->resumed == kMostResumed) return;
+  ++m_pRun->resumed;
+  m_strMissingVolume.clear();
+  if (m_hArchive->Resume(m_strArchive, [this] { UsePassword(); })) {
+    m_nWalkProblem = ItemReason::kNone;
+  }
 }
 
 bool CRarUnpacker::Write() {
@@ -291,7 +321,11 @@ bool CRarUnpacker::RunOverItems(const std::wstring& target, PlaceOf placeOf) {
   const bool result = output::UnpackByWalking<RARFILEFULLINFO>(
       *this, m_state, root, routeOf,
       [this](const RARFILEFULLINFO& info) { return CurrentItem(info.strPath); },
-      [this](output::Root&, const morvunp::Route& route) { return WriteItem(route.Place()); });
+      [this](output::Root&, const morvunp::Route& route) {
+        const bool isWritten = WriteItem(route.Place());
+        Resume();
+        return isWritten;
+      });
   TellRest(routeOf);
   return result;
 }
@@ -315,9 +349,15 @@ bool CRarUnpacker::UnpackItems(const std::wstring& target, const morvunp::ItemRo
       [this](const RARFILEFULLINFO& info) { return CurrentItem(info.strPath); },
       [&](output::Root&, const morvunp::OutputPlace& place) {
         places.Add(m_hArchive->Current().path, place);
-        return WriteItem(place);
+        const bool isWritten = WriteItem(place);
+        Resume();
+        return isWritten;
       },
-      [this](output::Root&) { return Drain(); });
+      [this](output::Root&) {
+        const bool isIntact = Drain();
+        Resume();
+        return isIntact;
+      });
   return TellRest([&](const RARFILEFULLINFO& info) { return route(routedOf(info)); });
 }
 
@@ -375,9 +415,7 @@ int CRarUnpacker::CallbackProc(UINT message, LPARAM userData, LPARAM p1, LPARAM 
 int CRarUnpacker::OnCallback(UINT message, LPARAM p1, LPARAM p2) {
   switch (message) {
     case rar::kChangeVolume:
-      if (p2 != rar::kVolumeMissing) return rar::kGoOn;
-      m_strMissingVolume = platform::ToLibraryPath(reinterpret_cast<const char*>(p1));
-      return rar::kStop;
+      return p2 == rar::kVolumeMissing ? OnVolumeMissing(reinterpret_cast<char*>(p1)) : rar::kGoOn;
     case rar::kProcessData:
       return OnData(reinterpret_cast<const void*>(p1), static_cast<std::size_t>(p2));
     case rar::kNeedPassword:
@@ -391,6 +429,7 @@ int CRarUnpacker::OnCallback(UINT message, LPARAM p1, LPARAM p2) {
 /// decoded to its end, because the engine loses its place when it is stopped;
 /// but there is no going on without space.
 int CRarUnpacker::OnData(const void* bytes, std::size_t length) {
+  if (m_hArchive->IsFollowing()) return frame::MayGoOnMeanwhile(m_state) ? rar::kGoOn : rar::kStop;
   output::Root& root = m_pRun->root;
   if (length != 0 && !m_pRun->isDropped) {
     const DWORD mode = ModeOf(m_hArchive->Current());
@@ -405,8 +444,29 @@ int CRarUnpacker::OnData(const void* bytes, std::size_t length) {
   return frame::ReportBlock(m_state, m_nDone, m_nTotal) ? rar::kGoOn : rar::kStop;
 }
 
+/// `name` is the path at which the engine looks, and where it takes another one
+/// from. Each volume is asked for once.
+int CRarUnpacker::OnVolumeMissing(char* name) {
+  constexpr std::size_t kCapacity = 1024;
+  const std::wstring path = platform::ToLibraryPath(name);
+  const auto& ask = m_state.m_options.onMissingVolume;
+  const bool isNew = ask && m_volumesAsked.insert(path).second;
+  const auto answer = isNew ? ask(std::wstring(frame::NameOf(path))) : std::nullopt;
+  const std::string native = answer ? platform::ToNativePath(*answer) : std::string();
+  if (native.empty() || native.size() >= kCapacity) {
+    m_strMissingVolume = path;
+    return rar::kStop;
+  }
+  std::copy_n(native.c_str(), native.size() + 1, name);
+  return rar::kGoOn;
+}
+
 int CRarUnpacker::OnPasswordNeeded(char* buffer, std::size_t capacity) {
+  // A walk alone asks for none.
+  if (m_bWalking) return rar::kStop;
   const auto answer = rar::AskPassword();
+  const bool isRefusal = !answer && m_state.m_options.goOn;
+  if (m_pRun != nullptr && isRefusal) m_pRun->isPasswordRefused = true;
   if (!answer) return rar::kStop;
   const std::string password = rar::NarrowPassword(*answer);
   if (password.size() >= capacity) return rar::kStop;

@@ -6,6 +6,7 @@
 #include "frame/foldermap.h"
 #include "frame/iteminfo.h"
 #include "frame/itempath.h"
+#include "frame/keptexception.h"
 #include "frame/message.h"
 #include "frame/progress.h"
 #include "frame/summary.h"
@@ -76,6 +77,7 @@ bool CRarUnpacker::OpenArchive(const std::wstring& path) {
   if (m_state.m_bKeepYesToAll == 0) m_state.m_iniYesToAll = {};
   m_bPasswordSet = 0;
   m_nWalkProblem = ItemReason::kNone;
+  m_volumesAsked.clear();
   const bool isOpen = m_hArchive->Open(path);
   m_nHeader = isOpen ? 0 : -1;
   m_state.m_archiveFiles = rar::FilesOfSet(path, isOpen && m_hArchive->IsVolume());
@@ -101,7 +103,9 @@ bool CRarUnpacker::AskForHeaders() {
   return true;
 }
 
+/// The one of the headers, if they have one.
 void CRarUnpacker::UsePassword() {
+  if (!m_hArchive->HasEncryptedHeaders() || m_bPasswordSet == 0) return;
   m_hArchive->SetPassword(rar::NarrowPassword(m_strCurrentPassword));
 }
 
@@ -114,8 +118,12 @@ bool CRarUnpacker::FindFile() {
   m_bContinuations = 0;
   m_nItems = 0;
   m_strMissingVolume.clear();
-  const bool isOpen = m_hArchive->Open(m_strArchive);
-  if (m_hArchive->HasEncryptedHeaders() && m_bPasswordSet != 0) UsePassword();
+  // What was just opened stands where a walk begins; opening it again would cost
+  // the derivation of another key.
+  const bool isFresh = m_hArchive->IsOpen() && m_hArchive->IsAtStart() && m_nHeader == 0 &&
+                       m_hArchive->HasEncryptedHeaders();
+  const bool isOpen = isFresh || m_hArchive->Open(m_strArchive);
+  UsePassword();
   m_nHeader = isOpen ? 0 : -1;
   if (!isOpen) NoteUnopened();
   return isOpen;
@@ -133,8 +141,23 @@ bool CRarUnpacker::FindNextFile() {
   return isFirst || PassOver() == rar::kSuccess;
 }
 
+/// A step from header to header, which may come to the next volume.
+template <class Step>
+int CRarUnpacker::Walk(Step step) {
+  if (!m_state.m_options.onMissingVolume) return step();
+  m_bWalking = true;
+  int code = rar::kSuccess;
+  {
+    const rar::Callbacks callbacks(*m_hArchive, CallbackProc, this);
+    code = step();
+  }
+  m_bWalking = false;
+  frame::ThrowKept(m_pThrown);
+  return code;
+}
+
 int CRarUnpacker::PassOver() {
-  const int code = m_hArchive->Skip();
+  const int code = Walk([this] { return m_hArchive->Skip(); });
   if (code != rar::kSuccess) {
     m_nWalkProblem = ProblemOf(code, m_hArchive->Current().HidesWrongPassword());
   }
@@ -144,7 +167,7 @@ int CRarUnpacker::PassOver() {
 int CRarUnpacker::ReadHeader() {
   const bool isAtStart = m_hArchive->IsAtStart();
   int code = m_hArchive->HasItem() ? PassOver() : rar::kSuccess;
-  if (code == rar::kSuccess) code = m_hArchive->ReadHeader();
+  if (code == rar::kSuccess) code = Walk([this] { return m_hArchive->ReadHeader(); });
   if (code != rar::kSuccess) {
     const bool isKeyTried = isAtStart && m_hArchive->HasEncryptedHeaders();
     if (m_nWalkProblem == ItemReason::kNone) m_nWalkProblem = ProblemOf(code, isKeyTried);
@@ -182,6 +205,8 @@ ItemReason CRarUnpacker::ProblemOf(int code, bool isEncrypted) const {
 }
 
 ItemReason CRarUnpacker::GetWalkProblem() const { return m_nWalkProblem; }
+
+std::wstring CRarUnpacker::GetComment() const { return m_hArchive->Comment(); }
 
 ULONGLONG CRarUnpacker::GetPosition() const { return m_nItems != 0 ? m_nItems - 1 : 0; }
 

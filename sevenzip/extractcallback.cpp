@@ -65,10 +65,17 @@ HRESULT C7zExtractCallback::GetStream(DWORD index, ISequentialOutStream** stream
   return Guarded([&]() -> HRESULT {
     m_pOutStream.Reset();
     m_bReportProgress = true;
+    if (!frame::MayGoOnMeanwhile(m_pUnpacker->m_state)) return E_ABORT;
     m_bInHand = m_pUnpacker->m_nMode == C7zUnpacker::kSingleItem || Process(index);
-    if (!m_bInHand) return m_pUnpacker->m_bReplaceCancelled != 0 ? E_ABORT : S_OK;
+    if (!m_bInHand) return Declined();
     return askMode == kAskExtract ? CreateFileOf(index, stream) : S_OK;
   });
+}
+
+/// The answer about an item that is not to be written.
+HRESULT C7zExtractCallback::Declined() const {
+  const bool isOver = m_pUnpacker->m_bReplaceCancelled != 0 || m_pRoot->Report().End();
+  return isOver ? E_ABORT : S_OK;
 }
 
 HRESULT C7zExtractCallback::CreateFileOf(DWORD index, ISequentialOutStream** stream) {
@@ -79,7 +86,7 @@ HRESULT C7zExtractCallback::CreateFileOf(DWORD index, ISequentialOutStream** str
   std::optional<DWORD> mode;
   if (hasMode) mode = m_nAttrib >> 16 & 0777;
   const bool isOpen = m_pRoot->Out().HasSink() || m_pRoot->Open(output::Placing::kInPlace, mode);
-  if (!isOpen) return E_ABORT;
+  if (!isOpen) return m_pRoot->Report().GoesOn() ? S_OK : E_ABORT;
   auto file = Create<COutFileStream>();
   file->Open(m_pRoot->Out());
   m_pOutStream = file;
@@ -123,6 +130,8 @@ HRESULT C7zExtractCallback::PrepareOperation(LONG askMode) {
 
 HRESULT C7zExtractCallback::SetOperationResult(LONG result) {
   return Guarded([&]() -> HRESULT {
+    // Where the user interrupted a read, the engine may take it for damage.
+    if (m_pUnpacker->m_state.m_bCancel != 0) return E_ABORT;
     m_nCompletedBase += m_nItemTotal;
     if (m_pOutStream) {
       m_pOutStream.Reset();
@@ -155,7 +164,9 @@ HRESULT C7zExtractCallback::FinishFile(LONG result) {
   if (m_bAttribDefined) facts.attributes = m_nAttrib;
   const auto defect = result == kResultOk ? morvunp::ItemReason::kNone : ReasonOf(result);
   const bool isOnDisk = !m_pRoot->Out().HasSink();
-  if (!m_pRoot->Out().Finish(facts, defect)) return platform::ResultOfError(GetLastError());
+  if (!m_pRoot->Out().Finish(facts, defect)) {
+    return m_pRoot->Report().GoesOn() ? S_OK : platform::ResultOfError(GetLastError());
+  }
   if (isOnDisk) m_pUnpacker->UpdateFileTree(m_pUnpacker->m_state.m_strLastTarget);
   return m_pRoot->Report().End() ? E_ABORT : S_OK;
 }

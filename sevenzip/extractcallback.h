@@ -25,6 +25,7 @@ class C7zExtractCallback final : public Component<Answers<ICryptoGetTextPassword
 
   /// The prompt for a password was cancelled or could not be shown.
   bool WasPasswordRefused() const { return m_bPasswordRefused; }
+  void ForgetRefusal() { m_bPasswordRefused = false; }
   /// The engine has come to an item that is to be written.
   bool HasInHand() const { return m_bInHand; }
 
@@ -39,6 +40,7 @@ class C7zExtractCallback final : public Component<Answers<ICryptoGetTextPassword
   bool Process(DWORD index);
   HRESULT ReadAs(VARTYPE type, DWORD index, PROPID id, Property& value) const;
   HRESULT ReadProperties(DWORD index);
+  HRESULT Declined() const;
   HRESULT CreateFileOf(DWORD index, ISequentialOutStream** stream);
   HRESULT FinishFile(LONG result);
   morvunp::ItemReason ReasonOf(LONG result) const;

@@ -102,22 +102,48 @@ void C7zUnpacker::BeginFile(const std::wstring& name) {
 /// A file that is open behind the engine is not whole.
 bool C7zUnpacker::RunExtract(const DWORD* indices, DWORD count,
                              sevenzip::C7zExtractCallback& callback) {
-  const HRESULT result = m_pEngine->Archive()->Extract(indices, count, 0, &callback);
+  HRESULT result = m_pEngine->Archive()->Extract(indices, count, 0, &callback);
+  const bool isAlone = m_nMode == kSingleItem;
+  if (callback.WasPasswordRefused() && m_state.m_options.goOn && !isAlone) {
+    result = ExtractPlainRest(callback);
+  }
   morvunp::RunReport end = ReportOf(result);
   if (callback.WasPasswordRefused()) end = {morvunp::ItemReason::kNoPassword};
   if (result == E_ABORT && !callback.WasPasswordRefused()) end = m_pRoot->Report().LastFailure();
   if (m_state.m_bCancel != 0) end = {morvunp::ItemReason::kInterrupted};
   frame::ThrowKept(sevenzip::Thrown());
-  const bool isInHand = m_nMode == kSingleItem || callback.HasInHand();
+  const bool isInHand = isAlone || callback.HasInHand();
+  if (m_state.m_bCancel != 0) m_pRoot->Out().Remove();
   if (m_pRoot->Out().IsOpen() || (isInHand && result != S_OK)) {
     m_pRoot->Report().TellFailure(end);
     m_pRoot->Out().KeepBroken();
   }
-  if (m_nMode != kSingleItem) {
+  if (!isAlone) {
     const bool isAtEnd = TellRest(end);
     if (m_nMode == kRoutedRun) return isAtEnd;
   }
   return m_state.m_bCancel == 0 && result == S_OK;
+}
+
+/// Without a password: what is encrypted is told, the rest comes out.
+HRESULT C7zUnpacker::ExtractPlainRest(sevenzip::C7zExtractCallback& callback) {
+  callback.ForgetRefusal();
+  std::vector<DWORD> plain;
+  SEVENZIPFILEFULLINFO info;
+  sevenzip::Property isEncrypted;
+  for (m_nCurrent = m_nNext; m_nCurrent < m_nItemCount; ++m_nCurrent) {
+    const bool isRead = GetFileFullInfo(info);
+    if (!isRead || RouteInRun(info.strPath, frame::IsFolderItem(info)).IsPassOver()) continue;
+    m_pEngine->Archive()->GetProperty(m_nCurrent, sevenzip::kpidEncrypted, isEncrypted.Receive());
+    if (!isEncrypted.IsTrue()) {
+      plain.push_back(m_nCurrent);
+      continue;
+    }
+    BeginItem(info);
+    m_pRoot->Report().Tell(morvunp::ItemResult::kFailed, morvunp::ItemReason::kNoPassword);
+  }
+  return m_pEngine->Archive()->Extract(plain.data(), static_cast<DWORD>(plain.size()), 0,
+                                       &callback);
 }
 
 /// The items that an engine which ended early has not come to.
@@ -256,7 +282,8 @@ bool C7zUnpacker::ProcessUnpackCurrentFile(const std::wstring& name, const std::
     BeginFile(name);
     return true;
   }
-  // A file that cannot be created ends the run as well.
-  m_bReplaceCancelled = answer == output::Root::Answer::kFailed ? 1 : m_state.m_bCancel;
+  // A file that cannot be created ends the run as well, unless it is to go on.
+  const bool isEnd = answer == output::Root::Answer::kFailed && !m_pRoot->Report().GoesOn();
+  m_bReplaceCancelled = isEnd ? 1 : m_state.m_bCancel;
   return false;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "frame/progress.h"
 #include "sevenzip/guarded.h"
 
 namespace morvunp::sevenzip {
@@ -33,10 +34,15 @@ HRESULT StreamFile::Seek(LONGLONG offset, DWORD origin, ULONGLONG* position) con
 }
 
 HRESULT CInFileStream::Read(void* data, DWORD size, DWORD* processed) {
-  DWORD read = 0;
-  const BOOL done = ReadFile(m_file.Get(), data, std::min(size, kLargestTransfer), &read, nullptr);
-  if (processed != nullptr) *processed = read;
-  return done != FALSE ? S_OK : LastResult();
+  if (processed != nullptr) *processed = 0;
+  return Guarded([&] {
+    if (!frame::MayGoOnMeanwhile(m_state)) return E_ABORT;
+    DWORD read = 0;
+    const DWORD length = std::min(size, kLargestTransfer);
+    const BOOL done = ReadFile(m_file.Get(), data, length, &read, nullptr);
+    if (processed != nullptr) *processed = read;
+    return done != FALSE ? S_OK : LastResult();
+  });
 }
 
 HRESULT CInFileStream::GetSize(ULONGLONG* size) {

@@ -25,6 +25,9 @@ HRESULT SeekFile(HANDLE file, LONGLONG offset, DWORD origin, ULONGLONG* position
 class CInFileStream final
     : public Component<Answers<IInStream, IStreamGetSize>, IInStream, IStreamGetSize> {
  public:
+  /// `state` is the unpacker's, whose user may interrupt while this is read.
+  explicit CInFileStream(CUnpackState& state) : m_state(state) {}
+
   bool Open(const std::wstring& path) { return m_file.OpenForReading(path); }
   platform::FileIdentity Identity() const { return platform::IdentityOf(m_file.Get()); }
 
@@ -35,6 +38,7 @@ class CInFileStream final
   HRESULT GetSize(ULONGLONG* size) override;
 
  private:
+  CUnpackState& m_state;
   StreamFile m_file;
 };
 

@@ -44,6 +44,7 @@ inline constexpr PROPID kpidAttrib = 9;
 inline constexpr PROPID kpidCTime = 10;
 inline constexpr PROPID kpidATime = 11;
 inline constexpr PROPID kpidMTime = 12;
+inline constexpr PROPID kpidEncrypted = 15;
 inline constexpr PROPID kpidCRC = 19;
 inline constexpr PROPID kpidMethod = 22;
 inline constexpr PROPID kpidNumVolumes = 39;

@@ -19,6 +19,14 @@ bool C7zmvOpenCallback::LookUp(const std::wstring& path) {
   return true;
 }
 
+/// Where the host says that a volume is which is not beside the first one.
+std::wstring C7zmvOpenCallback::PathOf(const wchar_t* name) const {
+  std::wstring path = m_strFolderPrefix + name;
+  const auto& ask = m_state.m_options.onMissingVolume;
+  if (!ask || GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES) return path;
+  return ask(name).value_or(path);
+}
+
 HRESULT C7zmvOpenCallback::GetProperty(PROPID id, PROPVARIANT* value) {
   *value = {};
   const DWORD attributes = m_volumeInfo.dwFileAttributes;
@@ -53,10 +61,10 @@ HRESULT C7zmvOpenCallback::GetProperty(PROPID id, PROPVARIANT* value) {
 HRESULT C7zmvOpenCallback::GetStream(const wchar_t* name, IInStream** stream) {
   *stream = nullptr;
   return Guarded([&]() -> HRESULT {
-    const std::wstring path = m_strFolderPrefix + name;
+    const std::wstring path = PathOf(name);
     if (!LookUp(path)) return S_FALSE;
     if ((m_volumeInfo.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) return S_FALSE;
-    auto file = Create<CInFileStream>();
+    auto file = Create<CInFileStream>(m_state);
     if (!file->Open(path)) return static_cast<HRESULT>(GetLastError());
     m_volumes.push_back(file->Identity());
     *stream = file.Detach();

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "morvunp/unpackstate.h"
 #include "sevenzip/component.h"
 #include "sevenzip/interfaces.h"
 #include "sevenzip/password.h"
@@ -29,6 +30,9 @@ class C7zmvOpenCallback final
     : public Component<Answers<IArchiveOpenVolumeCallback, ICryptoGetTextPassword>,
                        IArchiveOpenVolumeCallback, ICryptoGetTextPassword, IArchiveOpenCallback> {
  public:
+  /// `state` is the unpacker's.
+  explicit C7zmvOpenCallback(CUnpackState& state) : m_state(state) {}
+
   /// Looks the first volume up. False when it does not exist.
   bool Init(const std::wstring& firstVolume);
 
@@ -47,7 +51,9 @@ class C7zmvOpenCallback final
 
  private:
   bool LookUp(const std::wstring& path);
+  std::wstring PathOf(const wchar_t* name) const;
 
+  CUnpackState& m_state;
   std::vector<platform::FileIdentity> m_volumes;
 
   Password m_password;

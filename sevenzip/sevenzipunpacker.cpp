@@ -70,7 +70,7 @@ bool C7zUnpacker::SetOptions(const morvunp::UnpackOptions& options) {
 bool C7zUnpacker::OpenArchive(const std::wstring& path) {
   m_bHasCurrent = false;
   if (!m_pEngine->CreateArchive(path)) return false;
-  const auto stream = sevenzip::Create<sevenzip::CInFileStream>();
+  const auto stream = sevenzip::Create<sevenzip::CInFileStream>(m_state);
   if (!stream->Open(path)) return false;
   m_state.m_archiveFiles = {stream->Identity()};
   const auto callback = sevenzip::Create<sevenzip::C7zOpenCallback>();
@@ -81,9 +81,9 @@ bool C7zUnpacker::OpenMultiVolumeArchive(const std::wstring& firstVolume) {
   m_bHasCurrent = false;
   if (!m_pEngine->CreateArchive(firstVolume)) return false;
   const auto split = sevenzip::Create<NArchive::NSplit::CHandler>();
-  const auto callback = sevenzip::Create<sevenzip::C7zmvOpenCallback>();
+  const auto callback = sevenzip::Create<sevenzip::C7zmvOpenCallback>(m_state);
   if (!callback->Init(firstVolume)) return false;
-  const auto first = sevenzip::Create<sevenzip::CInFileStream>();
+  const auto first = sevenzip::Create<sevenzip::CInFileStream>(m_state);
   if (!first->Open(firstVolume)) return false;
   const HRESULT found = split->Open(first.Get(), nullptr, callback.Get());
   frame::ThrowKept(sevenzip::Thrown());

@@ -175,6 +175,95 @@ TEST_F(RarTest, ForgetsAnswersWhateverTheOpenGives) {
 
 // Unpacking.
 
+TEST_F(RarTest, BringsThePlainItemsOutWithoutAPassword) {
+  // The encrypted ones of the fixture between two of ours.
+  ASSERT_TRUE(OpenFixture("encrypted-files.rar"));
+  const std::string encrypted = ReadFile(RarFixture("encrypted-files.rar"));
+  const std::string plain = Built({{.path = "LAST", .data = "last"}});
+  constexpr std::size_t kSignatureAndMain = 8 + 8;
+  constexpr std::size_t kEnd = 8;
+  const std::string archive =
+      encrypted.substr(0, encrypted.size() - kEnd) + plain.substr(kSignatureAndMain);
+  ASSERT_TRUE(OpenBytes(archive));
+  Set({});
+  const std::size_t count = Records().size();
+  ASSERT_TRUE(unpacker.SetOptions({.goOn = true}));
+  Listen();
+  host.dialogAnswers = {DialogAnswer::Press(IDCANCEL)};
+  Unpack();
+  EXPECT_EQ(Out("LAST"), "last");
+  EXPECT_EQ(told.size(), count);
+  for (const Told& report : told) {
+    EXPECT_NE(report.result, ItemResult::kNotReached) << report.path.c_str();
+  }
+  EXPECT_TRUE(host.dialogAnswers.empty()) << "asked once";
+  EXPECT_THAT(ends.back(), Pair(ItemReason::kNone, L""));
+}
+
+TEST_F(RarTest, AsksOnceWhereAVolumeIs) {
+  for (const char* part : {"set.part1.rar", "set.part2.rar", "set.part4.rar"}) {
+    WriteFile(folder.Path(part), ReadFile(RarFixture(part)));
+  }
+  WriteFile(folder.Path("elsewhere/third"), ReadFile(RarFixture("set.part3.rar")));
+  WriteFile(folder.Path("elsewhere/set.part4.rar"), ReadFile(RarFixture("set.part4.rar")));
+  std::vector<std::wstring> asked;
+  std::optional<std::wstring> answer;
+  ASSERT_TRUE(unpacker.SetOptions({.onMissingVolume = [&](const std::wstring& name) {
+    asked.push_back(name);
+    return answer;
+  }}));
+  Set({});
+  ASSERT_TRUE(Open("set.part1.rar"));
+  EXPECT_FALSE(Unpack());
+  EXPECT_THAT(asked, ElementsAre(L"set.part3.rar"));
+  asked.clear();
+  std::filesystem::rename(folder.Path("elsewhere/third"), folder.Path("elsewhere/set.part3.rar"));
+  answer = folder.LibraryPath("elsewhere/set.part3.rar");
+  ASSERT_TRUE(Open("set.part1.rar"));
+  EXPECT_TRUE(Unpack());
+  EXPECT_EQ(asked.front(), L"set.part3.rar");
+}
+
+TEST_F(RarTest, StopsWhileItPassesOverASolidArchive) {
+  testsupport::RarBuilder builder;
+  for (const char* name : {"A", "B", "C"}) {
+    builder.Add({.path = name, .data = std::string(3'000'000, *name)});
+  }
+  ASSERT_TRUE(OpenBytes(builder.Build(testsupport::RarBuilder::kSolid)));
+  Set({});
+  ASSERT_TRUE(unpacker.SetOptions({.pumpAlways = true}));
+  Listen();
+  host.messageBoxAnswers = {IDYES};
+  bool isPosted = false;
+  EXPECT_FALSE(unpacker.UnpackItems(Target(), [&](const morvunp::RoutedItem& item) {
+    if (item.position < 2) return morvunp::Route::PassOver();
+    if (!std::exchange(isPosted, true)) host.PostStop();
+    return morvunp::Route::To({Target(), L"last"});
+  }));
+  EXPECT_THAT(ends, ElementsAre(Pair(ItemReason::kInterrupted, L"")));
+  EXPECT_THAT(Names(), IsEmpty());
+}
+
+TEST_F(RarTest, TellsTheComment) {
+  ASSERT_TRUE(OpenBuilt({{.path = "CMT", .data = "two\nlines \xE2\x82\xAC", .isService = true},
+                         {.path = "A", .data = "a"}}));
+  EXPECT_EQ(unpacker.GetComment(), L"two\nlines \u20AC");
+  ASSERT_TRUE(OpenFixture("tree.rar"));
+  EXPECT_EQ(unpacker.GetComment(), L"");
+}
+
+TEST_F(RarTest, OpensForItselfAsACopy) {
+  ASSERT_TRUE(OpenFixture("tree.rar"));
+  ASSERT_TRUE(unpacker.FindFile());
+  const std::size_t count = Records().size();
+  TestedUnpacker copy(unpacker);
+  EXPECT_FALSE(copy.CloseArchive()) << "nothing is open in it";
+  EXPECT_EQ(Records().size(), count) << "nor closed in the other";
+  ASSERT_TRUE(copy.FindFile());
+  copy = unpacker;
+  EXPECT_FALSE(copy.CloseArchive());
+}
+
 TEST_F(RarTest, TakesSetUidOffAndHeedsTheUmask) {
   const mode_t before = umask(027);
   EXPECT_TRUE(OpenBuilt({{.path = "U", .data = "u", .mode = 0106777},

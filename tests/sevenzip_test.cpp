@@ -5,6 +5,7 @@
 #include <sys/file.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 
@@ -103,6 +104,74 @@ TEST_F(SevenZip, AnswersNothingWithoutAnArchive) {
   EXPECT_FALSE(unpacker.GetFileShortInfo(info));
   C7zUnpacker copy(unpacker);
   EXPECT_FALSE(copy.FindFile()) << "a copy has no archive";
+}
+
+TEST_F(SevenZip, GoesOnWhereAFileCannotBeCreated) {
+  for (const char* name : {"a", "b/long", "c"}) Put(name, name);
+  Make("-mx1");
+  // 86 characters of 3 bytes make a name that no file may have.
+  std::string longName;
+  for (int i = 0; i < 86; ++i) longName += "\xE2\x82\xAC";
+  Run("cd '" + folder.Path("in") + "' && 7z rn -bso0 -bsp0 '" + folder.Path("x.7z") + "' b/long '" +
+      longName + "'");
+  ASSERT_TRUE(Open("x.7z"));
+  Set({});
+  Listen();
+  EXPECT_FALSE(Unpack());
+  EXPECT_EQ(told.back().result, morvunp::ItemResult::kNotReached);
+  ASSERT_TRUE(unpacker.SetOptions({.goOn = true}));
+  Listen();
+  EXPECT_TRUE(Unpack());
+  EXPECT_THAT(Names(), ElementsAre("a", "b/", "c"));
+  const auto tooLong = std::find_if(told.begin(), told.end(), [](const Told& report) {
+    return report.result == morvunp::ItemResult::kFailed;
+  });
+  ASSERT_NE(tooLong, told.end());
+  EXPECT_EQ(tooLong->reason, morvunp::ItemReason::kNameTooLong);
+  EXPECT_THAT(ends.back(), testing::Pair(morvunp::ItemReason::kNone, L""));
+}
+
+TEST_F(SevenZip, BringsThePlainItemsOutWithoutAPassword) {
+  for (const char* name : {"1", "2"}) Put(name, Numbers(100));
+  Put("empty", "");
+  Put("folder/empty", "");
+  Make("-psecret -ms=off");
+  ASSERT_TRUE(Open("x.7z"));
+  Set({});
+  Listen();
+  host.dialogAnswers = {DialogAnswer::Press(IDCANCEL)};
+  EXPECT_FALSE(Unpack());
+  EXPECT_EQ(told.back().result, morvunp::ItemResult::kNotReached);
+  ASSERT_TRUE(unpacker.SetOptions({.goOn = true}));
+  Listen();
+  host.dialogAnswers = {DialogAnswer::Press(IDCANCEL)};
+  EXPECT_TRUE(Unpack());
+  EXPECT_THAT(Names(), ElementsAre("empty", "folder/", "folder/empty"));
+  EXPECT_EQ(told.size(), Records().size());
+  EXPECT_EQ(std::count_if(told.begin(), told.end(),
+                          [](const Told& report) {
+                            return report.reason == morvunp::ItemReason::kNoPassword;
+                          }),
+            2);
+  EXPECT_TRUE(host.dialogAnswers.empty()) << "asked once";
+}
+
+/// A block of many small files makes the engine tell nothing until its end.
+TEST_F(SevenZip, StopsWhileItPassesOver) {
+  for (int i = 0; i < 20'000; ++i) Put("f/" + std::to_string(100'000 + i), "x");
+  Make("-mx1 -mqs=on");
+  ASSERT_TRUE(Open("x.7z"));
+  Set({});
+  ASSERT_TRUE(unpacker.SetOptions({.pumpAlways = true}));
+  Listen();
+  host.messageBoxAnswers = {IDYES};
+  host.PostStop();
+  EXPECT_FALSE(unpacker.UnpackItems(Target(), [this](const morvunp::RoutedItem& item) {
+    const bool isLast = item.path == L"f\\119999";
+    return isLast ? morvunp::Route::To({Target(), L"last"}) : morvunp::Route::PassOver();
+  }));
+  EXPECT_THAT(ends, ElementsAre(testing::Pair(morvunp::ItemReason::kInterrupted, L"")));
+  EXPECT_THAT(Names(), testing::IsEmpty());
 }
 
 TEST_F(SevenZip, UnpacksWhatEveryMethodPacked) {

@@ -3,6 +3,7 @@
 
 #include <exception>
 #include <memory>
+#include <set>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -143,6 +144,10 @@ class MORVUNP_API CRarUnpacker {
   /// count as files of their own.
   bool HasContinuations() const;
 
+  /// The comment of the archive opened last; empty without one. At most 65,535
+  /// characters.
+  std::wstring GetComment() const;
+
   std::wstring GetFileOutputInfo(const std::wstring& path);
   std::wstring GetFolderOutputInfo(const std::wstring& path);
   std::wstring GetArchiveOutputInfo();
@@ -217,6 +222,9 @@ class MORVUNP_API CRarUnpacker {
   bool WriteItem(const morvunp::OutputPlace& place);
   bool UnpackAt(const morvunp::OutputPlace& place);
   bool Drain();
+  bool IsWithoutPassword() const;
+  bool TellNoPassword();
+  void Resume();
   void BeginData();
   bool Write();
   bool WriteData();
@@ -228,10 +236,17 @@ class MORVUNP_API CRarUnpacker {
   int OnData(const void* bytes, std::size_t length);
 
   int OnCallback(UINT message, LPARAM p1, LPARAM p2);
+  int OnVolumeMissing(char* name);
+  template <class Step>
+  int Walk(Step step);
   int OnPasswordNeeded(char* buffer, std::size_t capacity);
 
   morvunp::ItemReason m_nWalkProblem = morvunp::ItemReason::kNone;
   BYTE m_bContinuations = 0;
+  /// The engine is at work for the walk and not for an item.
+  bool m_bWalking = false;
+  /// Where volumes were missed.
+  std::set<std::wstring> m_volumesAsked;
   /// Number of items that the walk has come to.
   ULONGLONG m_nItems = 0;
   /// The volume that the engine asked for in vain.

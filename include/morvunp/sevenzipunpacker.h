@@ -195,6 +195,7 @@ class MORVUNP_API C7zUnpacker {
   bool ProcessItem(DWORD index);
   bool RunExtract(const DWORD* indices, DWORD count,
                   morvunp::sevenzip::C7zExtractCallback& callback);
+  HRESULT ExtractPlainRest(morvunp::sevenzip::C7zExtractCallback& callback);
   bool RunOverItems(const DWORD* indices, DWORD count, const std::wstring& target);
   std::optional<morvunp::OutputPlace> PlaceInRun(const std::wstring& path, bool isFolder) const;
   morvunp::Route RouteInRun(const std::wstring& path, bool isFolder) const;

@@ -47,7 +47,7 @@ std::string RarBuilder::Rar5Header(const RarItem& item) {
     extra = Sized(Number(5) + Number(item.redirection) + Number(0) + Sized(item.redirectsTo));
   }
   const unsigned flags = (extra.empty() ? 0 : kHasExtra) | (item.data.empty() ? 0 : kHasData);
-  std::string header = Number(2) + Number(flags);
+  std::string header = Number(item.isService ? 3 : 2) + Number(flags);
   if (!extra.empty()) header += Number(extra.size());
   if (!item.data.empty()) header += Number(item.data.size());
   header += Number(item.isFolder ? 1 | 2 : 2 | 4) + Number(item.data.size()) + Number(item.mode) +
@@ -56,8 +56,9 @@ std::string RarBuilder::Rar5Header(const RarItem& item) {
   return Block(header + Number(0) + Number(item.fromWindows ? 0 : 1) + Sized(item.path) + extra);
 }
 
-std::string RarBuilder::Build() const {
-  return std::string("Rar!\x1a\x07\x01\x00"sv) + Block(Number(1) + Number(0) + Number(0)) + items_ +
+std::string RarBuilder::Build(unsigned archiveFlags) const {
+  return std::string("Rar!\x1a\x07\x01\x00"sv) +
+         Block(Number(1) + Number(0) + Number(archiveFlags)) + items_ +
          Block(Number(5) + Number(0) + Number(0));
 }
 

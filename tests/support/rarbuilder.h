@@ -18,6 +18,8 @@ struct RarItem {
   /// RAR5: 1 to 3 symbolic link, 4 hard link, 5 copy.
   unsigned redirection = 0;
   std::string redirectsTo{};
+  /// What belongs to the archive; its comment is called "CMT".
+  bool isService = false;
 };
 
 class RarBuilder {
@@ -26,7 +28,9 @@ class RarBuilder {
     items_ += Rar5Header(item) + item.data;
     return *this;
   }
-  std::string Build() const;
+  /// `archiveFlags` as the format has them.
+  static constexpr unsigned kSolid = 4;
+  std::string Build(unsigned archiveFlags = 0) const;
 
  private:
   static std::string Rar5Header(const RarItem& item);

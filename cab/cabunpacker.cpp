@@ -92,6 +92,8 @@ ULONGLONG CCabUnpacker::GetPosition() const { return m_pCabinet->Items().Positio
 
 bool CCabUnpacker::IsListComplete() const { return m_pCabinet->IsListComplete(); }
 
+std::wstring CCabUnpacker::GetMissingCabinet() const { return m_pCabinet->MissingCabinet(); }
+
 void CCabUnpacker::RemoveAllItems() { m_pCabinet->Items().RemoveAllItems(); }
 
 bool CCabUnpacker::LocateFile(const std::wstring& path) {

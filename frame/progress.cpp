@@ -60,6 +60,16 @@ bool MayGoOnMeanwhile(CUnpackState& state) {
   return MayGoOn(state);
 }
 
+void BeginOpening(CUnpackState& state) {
+  if (!state.m_options.pumpAlways) return;
+  state.m_bCancel = 0;
+  state.m_bStopRequest = 0;
+}
+
+bool WasOpeningInterrupted(const CUnpackState& state) {
+  return state.m_options.pumpAlways && state.m_bCancel != 0;
+}
+
 bool ReportBlock(CUnpackState& state, ULONGLONG done, ULONGLONG total) {
   UpdateProgress(state, done, total, {});
   return MayGoOn(state);

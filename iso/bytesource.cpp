@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <utility>
 
 namespace morvunp::iso {
 namespace {
@@ -17,10 +18,13 @@ std::uint64_t SizeOf(int descriptor) {
 
 }  // namespace
 
-DescriptorSource::DescriptorSource(int descriptor)
-    : m_hFile(reinterpret_cast<HANDLE>(_get_osfhandle(descriptor))), m_nSize(SizeOf(descriptor)) {}
+DescriptorSource::DescriptorSource(int descriptor, std::function<bool()> mayGoOn)
+    : m_hFile(reinterpret_cast<HANDLE>(_get_osfhandle(descriptor))),
+      m_nSize(SizeOf(descriptor)),
+      m_mayGoOn(std::move(mayGoOn)) {}
 
 std::int64_t DescriptorSource::ReadAt(std::uint64_t offset, void* buffer, std::uint32_t length) {
+  if (m_mayGoOn && !m_mayGoOn()) return -1;
   auto* bytes = static_cast<BYTE*>(buffer);
   std::uint32_t total = 0;
   while (total < length && offset + total < m_nSize) {

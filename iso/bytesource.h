@@ -28,7 +28,8 @@ class ByteSource {
 /// An open file by its C runtime descriptor, which it does not own.
 class DescriptorSource : public ByteSource {
  public:
-  explicit DescriptorSource(int descriptor);
+  /// Reads fail as soon as `mayGoOn`, where there is one, is false.
+  explicit DescriptorSource(int descriptor, std::function<bool()> mayGoOn = {});
 
   std::int64_t ReadAt(std::uint64_t offset, void* buffer, std::uint32_t length) override;
   std::uint64_t Size() const override { return m_nSize; }
@@ -36,6 +37,7 @@ class DescriptorSource : public ByteSource {
  private:
   HANDLE m_hFile;
   std::uint64_t m_nSize;
+  std::function<bool()> m_mayGoOn;
 };
 
 /// How much of an extent lies inside the source.

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "frame/filesystem.h"
+#include "frame/progress.h"
 #include "frame/summary.h"
 #include "iso/iso9660scan.h"
 #include "iso/recognition.h"
@@ -47,10 +48,11 @@ bool Image::Open(const std::wstring& path) {
   if (path.empty()) return false;
   CheckIsoImage(path);
   if (m_bUDF) m_volumes.RemoveUDFAllItems();
+  frame::BeginOpening(m_state);
   const bool opened = m_bISO9660 ? OpenISO9660(path) : m_bUDF && OpenUDF(path);
   if (!opened) return false;
   m_items.RemoveAllItems();
-  return Scan();
+  return Scan() && !frame::WasOpeningInterrupted(m_state);
 }
 
 bool Image::Scan() {
@@ -87,7 +89,8 @@ void Image::CheckIsoImage(const std::wstring& path) {
 bool Image::OpenDescriptor(const std::wstring& path) {
   m_nFile = OpenForReading(path);
   if (m_nFile == 0) return false;
-  m_pSource = std::make_unique<DescriptorSource>(m_nFile);
+  m_pSource = std::make_unique<DescriptorSource>(
+      m_nFile, [this] { return frame::MayGoOnMeanwhile(m_state); });
   return true;
 }
 
@@ -131,6 +134,11 @@ platform::FileIdentity Image::Identity() const {
   return platform::IdentityOf(reinterpret_cast<HANDLE>(_get_osfhandle(m_nFile)));
 }
 
+bool Image::Interrupt(output::Root& root) {
+  root.Out().Remove();
+  return root.Report().Tell(morvunp::ItemResult::kFailed, morvunp::ItemReason::kInterrupted);
+}
+
 bool Image::WriteItem(const CIsoItemInfo& item, output::Root& root, CUnpackState& state) {
   const CopyBuffer::Lease lease(m_buffer);
   OutputFile output(root, state, item.m_nSize);
@@ -138,13 +146,12 @@ bool Image::WriteItem(const CIsoItemInfo& item, output::Root& root, CUnpackState
     case CopyResult::kDone:
       break;
     case CopyResult::kFailed:
+      if (state.m_bCancel != 0) return Interrupt(root);
       root.Report().Tell(morvunp::ItemResult::kFailed, morvunp::ItemReason::kDamaged);
       root.Out().KeepBroken();
       return false;
     case CopyResult::kCancelled:
-      root.Out().Remove();
-      root.Report().Tell(morvunp::ItemResult::kFailed, morvunp::ItemReason::kInterrupted);
-      return false;
+      return Interrupt(root);
   }
   output::FileFacts facts{platform::FileTimeOfTimespec(item.m_timeModified, 0), std::nullopt};
   if (item.m_bHidden != 0) facts.attributes = FILE_ATTRIBUTE_HIDDEN;

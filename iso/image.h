@@ -16,7 +16,8 @@ namespace morvunp::iso {
 
 class Image {
  public:
-  Image() = default;
+  /// `state` is the unpacker's, whose user may interrupt while the image is read.
+  explicit Image(CUnpackState& state) : m_state(state) {}
   ~Image();
   Image(const Image&) = delete;
   Image& operator=(const Image&) = delete;
@@ -60,10 +61,12 @@ class Image {
   bool OpenUDF(const std::wstring& path);
   bool Scan();
   bool OpenDescriptor(const std::wstring& path);
+  static bool Interrupt(output::Root& root);
   CopyResult CopyItem(const CIsoItemInfo& item, OutputFile& output);
   CopyResult CopyUDF(const UdfAllocation& allocation, OutputFile& output);
   CopyResult CopyUDFExtent(int volume, const UDFEXTENT& extent, OutputFile& output);
 
+  CUnpackState& m_state;
   /// C runtime descriptor; 0 when no image is open.
   int m_nFile = 0;
   std::unique_ptr<DescriptorSource> m_pSource;

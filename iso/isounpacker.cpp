@@ -20,7 +20,7 @@ namespace output = morvunp::output;
 
 static_assert(morvunp::Unpacker<CIsoUnpacker>);
 
-CIsoUnpacker::CIsoUnpacker() : m_pImage(std::make_unique<iso::Image>()) {}
+CIsoUnpacker::CIsoUnpacker() : m_pImage(std::make_unique<iso::Image>(m_state)) {}
 
 CIsoUnpacker::~CIsoUnpacker() = default;
 

@@ -3,6 +3,7 @@
 
 #include <type_traits>
 
+#include "frame/progress.h"
 #include "morvunp/itemrouter.h"
 #include "morvunp/unpacker.h"
 #include "output/root.h"
@@ -28,6 +29,8 @@ bool UnpackByWalking(U& unpacker, CUnpackState& state, Root& root, RouteOf route
   using Info = std::conditional_t<std::is_void_v<Record>, typename U::ShortInfo, Record>;
   WalkItems<Info>(unpacker, [&](const Info& info) {
     const Route route = routeOf(info);
+    if (!isEnded && !frame::MayGoOnMeanwhile(state)) isEnded = true;
+    if (isEnded && state.m_reportItem == nullptr) return false;
     if (route.IsEnd()) root.Report().SetEnd({});
     if (route.IsEnd()) return false;
     if (route.IsPassOver()) return true;

@@ -175,6 +175,18 @@ TYPED_TEST(Router, IsInterruptedAsARunIs) {
   EXPECT_THAT(this->ends, ElementsAre(Pair(ItemReason::kInterrupted, L"")));
 }
 
+TYPED_TEST(Router, StopsWhileItOpens) {
+  // The engine for RAR opens archives without asking anybody.
+  if (requires { this->unpacker.GetComment(); }) return;
+  this->Make({{"A", "a"}});
+  ASSERT_TRUE(this->unpacker.SetOptions({.pumpAlways = true}));
+  this->host.messageBoxAnswers = {IDYES};
+  this->host.PostStop();
+  EXPECT_FALSE(this->Open() && this->unpacker.FindFile());
+  EXPECT_EQ(this->host.messageBoxes.size(), 1U);
+  EXPECT_TRUE(this->Open() && this->unpacker.FindFile());
+}
+
 TYPED_TEST(Router, LetsExceptionsOfSinksThrough) {
   this->Make({{"A", Pattern(3'000'000)}, {"B", "b"}});
   Keeper keeper;

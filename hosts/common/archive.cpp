@@ -89,8 +89,20 @@ bool OpenWith(C7zUnpacker& unpacker, const std::wstring& path, const ArchiveSetu
   throw PasswordProblem{setup.password->HasAnswer() ? WrongPasswordOrDamaged() : NoPassword()};
 }
 
+morvunp::UnpackOptions OptionsOf(const ArchiveSetup& setup) {
+  morvunp::UnpackOptions options;
+  options.goOn = true;
+  options.wholeSet = true;
+  options.safeReplace = true;
+  options.utf8Names = true;
+  // Without that window there is nobody who could ask for a stop.
+  options.pumpAlways = setup.progressWindow != nullptr;
+  return options;
+}
+
 template <class U>
 void SetUp(U& unpacker, const ArchiveSetup& setup) {
+  unpacker.SetOptions(OptionsOf(setup));
   unpacker.SetIni(setup.settings);
   unpacker.SetIniYesToAll(INIYESTOALL{});
   unpacker.SetWndFileTree(setup.fileTree);
@@ -202,6 +214,8 @@ std::optional<Reason> ReasonOfGap(const CIsoUnpacker& unpacker) {
 
 std::optional<Reason> ReasonOfGap(const CCabUnpacker& unpacker) {
   if (unpacker.IsListComplete()) return std::nullopt;
+  const std::wstring missing = unpacker.GetMissingCabinet();
+  if (!missing.empty()) return ReasonOf(morvunp::ItemReason::kMissingVolume, missing);
   return Reason::Of("cut or damaged: its table of files could not be read whole");
 }
 

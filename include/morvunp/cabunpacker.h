@@ -94,6 +94,9 @@ class MORVUNP_API CCabUnpacker {
   ULONGLONG GetPosition() const;
   /// False when the table could not be read whole by the last scan.
   bool IsListComplete() const;
+  /// The name of the cabinet that the last scan of a set missed; empty when
+  /// there was none.
+  std::wstring GetMissingCabinet() const;
   bool GetFileShortInfo(CABFILESHORTINFO& info) const;
   bool GetFileFullInfo(CABFILEFULLINFO& info) const;
   /// True when the path of an item in a folder contains `path` + "\" anywhere.

@@ -66,9 +66,13 @@ class Benchmark:
     extracts: bool = True
     # All files are there already, and are replaced unasked.
     replaces: bool = False
+    # What is measured, where it is not the command.
+    program: Peer | None = None
 
     @property
     def ours(self):
+        if self.program is not None:
+            return Peer(OURS, self.program.command, "", build=self.program.build)
         command = "extract -q {archive} -C {out}" if self.extracts else "list {archive}"
         if self.replaces:
             command += " --overwrite=all"

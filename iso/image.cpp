@@ -148,6 +148,7 @@ bool Image::WriteItem(const CIsoItemInfo& item, output::Root& root, CUnpackState
   }
   output::FileFacts facts{platform::FileTimeOfTimespec(item.m_timeModified, 0), std::nullopt};
   if (item.m_bHidden != 0) facts.attributes = FILE_ATTRIBUTE_HIDDEN;
+  if (root.Out().RefuseDefect(output.Defect())) return false;
   return root.Out().Finish(facts, output.Defect());
 }
 

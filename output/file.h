@@ -27,7 +27,9 @@ enum class Placing {
   kFresh,
   /// Into the existing file.
   kInPlace,
-  /// Under another name, to take its own when it is whole.
+  /// Under another name, to take its own when it is whole. The way of all
+  /// formats where UnpackOptions::safeReplace is set; a folder that takes no new
+  /// file has the existing one written into then, which is told.
   kBeside,
 };
 
@@ -68,15 +70,24 @@ class File {
   /// spite of it, what is wrong with it. False when one of these fails, which
   /// is told.
   bool Finish(const FileFacts& facts, morvunp::ItemReason defect = morvunp::ItemReason::kNone);
-  /// Closes a file that is not whole and leaves what came out of it; one that
-  /// was to replace another goes.
-  void KeepBroken();
+  /// A file that its format takes for complete in spite of `defect`: where the
+  /// options let none stay it goes, which is told. False when it is to be
+  /// finished.
+  bool RefuseDefect(morvunp::ItemReason defect);
+  /// Two ends of a file that is not whole: the first for formats that leave what
+  /// came out of it, the second for those that leave nothing. The options say
+  /// otherwise; but one that was to replace another always goes.
+  void KeepBroken() { EndBroken(morvunp::BrokenFiles::kKeep); }
+  void RemoveBroken() { EndBroken(morvunp::BrokenFiles::kRemove); }
   /// Deletes what was written.
   void Remove();
 
  private:
   bool CreateBeside(const platform::FoundFile& existing, std::optional<DWORD> mode);
   bool Rewrite(const platform::FoundFile& existing);
+  bool RewriteInstead(const platform::FoundFile& existing);
+  bool MayStay(morvunp::BrokenFiles asFormat) const;
+  void EndBroken(morvunp::BrokenFiles asFormat);
   bool TakeName();
   bool Hand(const void* bytes, DWORD length);
   bool HandZeros(ULONGLONG length);

@@ -44,6 +44,9 @@ class Reporter {
   const std::wstring& OutputPath() const { return m_outputPath; }
   void AddBytes(ULONGLONG bytes) { m_nBytes += bytes; }
   ULONGLONG Bytes() const { return m_nBytes; }
+  /// The existing file is written into although it was to stay until the end.
+  void SetInPlace() { m_bInPlace = true; }
+  const morvunp::UnpackOptions& Options() const { return m_state.m_options; }
   /// The run is to end here, and why: kNone where nothing more is wanted.
   void SetEnd(const morvunp::RunReport& why) {
     if (!m_end) m_end = why;
@@ -95,6 +98,7 @@ class Reporter {
   std::wstring m_outputPath;
   ULONGLONG m_nBytes = 0;
   bool m_bTold = false;
+  bool m_bInPlace = false;
   morvunp::ItemSink* m_pSink = nullptr;
   std::optional<morvunp::RunReport> m_end;
   morvunp::RunReport m_lastFailure;

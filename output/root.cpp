@@ -106,6 +106,7 @@ bool Root::IsArchive(const platform::FoundFile& found) const {
 }
 
 bool Root::Open(Placing placing, std::optional<DWORD> mode) {
+  if (m_state.m_options.safeReplace) placing = Placing::kBeside;
   const bool isOpen = m_existing ? m_file.Replace(m_name, *m_existing, placing, mode)
                                  : m_file.Create(m_name, mode.value_or(kDefaultMode));
   return isOpen || m_reporter.TellRefusal();
@@ -181,7 +182,7 @@ bool Root::Copy(const OutputPlace& source, const std::wstring& path, const FileF
     if (!isRead || !m_file.Write(block.data(), read)) break;
   }
   m_reporter.TellRefusal();
-  m_file.Remove();
+  m_file.RemoveBroken();
   return false;
 }
 

@@ -178,7 +178,9 @@ bool CRarUnpacker::WriteData() {
   // A copy: behind it the engine may stand elsewhere.
   const output::FileFacts facts = FactsOf(m_hArchive->Current());
   const int code = m_hArchive->Test();
-  if (code != rar::kSuccess || m_pRun->isDropped || m_pThrown) root.Out().Remove();
+  // What is behind an interruption is nothing that anybody wants.
+  if (m_state.m_bCancel != 0 || m_pThrown) root.Out().Remove();
+  if (code != rar::kSuccess || m_pRun->isDropped) root.Out().RemoveBroken();
   frame::ThrowKept(m_pThrown);
   if (code != rar::kSuccess) return Fail(code);
   if (m_pRun->isDropped) return false;

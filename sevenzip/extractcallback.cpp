@@ -154,8 +154,11 @@ HRESULT C7zExtractCallback::FinishFile(LONG result) {
   if (m_bModifiedDefined) facts.lastWrite = m_ftModified;
   if (m_bAttribDefined) facts.attributes = m_nAttrib;
   const auto defect = result == kResultOk ? morvunp::ItemReason::kNone : ReasonOf(result);
-  const bool isOnDisk = !m_pRoot->Out().HasSink();
-  if (!m_pRoot->Out().Finish(facts, defect)) return platform::ResultOfError(GetLastError());
+  const bool isRefused = m_pRoot->Out().RefuseDefect(defect);
+  const bool isOnDisk = !isRefused && !m_pRoot->Out().HasSink();
+  if (!isRefused && !m_pRoot->Out().Finish(facts, defect)) {
+    return platform::ResultOfError(GetLastError());
+  }
   if (isOnDisk) m_pUnpacker->UpdateFileTree(m_pUnpacker->m_state.m_strLastTarget);
   return m_pRoot->Report().End() ? E_ABORT : S_OK;
 }

@@ -177,6 +177,7 @@ bool CCabUnpacker::RunPass() {
 morvunp::RunReport CCabUnpacker::EndOfPass(bool isCopied) const {
   const cab::Extraction& run = *m_pExtraction;
   if (m_state.m_bCancel != 0) return {morvunp::ItemReason::kInterrupted};
+  if (run.m_pRoot->Report().End()) return *run.m_pRoot->Report().End();
   // The class itself ends a pass that has written nothing, at its end, and one
   // whose file could not be created.
   const bool isAtEnd = run.m_nNext >= m_pCabinet->Items().size();
@@ -358,7 +359,8 @@ bool CCabUnpacker::ProcessRouted(const cab::CCabItemInfo& item) {
   output::Root& root = *run.m_pRoot;
   const std::wstring path = PathOf(item);
   if (route.Sink() != nullptr) {
-    root.BeginSink(*route.Sink(), {run.m_nPosition, path, item.Size(), item.IsFolder()});
+    const morvunp::RoutedItem routed{run.m_nPosition, path, item.Size(), item.IsFolder()};
+    if (!root.BeginSink(*route.Sink(), routed)) return false;
     if (!item.IsFolder()) BeginFile(path);
     return !item.IsFolder();
   }

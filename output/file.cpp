@@ -116,6 +116,7 @@ bool File::HandZeros(ULONGLONG length) {
 }
 
 bool File::Write(const void* bytes, DWORD length) {
+  if (!m_budget.TakeBytes(length)) return m_reporter.TellLimit();
   if (HasSink()) return Hand(bytes, length);
   DWORD written = 0;
   const BOOL done = WriteFile(m_file.Get(), bytes, length, &written, nullptr);
@@ -125,6 +126,7 @@ bool File::Write(const void* bytes, DWORD length) {
 }
 
 bool File::Skip(ULONGLONG length) {
+  if (!m_budget.TakeBytes(length)) return m_reporter.TellLimit();
   if (HasSink()) return HandZeros(length);
   if (frame::MoveFilePointer(m_file.Get(), static_cast<LONGLONG>(length), FILE_CURRENT) !=
       ERROR_SUCCESS) {
@@ -184,8 +186,8 @@ bool File::MayStay(morvunp::BrokenFiles asFormat) const {
   // What was whole is worth more than what is broken.
   if (!m_aside.empty()) return false;
   const morvunp::BrokenFiles wanted = m_reporter.Options().brokenFiles;
-  return (wanted == morvunp::BrokenFiles::kAsFormat ? asFormat : wanted) ==
-         morvunp::BrokenFiles::kKeep;
+  if (wanted != morvunp::BrokenFiles::kAsFormat) return wanted == morvunp::BrokenFiles::kKeep;
+  return asFormat == morvunp::BrokenFiles::kKeep && !m_reporter.IsPastLimit();
 }
 
 bool File::RefuseDefect(morvunp::ItemReason defect) {

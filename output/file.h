@@ -5,6 +5,7 @@
 #include <string>
 
 #include "frame/filesystem.h"
+#include "output/budget.h"
 #include "output/folders.h"
 #include "platform/below.h"
 
@@ -37,7 +38,8 @@ enum class Placing {
 /// neither finished nor kept goes when the object does, as by an exception.
 class File {
  public:
-  File(Reporter& reporter, Folders& folders) : m_reporter(reporter), m_folders(folders) {}
+  File(Reporter& reporter, Folders& folders, Budget& budget)
+      : m_reporter(reporter), m_folders(folders), m_budget(budget) {}
   ~File();
   File(const File&) = delete;
   File& operator=(const File&) = delete;
@@ -57,9 +59,11 @@ class File {
   bool IsOpen() const { return HasSink() || m_file.IsOpen(); }
   HANDLE Get() const { return m_file.Get(); }
 
-  /// False when not all of it could be written, or no more is wanted, which is
-  /// told.
+  /// False when not all of it could be written, or no more is wanted or
+  /// allowed, which is told.
   bool Write(const void* bytes, DWORD length);
+  /// Nothing more is to be written, of this file or another.
+  bool IsRunOver() const { return m_reporter.End().has_value(); }
   /// Leaves a hole of zeros, which costs nothing whatever its length.
   bool Skip(ULONGLONG length);
   /// Ends the file where the writing ended, also behind a hole.
@@ -94,6 +98,7 @@ class File {
 
   Reporter& m_reporter;
   Folders& m_folders;
+  Budget& m_budget;
   frame::OpenFile m_file;
   morvunp::ItemSink* m_pSink = nullptr;
   /// A file was made and is neither finished nor given up.

@@ -83,6 +83,11 @@ bool Reporter::TellInTheWay(int what) {
   return false;
 }
 
+bool Reporter::TellLimit() {
+  SetEnd({ItemReason::kLimit});
+  return Tell(ItemResult::kFailed, ItemReason::kLimit);
+}
+
 void Reporter::TellWritten(ItemReason defect) {
   m_written[frame::HashOfText(m_outputPath)] = {m_item.position, frame::HashOfText(m_item.path),
                                                 m_item.size};

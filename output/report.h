@@ -52,6 +52,7 @@ class Reporter {
     if (!m_end) m_end = why;
   }
   const std::optional<morvunp::RunReport>& End() const { return m_end; }
+  bool IsPastLimit() const { return m_end && m_end->reason == morvunp::ItemReason::kLimit; }
   /// A sink wants nothing more, so that nothing behind was to be reached.
   bool HasEnough() const { return m_end && m_end->reason == morvunp::ItemReason::kNone; }
   /// Why the last item that failed did.
@@ -67,6 +68,9 @@ class Reporter {
   bool TellFailure(const morvunp::RunReport& why);
   /// `what` as ItemReport::systemError has it for kInTheWay. Always false.
   bool TellInTheWay(int what);
+
+  /// The item in hand passes a limit, which ends the run. Always false.
+  bool TellLimit();
 
   /// The item in hand has come out at its output path, with a defect or none.
   void TellWritten(morvunp::ItemReason defect = morvunp::ItemReason::kNone);

@@ -330,6 +330,7 @@ bool CRarUnpacker::TellRest(RouteOf routeOf) {
   output::Reporter& report = m_pRun->root.Report();
   morvunp::RunReport end{m_nWalkProblem, 0, m_strMissingVolume};
   if (output::IsFull(report.LastFailure().systemError)) end = report.LastFailure();
+  if (report.End()) end = *report.End();
   if (m_state.m_bCancel != 0) end = {ItemReason::kInterrupted};
   const std::wstring missing = m_strMissingVolume;
   end.detail = end.reason == ItemReason::kMissingVolume ? missing : std::wstring_view();
@@ -401,7 +402,7 @@ int CRarUnpacker::OnData(const void* bytes, std::size_t length) {
     if (m_pRun->isDropped && output::IsFull(root.Report().LastFailure().systemError)) {
       return rar::kStop;
     }
-    if (root.Report().HasEnough()) return rar::kStop;
+    if (root.Report().End()) return rar::kStop;
   }
   m_nDone += length;
   return frame::ReportBlock(m_state, m_nDone, m_nTotal) ? rar::kGoOn : rar::kStop;

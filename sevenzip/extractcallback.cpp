@@ -66,7 +66,8 @@ HRESULT C7zExtractCallback::GetStream(DWORD index, ISequentialOutStream** stream
     m_pOutStream.Reset();
     m_bReportProgress = true;
     m_bInHand = m_pUnpacker->m_nMode == C7zUnpacker::kSingleItem || Process(index);
-    if (!m_bInHand) return m_pUnpacker->m_bReplaceCancelled != 0 ? E_ABORT : S_OK;
+    const bool isOver = m_pUnpacker->m_bReplaceCancelled != 0 || m_pRoot->Report().End();
+    if (!m_bInHand) return isOver ? E_ABORT : S_OK;
     return askMode == kAskExtract ? CreateFileOf(index, stream) : S_OK;
   });
 }

@@ -106,6 +106,7 @@ bool C7zUnpacker::RunExtract(const DWORD* indices, DWORD count,
   morvunp::RunReport end = ReportOf(result);
   if (callback.WasPasswordRefused()) end = {morvunp::ItemReason::kNoPassword};
   if (result == E_ABORT && !callback.WasPasswordRefused()) end = m_pRoot->Report().LastFailure();
+  if (m_pRoot->Report().End()) end = *m_pRoot->Report().End();
   if (m_state.m_bCancel != 0) end = {morvunp::ItemReason::kInterrupted};
   frame::ThrowKept(sevenzip::Thrown());
   const bool isInHand = m_nMode == kSingleItem || callback.HasInHand();
@@ -224,7 +225,9 @@ bool C7zUnpacker::ProcessItem(DWORD index) {
   if (route.IsPassOver()) return false;
   BeginItem(info);
   if (route.Sink() != nullptr) {
-    m_pRoot->BeginSink(*route.Sink(), {index, info.strPath, m_nTotal, isFolder});
+    const bool isBegun =
+        m_pRoot->BeginSink(*route.Sink(), {index, info.strPath, m_nTotal, isFolder});
+    if (!isBegun) return false;
     if (!isFolder) BeginFile(std::wstring(frame::NameOf(info.strPath)));
     return !isFolder;
   }

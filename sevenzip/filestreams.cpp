@@ -48,7 +48,8 @@ HRESULT CInFileStream::GetSize(ULONGLONG* size) {
 HRESULT COutFileStream::Write(const void* data, DWORD size, DWORD* processed) {
   const DWORD length = std::min(size, kLargestTransfer);
   const bool done = m_pFile->Write(data, length);
-  const HRESULT result = done ? S_OK : LastResult();
+  const HRESULT failure = m_pFile->IsRunOver() ? E_ABORT : LastResult();
+  const HRESULT result = done ? S_OK : failure;
   if (processed != nullptr) *processed = done ? length : 0;
   if (done) m_nProcessedSize += length;
   return result;

@@ -1,5 +1,6 @@
 // What the options of a run change, in all formats: what is left of broken
-// files and of those that they were to replace.
+// files and of those that they were to replace, who is asked about existing
+// files, and how much may come out.
 #include <gmock/gmock.h>
 #include <signal.h>
 #include <sys/resource.h>
@@ -10,6 +11,7 @@
 
 #include "support/bytes.h"
 #include "support/formats.h"
+#include "support/rarbuilder.h"
 #include "support/unpacktest.h"
 
 namespace {
@@ -174,6 +176,225 @@ TYPED_TEST(Options, WhatFailsCostsNoExistingFile) {
   EXPECT_TRUE(this->Out() == before) << "no room";
   EXPECT_EQ(this->ToldOf(L"BIG").systemError, EFBIG);
 }
+
+TYPED_TEST(Options, TheHostsFunctionDecidesAboutExistingFiles) {
+  using What = morvunp::ExistingFileAnswer::What;
+  this->Make({{"A", "new a"}, {"B", "new b"}, {"C", "new c"}, {"D", "new d"}});
+  for (const char* name : {"A", "B", "C", "D"}) WriteFile(this->folder.Path("out/") + name, "old");
+  this->Set({.bConfirmReplace = 1});
+  std::vector<morvunp::ExistingFileAnswer> answers{{What::kKeep}, {What::kWrite}, {What::kCancel}};
+  std::size_t asked = 0;
+  this->Choose({.onExistingFile = [&](const auto&) { return answers.at(asked++); }});
+  EXPECT_FALSE(this->unpacker.UnpackArchive(this->Target()));
+  EXPECT_THAT(this->Out(), ElementsAre(Pair("A", "old"), Pair("B", "new b"), Pair("C", "old"),
+                                       Pair("D", "old")));
+  EXPECT_EQ(asked, 3U);
+  EXPECT_EQ(this->ToldOf(L"A").result, ItemResult::kKept);
+  EXPECT_EQ(this->ToldOf(L"A").reason, ItemReason::kNone);
+  EXPECT_EQ(this->ToldOf(L"C").reason, ItemReason::kInterrupted);
+  EXPECT_EQ(this->ToldOf(L"D").result, ItemResult::kNotReached);
+  EXPECT_THAT(this->ends, ElementsAre(Pair(ItemReason::kInterrupted, L"")));
+  EXPECT_TRUE(this->host.dialogs.empty());
+
+  this->Choose({.onExistingFile = [&](const auto&) -> morvunp::ExistingFileAnswer {
+    throw std::runtime_error("enough");
+  }});
+  EXPECT_THROW(this->unpacker.UnpackArchive(this->Target()), std::runtime_error);
+  EXPECT_EQ(this->Out("D"), "old");
+}
+
+TYPED_TEST(Options, AFileComesOutUnderAnotherNameThatIsFree) {
+  this->Make({{"D/A", "new a"}});
+  const auto walk = this->Positions();
+  WriteFile(this->folder.Path("out/D/A"), "old");
+  WriteFile(this->folder.Path("out/D/A (2)"), "older");
+  const std::wstring d = this->Target() + L"\\D\\";
+  std::vector<std::wstring> asked;
+  this->Choose({.onExistingFile = [&](const morvunp::ExistingFile& file) {
+    asked.emplace_back(file.outputPath);
+    EXPECT_EQ(file.size, asked.size() == 1 ? 3U : 5U);
+    EXPECT_EQ(walk.at(file.position), L"D\\A");
+    EXPECT_EQ(file.itemPath, L"D\\A");
+    EXPECT_EQ(file.itemSize, 5U);
+    EXPECT_EQ(file.itemModified, testsupport::kItemTime);
+    EXPECT_EQ(file.attributes, DWORD{FILE_ATTRIBUTE_NORMAL});
+    return morvunp::ExistingFileAnswer{morvunp::ExistingFileAnswer::What::kOtherName,
+                                       asked.size() == 1 ? L"A (2)" : L"A (3)"};
+  }});
+  for (const bool isAlone : {false, true}) {
+    asked.clear();
+    this->Listen();
+    EXPECT_TRUE(isAlone ? this->Unpack(L"D\\A") : this->Unpack());
+    EXPECT_THAT(asked, ElementsAre(d + L"A", d + L"A (2)"));
+    EXPECT_THAT(this->Out(), ElementsAre(Pair("D/", ""), Pair("D/A", "old"),
+                                         Pair("D/A (2)", "older"), Pair("D/A (3)", "new a")));
+    EXPECT_EQ(this->ToldOf(L"D\\A").outputPath, d + L"A (3)");
+    EXPECT_THAT(this->host.fileTreePaths, testing::Contains(d + L"A (3)"));
+    std::filesystem::remove(this->folder.Path("out/D/A (3)"));
+  }
+}
+
+TYPED_TEST(Options, AnotherNamePassesTheGate) {
+  this->Make({{"A", "evil"}, {"B", "good"}});
+  WriteFile(this->folder.Path("out/A"), "old");
+  WriteFile(this->folder.Path("out/C/X"), "old");
+  ASSERT_EQ(symlink("C/X", this->folder.Path("out/LINK").c_str()), 0);
+  const auto before = testsupport::TreeOf(this->folder.Path());
+  const struct {
+    std::wstring name;
+    ItemReason reason;
+  } cases[] = {{L"", ItemReason::kUnsafeName},
+               {L"..", ItemReason::kUnsafeName},
+               {L"C\\Y", ItemReason::kUnsafeName},
+               {L"C/Y", ItemReason::kUnsafeName},
+               {L"C:Y", ItemReason::kUnsafeName},
+               {L"..\\Y", ItemReason::kUnsafeName},
+               {L"C", ItemReason::kInTheWay},
+               {L"LINK", ItemReason::kInTheWay},
+               {std::wstring(300, L'n'), ItemReason::kNameTooLong}};
+  for (const auto& [name, reason] : cases) {
+    this->Choose({.onExistingFile = [&name = name](const auto&) {
+      return morvunp::ExistingFileAnswer{morvunp::ExistingFileAnswer::What::kOtherName, name};
+    }});
+    this->Listen();
+    this->Unpack();
+    EXPECT_EQ(this->ToldOf(L"A").reason, reason) << testing::PrintToString(name);
+    std::filesystem::remove(this->folder.Path("out/B"));
+    EXPECT_EQ(testsupport::TreeOf(this->folder.Path()), before) << testing::PrintToString(name);
+  }
+}
+
+TYPED_TEST(Options, NobodyIsAskedAboutWhatCannotBeReplaced) {
+  this->Make({{"FOLDER", "evil"}, {"LINK", "evil"}, {"x", "evil"}});
+  mkdir(this->folder.Path("FOLDER").c_str(), 0777);
+  ASSERT_EQ(symlink("FOLDER", this->folder.Path("LINK").c_str()), 0);
+  const auto before = testsupport::TreeOf(this->folder.Path());
+  this->Choose({.onExistingFile = [](const auto&) {
+    ADD_FAILURE() << "asked";
+    return morvunp::ExistingFileAnswer{morvunp::ExistingFileAnswer::What::kWrite};
+  }});
+  this->unpacker.UnpackArchive(this->folder.LibraryPath());
+  EXPECT_TRUE(testsupport::TreeOf(this->folder.Path()) == before);
+  for (const auto& report : this->told) EXPECT_EQ(report.reason, ItemReason::kInTheWay);
+  EXPECT_EQ(this->told.size(), 3U);
+}
+
+/// Counts what it is handed.
+class CountingSink final : public morvunp::ItemSink {
+ public:
+  void Begin(const morvunp::RoutedItem&) override { ++items; }
+  bool Write(const void*, std::size_t length) override {
+    bytes += length;
+    return true;
+  }
+  bool End(const morvunp::ItemReport& report) override {
+    last = report.reason;
+    return true;
+  }
+
+  std::size_t items = 0;
+  std::size_t bytes = 0;
+  ItemReason last{};
+};
+
+TYPED_TEST(Options, NoMoreBytesComeOutThanAllowed) {
+  this->Make({{"A", "12345"}, {"BIG", kLong}, {"C", "c"}});
+  const ULONGLONG all = 5 + kLong.size() + 1;
+  for (const bool isKept : {false, true}) {
+    this->Choose({.brokenFiles = isKept ? BrokenFiles::kKeep : BrokenFiles::kAsFormat,
+                  .limits = {.bytes = 1'000'000}});
+    this->Listen();
+    EXPECT_FALSE(this->Unpack());
+    EXPECT_EQ(this->Out("A"), "12345");
+    EXPECT_EQ(this->Names().size(), isKept ? 2U : 1U);
+    EXPECT_TRUE(!isKept || this->Out("BIG").size() <= 1'000'000 - 5);
+    EXPECT_EQ(this->ToldOf(L"BIG").result, ItemResult::kFailed);
+    EXPECT_EQ(this->ToldOf(L"BIG").reason, ItemReason::kLimit);
+    EXPECT_EQ(this->ToldOf(L"C").result, ItemResult::kNotReached);
+    EXPECT_EQ(this->ToldOf(L"C").reason, ItemReason::kLimit);
+    EXPECT_THAT(this->ends, ElementsAre(Pair(ItemReason::kLimit, L"")));
+  }
+  std::filesystem::remove(this->folder.Path("out/BIG"));
+
+  CountingSink sink;
+  this->Listen();
+  EXPECT_FALSE(this->unpacker.UnpackItems(
+      this->Target(), [&](const morvunp::RoutedItem&) { return morvunp::Route::Into(sink); }));
+  EXPECT_EQ(sink.items, 2U);
+  EXPECT_LE(sink.bytes, 1'000'000U);
+  EXPECT_EQ(sink.last, ItemReason::kLimit);
+  EXPECT_THAT(this->ends, ElementsAre(Pair(ItemReason::kLimit, L"")));
+
+  this->Choose({.limits = {.bytes = all - 1}});
+  this->Unpack();
+  EXPECT_THAT(this->Names(), ElementsAre("A", "BIG"));
+  this->Choose({.limits = {.bytes = all}});
+  EXPECT_TRUE(this->Unpack());
+  EXPECT_THAT(this->Names(), ElementsAre("A", "BIG", "C"));
+}
+
+TYPED_TEST(Options, NoMoreItemsAreBegunThanAllowed) {
+  this->Make({{"A", "a"}, {"B", "b"}, {"C", "c"}, {"D", "d"}});
+  this->Choose({.limits = {.items = 2}});
+  EXPECT_FALSE(this->Unpack());
+  EXPECT_THAT(this->Names(), ElementsAre("A", "B"));
+  EXPECT_EQ(this->ToldOf(L"C").result, ItemResult::kFailed);
+  EXPECT_EQ(this->ToldOf(L"C").reason, ItemReason::kLimit);
+  EXPECT_EQ(this->ToldOf(L"D").result, ItemResult::kNotReached);
+  EXPECT_EQ(this->told.size(), 4U);
+  EXPECT_THAT(this->ends, ElementsAre(Pair(ItemReason::kLimit, L"")));
+
+  CountingSink sink;
+  EXPECT_FALSE(this->unpacker.UnpackItems(
+      this->Target(), [&](const morvunp::RoutedItem&) { return morvunp::Route::Into(sink); }));
+  EXPECT_EQ(sink.items, 2U);
+  this->Choose({.limits = {.items = 4}});
+  EXPECT_TRUE(this->Unpack());
+  EXPECT_EQ(this->Names().size(), 4U);
+}
+
+TYPED_TEST(Options, NothingComesOutDeeperThanAllowed) {
+  this->Make({{"A", "a"}, {"D/B", "b"}, {"D/E/C", "c"}});
+  this->Choose({.limits = {.depth = 2}});
+  EXPECT_TRUE(this->Unpack());
+  EXPECT_EQ(this->Out("D/E/C"), "c");
+  std::filesystem::remove_all(this->folder.Path("out/D"));
+  this->Choose({.limits = {.depth = 1}});
+  this->Listen();
+  this->Unpack();
+  EXPECT_EQ(this->Out("D/B"), "b");
+  EXPECT_FALSE(testsupport::Exists(this->folder.Path("out/D/E/C")));
+  EXPECT_EQ(this->ToldOf(L"D\\E\\C").reason, ItemReason::kLimit);
+  EXPECT_THAT(this->ends, ElementsAre(Pair(ItemReason::kLimit, L"")));
+}
+
+#if MORVUNP_HAS_RAR
+class RarOptions : public testsupport::UnpackTest<CRarUnpacker> {};
+
+TEST_F(RarOptions, WhatRepeatsAFileFindsItUnderItsOtherName) {
+  using What = morvunp::ExistingFileAnswer::What;
+  testsupport::RarBuilder builder;
+  builder.Add({.path = "A", .data = "data"});
+  builder.Add({.path = "LINK", .redirection = 4, .redirectsTo = "A"});
+  builder.Add({.path = "COPY", .redirection = 5, .redirectsTo = "A"});
+  ASSERT_TRUE(OpenBytes(builder.Build()));
+  WriteFile(folder.Path("out/A"), "old");
+  What answer = What::kKeep;
+  unpacker.SetOptions({.onExistingFile = [&](const auto&) {
+    return morvunp::ExistingFileAnswer{answer, L"OTHER"};
+  }});
+  Listen();
+  Unpack();
+  EXPECT_THAT(Out(), ElementsAre(Pair("A", "old"))) << "nothing repeats what was there before";
+  ASSERT_EQ(told.size(), 3U);
+  for (const std::size_t i : {1U, 2U}) EXPECT_EQ(told[i].reason, ItemReason::kNoSource);
+  answer = What::kOtherName;
+  EXPECT_TRUE(Unpack());
+  EXPECT_THAT(Out(), ElementsAre(Pair("A", "old"), Pair("COPY", "data"), Pair("LINK", "data"),
+                                 Pair("OTHER", "data")));
+  EXPECT_EQ(StatusOf("LINK").st_ino, StatusOf("OTHER").st_ino);
+}
+#endif
 
 class SevenZipOptions : public testsupport::UnpackTest<C7zUnpacker> {};
 

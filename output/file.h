@@ -62,8 +62,6 @@ class File {
   /// False when not all of it could be written, or no more is wanted or
   /// allowed, which is told.
   bool Write(const void* bytes, DWORD length);
-  /// Nothing more is to be written, of this file or another.
-  bool IsRunOver() const { return m_reporter.End().has_value(); }
   /// Leaves a hole of zeros, which costs nothing whatever its length.
   bool Skip(ULONGLONG length);
   /// Ends the file where the writing ended, also behind a hole.

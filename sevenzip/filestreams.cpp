@@ -48,8 +48,7 @@ HRESULT CInFileStream::GetSize(ULONGLONG* size) {
 HRESULT COutFileStream::Write(const void* data, DWORD size, DWORD* processed) {
   const DWORD length = std::min(size, kLargestTransfer);
   const bool done = m_pFile->Write(data, length);
-  const HRESULT failure = m_pFile->IsRunOver() ? E_ABORT : LastResult();
-  const HRESULT result = done ? S_OK : failure;
+  const HRESULT result = done ? S_OK : LastResult();
   if (processed != nullptr) *processed = done ? length : 0;
   if (done) m_nProcessedSize += length;
   return result;

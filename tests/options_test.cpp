@@ -366,6 +366,12 @@ TYPED_TEST(Options, NothingComesOutDeeperThanAllowed) {
   EXPECT_FALSE(testsupport::Exists(this->folder.Path("out/D/E/C")));
   EXPECT_EQ(this->ToldOf(L"D\\E\\C").reason, ItemReason::kLimit);
   EXPECT_THAT(this->ends, ElementsAre(Pair(ItemReason::kLimit, L"")));
+
+  this->Make({{"D/"}, {"D/E/"}, {"D/E/F/"}});
+  this->Unpack();
+  EXPECT_EQ(this->ToldOf(L"D\\E\\F").reason, ItemReason::kLimit);
+  EXPECT_TRUE(testsupport::Exists(this->folder.Path("out/D/E")));
+  EXPECT_FALSE(testsupport::Exists(this->folder.Path("out/D/E/F")));
 }
 
 #if MORVUNP_HAS_RAR

@@ -201,7 +201,7 @@ bool CCabUnpacker::TellRest(bool isCopied) {
     run.m_pRoot->Report().TellNotReached(
         {i, item.m_strPath, item.Size(), TimeOf(item.DosDateTime())}, end.reason);
   }
-  return run.m_pRoot->Report().TellEnd(end);
+  return run.m_pRoot->TellEnd(end);
 }
 
 /// The start of each file that is written.

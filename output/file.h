@@ -6,18 +6,11 @@
 
 #include "frame/filesystem.h"
 #include "output/budget.h"
+#include "output/facts.h"
 #include "output/folders.h"
 #include "platform/below.h"
 
 namespace morvunp::output {
-
-/// What a finished file is given.
-struct FileFacts {
-  /// UTC; none: it keeps the time of writing.
-  std::optional<FILETIME> lastWrite{};
-  /// FILE_ATTRIBUTE bits; none: it keeps what it has.
-  std::optional<DWORD> attributes{};
-};
 
 /// Permission bits of a new file, before the umask, where nothing is said.
 inline constexpr DWORD kDefaultMode = 0666;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <new>
 #include <vector>
 
 #include "frame/itempath.h"
@@ -14,6 +15,14 @@ namespace morvunp::output {
 
 using morvunp::ItemReason;
 using morvunp::ItemResult;
+
+Root::~Root() {
+  try {
+    m_folderFacts.Settle(m_folders);
+  } catch (const std::bad_alloc&) {
+    // Not even memory for a path is left: the folders stay as they are.
+  }
+}
 
 void Root::Begin(Item item) {
   m_reporter.Begin(std::move(item));
@@ -60,6 +69,19 @@ bool Root::MakeFolder(const std::wstring& folder) {
   if (!m_folders.Enter(folder, folder)) return false;
   m_reporter.Tell(ItemResult::kFolderMade);
   return true;
+}
+
+void Root::NoteFolder(const FileFacts& facts) {
+  // What was chosen as target is the user's.
+  const std::wstring& folder = m_reporter.OutputPath();
+  if (m_state.m_options.folderFacts && m_folders.DepthOf(folder) > 0) {
+    m_folderFacts.Note(folder, facts);
+  }
+}
+
+bool Root::TellEnd(const morvunp::RunReport& why) {
+  m_folderFacts.Settle(m_folders);
+  return m_reporter.TellEnd(why);
 }
 
 bool Root::Enter(const OutputPlace& place) {

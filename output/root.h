@@ -8,6 +8,7 @@
 #include "frame/keyedhash.h"
 #include "morvunp/itemrouter.h"
 #include "output/file.h"
+#include "output/folderfacts.h"
 #include "output/folders.h"
 #include "output/report.h"
 
@@ -27,6 +28,7 @@ class Root {
         m_folders(state, m_reporter, std::move(target), std::move(report)),
         m_budget(state.m_options.limits),
         m_file(m_reporter, m_folders, m_budget) {}
+  ~Root();
 
   /// An item is in hand from here on.
   void Begin(Item item);
@@ -37,6 +39,8 @@ class Root {
   /// The place that somebody else than the run chose for the item in hand. None,
   /// which is told, where it is not below the target or the gate refuses it.
   std::optional<OutputPlace> Admit(const OutputPlace& place, bool isFolder);
+  /// As Reporter::TellEnd, when all folders have their facts.
+  bool TellEnd(const morvunp::RunReport& why);
   Reporter& Report() { return m_reporter; }
   const Reporter& Report() const { return m_reporter; }
   File& Out() { return m_file; }
@@ -44,6 +48,9 @@ class Root {
 
   /// Makes the folder that is in hand.
   bool MakeFolder(const std::wstring& folder);
+  /// The folder in hand, which has been made, has these facts when the run has
+  /// ended, where UnpackOptions::folderFacts is set.
+  void NoteFolder(const FileFacts& facts);
 
   /// Goes to the folder of a file and makes its path m_strLastTarget.
   bool Enter(const OutputPlace& place);
@@ -92,6 +99,7 @@ class Root {
   Folders m_folders;
   Budget m_budget;
   File m_file;
+  FolderFacts m_folderFacts;
   std::wstring m_name;
   /// What Decide found at the place of the file in hand.
   std::optional<platform::FoundFile> m_existing;

@@ -118,8 +118,16 @@ bool CRarUnpacker::WriteItem(const morvunp::OutputPlace& place) {
     return report.Tell(ItemResult::kRefused, ItemReason::kUnsafeName);
   }
   if (header.isPathCut) return report.Tell(ItemResult::kRefused, ItemReason::kNameTooLong);
-  if (place.name.empty()) return m_pRun->root.MakeFolder(place.folder);
-  return UnpackAt(place);
+  return place.name.empty() ? MakeFolder(place.folder) : UnpackAt(place);
+}
+
+bool CRarUnpacker::MakeFolder(const std::wstring& folder) {
+  if (!m_pRun->root.MakeFolder(folder)) return false;
+  output::FileFacts facts = FactsOf(m_hArchive->Current());
+  // What other systems record of a folder is no mode.
+  if (!m_hArchive->Current().isUnix) facts.attributes.reset();
+  m_pRun->root.NoteFolder(facts);
+  return true;
 }
 
 bool CRarUnpacker::UnpackAt(const morvunp::OutputPlace& place) {
@@ -348,7 +356,7 @@ bool CRarUnpacker::TellRest(RouteOf routeOf) {
     m_nWalkProblem = problem;
     m_strMissingVolume = missing;
   }
-  return report.TellEnd(end);
+  return m_pRun->root.TellEnd(end);
 }
 
 bool CRarUnpacker::UnpackFolder(const std::wstring& path, const std::wstring& target) {

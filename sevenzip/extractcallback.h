@@ -40,6 +40,7 @@ class C7zExtractCallback final : public Component<Answers<ICryptoGetTextPassword
   HRESULT ReadAs(VARTYPE type, DWORD index, PROPID id, Property& value) const;
   HRESULT ReadProperties(DWORD index);
   HRESULT CreateFileOf(DWORD index, ISequentialOutStream** stream);
+  output::FileFacts Facts() const;
   HRESULT FinishFile(LONG result);
   morvunp::ItemReason ReasonOf(LONG result) const;
 

@@ -138,7 +138,7 @@ bool C7zUnpacker::TellRest(morvunp::RunReport end) {
     }
     m_pRoot->Report().TellNotReached({m_nCurrent, info.strPath, info.nSize}, end.reason);
   }
-  return m_pRoot->Report().TellEnd(end);
+  return m_pRoot->TellEnd(end);
 }
 
 // Many items.

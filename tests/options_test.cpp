@@ -36,6 +36,32 @@ std::string Noise() {
 /// Long enough for every engine to tell of it before its end.
 const std::string kLong = testsupport::Pattern(9'000'000);
 
+/// The rights of a user who is not root, who may do anything.
+class Unprivileged {
+ public:
+  Unprivileged() {
+    if (m_bRoot && (setegid(kNobody) != 0 || seteuid(kNobody) != 0))
+      throw std::runtime_error("seteuid");
+  }
+  ~Unprivileged() {
+    if (m_bRoot && (seteuid(0) != 0 || setegid(m_nGroup) != 0)) std::abort();
+  }
+  Unprivileged(const Unprivileged&) = delete;
+  Unprivileged& operator=(const Unprivileged&) = delete;
+
+  /// Makes a file or folder that user's.
+  static void Give(const std::string& path) {
+    if (geteuid() == 0 && chown(path.c_str(), kNobody, kNobody) != 0) {
+      throw std::runtime_error("chown");
+    }
+  }
+
+ private:
+  static constexpr uid_t kNobody = 65534;
+  const bool m_bRoot = geteuid() == 0;
+  const gid_t m_nGroup = getegid();
+};
+
 template <class F>
 class Options : public testsupport::UnpackTest<typename F::Unpacker> {
  protected:
@@ -376,6 +402,66 @@ TYPED_TEST(Options, NothingComesOutDeeperThanAllowed) {
   EXPECT_FALSE(testsupport::Exists(this->folder.Path("out/D/E/F")));
 }
 
+TYPED_TEST(Options, FoldersHaveTheirTimesWhenAllIsWritten) {
+  Items items{{"D/"}, {"D/A", "a"}, {"D/E/"}, {"D/E/B", "b"}, {"F/"}, {"F/C", kLong}, {"G/"}};
+  this->Make(items);
+  const auto isDated = [&](const char* name) {
+    return this->StatusOf(name).st_mtime == testsupport::kItemTime;
+  };
+  EXPECT_TRUE(this->Unpack());
+  for (const char* name : {"D", "D/E", "F", "G"}) EXPECT_FALSE(isDated(name)) << name;
+  const struct stat target = this->StatusOf("");
+  this->Choose({.folderFacts = true});
+  // Over folders that exist, and into new ones.
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_TRUE(this->Unpack());
+    for (const char* name : {"D", "D/E", "F", "G"}) {
+      EXPECT_EQ(isDated(name), !this->kIsCabinet) << name;
+    }
+    std::filesystem::remove_all(this->folder.Path("out/D"));
+  }
+  EXPECT_NE(this->StatusOf("").st_mtime, testsupport::kItemTime);
+  EXPECT_EQ(this->StatusOf("").st_mode, target.st_mode);
+
+  // Told when all has its time, and given also where the run ends early.
+  std::filesystem::remove_all(this->folder.Path("out/D"));
+  bool wasDated = false;
+  this->unpacker.SetItemReport({}, [&](const morvunp::RunReport&) { wasDated = isDated("D/E"); });
+  this->StopIn(L"C", {IDYES});
+  EXPECT_FALSE(this->Unpack());
+  const bool isReached = testsupport::Exists(this->folder.Path("out/D/E"));
+  EXPECT_TRUE(!isReached || this->kIsCabinet || wasDated);
+  std::filesystem::remove_all(this->folder.Path("out/D"));
+  this->host.onProgress = [&] {
+    if (this->host.progressMessages.back().name == L"C") throw std::runtime_error("enough");
+  };
+  EXPECT_THROW(this->Unpack(), std::runtime_error);
+  EXPECT_EQ(isDated("D/E"), !this->kIsCabinet);
+}
+
+TYPED_TEST(Options, FactsOfAFolderNeverReachWhatTookItsPlace) {
+  this->Make({{"D/"}, {"D/A", "a"}, {"E/"}, {"E/B", "b"}});
+  const std::string outside = this->folder.Path("outside");
+  mkdir(outside.c_str(), 0700);
+  const std::string d = this->folder.Path("out/D");
+  this->Choose({.folderFacts = true});
+  bool isSwapped = false;
+  this->unpacker.SetItemReport(
+      [&](const morvunp::ItemReport& report) {
+        if (isSwapped || report.path != L"E\\B") return;
+        isSwapped =
+            rename(d.c_str(), (d + "2").c_str()) == 0 && symlink("../outside", d.c_str()) == 0;
+      },
+      {});
+  this->Unpack();
+  EXPECT_TRUE(isSwapped);
+  const auto status = std::filesystem::status(outside);
+  EXPECT_EQ(status.permissions(), std::filesystem::perms{0700});
+  struct stat after {};
+  stat(outside.c_str(), &after);
+  EXPECT_NE(after.st_mtime, testsupport::kItemTime);
+}
+
 #if MORVUNP_HAS_RAR
 class RarOptions : public testsupport::UnpackTest<CRarUnpacker> {};
 
@@ -402,9 +488,58 @@ TEST_F(RarOptions, WhatRepeatsAFileFindsItUnderItsOtherName) {
                                  Pair("OTHER", "data")));
   EXPECT_EQ(StatusOf("LINK").st_ino, StatusOf("OTHER").st_ino);
 }
+
+TEST_F(RarOptions, FoldersHaveTheirModesWhenAllIsWritten) {
+  testsupport::RarBuilder builder;
+  const auto add = [&](const char* path, std::uint32_t mode) {
+    builder.Add({.path = path, .mode = 040000U | mode, .isFolder = true});
+  };
+  add("CLOSED", 0);
+  add("CLOSED/E", 0500);
+  builder.Add({.path = "CLOSED/E/FILE", .data = "data"});
+  add("IDS", 07711);
+  add("SHARED", 0750);
+  builder.Add({.path = "WINDOWS", .mode = 0x11, .isFolder = true, .fromWindows = true});
+  ASSERT_TRUE(OpenBytes(builder.Build()));
+  Set({});
+  unpacker.SetOptions({.folderFacts = true});
+  mkdir(folder.Path("out/SHARED").c_str(), 0700);
+  Unprivileged::Give(folder.Path("out/SHARED"));
+  chmod(folder.Path("out/SHARED").c_str(), 02700);
+  Unprivileged::Give(folder.Path("out"));
+  chmod(folder.Path().c_str(), 0755);
+  {
+    const Unprivileged user;
+    EXPECT_TRUE(Unpack());
+  }
+  EXPECT_EQ(StatusOf("CLOSED").st_mode & 07777, 0U);
+  EXPECT_EQ(StatusOf("IDS").st_mode & 07777, 0711U);
+  EXPECT_EQ(StatusOf("SHARED").st_mode & 07777, 02750U) << "as the folder above shares it";
+  EXPECT_EQ(StatusOf("WINDOWS").st_mode & 07777, 0755U);
+  chmod(folder.Path("out/CLOSED").c_str(), 0700);
+  EXPECT_EQ(StatusOf("CLOSED/E").st_mode & 07777, 0500U);
+  EXPECT_EQ(Out("CLOSED/E/FILE"), "data");
+}
 #endif
 
 class SevenZipOptions : public testsupport::UnpackTest<C7zUnpacker> {};
+
+TEST_F(SevenZipOptions, FoldersHaveTheirModesWhenAllIsWritten) {
+  std::filesystem::create_directories(folder.Path("in/D/E"));
+  WriteFile(folder.Path("in/D/E/FILE"), "data");
+  chmod(folder.Path("in/D/E").c_str(), 0500);
+  chmod(folder.Path("in/D").c_str(), 02710);
+  ASSERT_EQ(std::system(
+                ("cd '" + folder.Path("in") + "' && 7z a -bso0 ../x D && mv ../x.7z ../x").c_str()),
+            0);
+  ASSERT_TRUE(Open());
+  Set({});
+  unpacker.SetOptions({.folderFacts = true});
+  EXPECT_TRUE(Unpack());
+  EXPECT_EQ(StatusOf("D").st_mode & 07777, 0710U);
+  EXPECT_EQ(StatusOf("D/E").st_mode & 07777, 0500U);
+  EXPECT_EQ(Out("D/E/FILE"), "data");
+}
 
 TEST_F(SevenZipOptions, AWrongPasswordCostsNoExistingFile) {
   testsupport::Write7z(folder.Path("x"), {{"A", "secret"}, {"B", "secret"}}, "-mx1 -pright");
@@ -419,30 +554,6 @@ TEST_F(SevenZipOptions, AWrongPasswordCostsNoExistingFile) {
   ASSERT_EQ(told.size(), 2U);
   for (const auto& report : told) EXPECT_EQ(report.result, ItemResult::kFailed);
 }
-
-/// The rights of a user who is not root, who may do anything.
-class Unprivileged {
- public:
-  Unprivileged() {
-    if (m_bRoot && seteuid(kNobody) != 0) throw std::runtime_error("seteuid");
-  }
-  ~Unprivileged() {
-    if (m_bRoot && seteuid(0) != 0) std::abort();
-  }
-  Unprivileged(const Unprivileged&) = delete;
-  Unprivileged& operator=(const Unprivileged&) = delete;
-
-  /// Makes a file or folder that user's.
-  static void Give(const std::string& path) {
-    if (geteuid() == 0 && chown(path.c_str(), kNobody, kNobody) != 0) {
-      throw std::runtime_error("chown");
-    }
-  }
-
- private:
-  static constexpr uid_t kNobody = 65534;
-  const bool m_bRoot = geteuid() == 0;
-};
 
 TYPED_TEST(Options, AFolderThatTakesNoNewFileHasTheExistingOneWritten) {
   this->Make({{"D/A", "new a"}, {"D/B", "new b"}});

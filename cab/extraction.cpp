@@ -182,6 +182,7 @@ bool CCabUnpacker::RunPass() {
 morvunp::RunReport CCabUnpacker::EndOfPass(bool isCopied) const {
   const cab::Extraction& run = *m_pExtraction;
   if (m_state.m_bCancel != 0) return {morvunp::ItemReason::kInterrupted};
+  if (run.m_pRoot->Report().End()) return *run.m_pRoot->Report().End();
   // The class itself ends a pass that has written nothing, at its end, and one
   // whose file could not be created.
   const bool isAtEnd = run.m_nNext >= m_pCabinet->Items().size();
@@ -205,7 +206,7 @@ bool CCabUnpacker::TellRest(bool isCopied) {
     run.m_pRoot->Report().TellNotReached(
         {i, item.m_strPath, item.Size(), TimeOf(item.DosDateTime())}, end.reason);
   }
-  return run.m_pRoot->Report().TellEnd(end);
+  return run.m_pRoot->TellEnd(end);
 }
 
 /// The start of each file that is written.
@@ -305,7 +306,10 @@ INT_PTR CCabUnpacker::OnCloseFile(const FDINOTIFICATION& notification) {
   if (attributes != FILE_ATTRIBUTE_ARCHIVE) facts.attributes = attributes;
   output::Root& root = *m_pExtraction->m_pRoot;
   const bool isOnDisk = !root.Out().HasSink();
-  if (!root.Out().Finish(facts)) return root.Report().GoesOn() ? TRUE : kAbort;
+  if (!root.Out().Finish(facts)) {
+    root.Out().KeepBroken();
+    return root.Report().GoesOn() ? TRUE : kAbort;
+  }
   if (isOnDisk) UpdateFileTree(m_state.m_strLastTarget);
   return root.Report().End() ? kAbort : TRUE;
 }
@@ -371,7 +375,8 @@ bool CCabUnpacker::ProcessRouted(const cab::CCabItemInfo& item) {
   output::Root& root = *run.m_pRoot;
   const std::wstring path = PathOf(item);
   if (route.Sink() != nullptr) {
-    root.BeginSink(*route.Sink(), {run.m_nPosition, path, item.Size(), item.IsFolder()});
+    const morvunp::RoutedItem routed{run.m_nPosition, path, item.Size(), item.IsFolder()};
+    if (!root.BeginSink(*route.Sink(), routed)) return false;
     if (!item.IsFolder()) BeginFile(path);
     return !item.IsFolder();
   }

@@ -155,7 +155,10 @@ bool Image::WriteItem(const CIsoItemInfo& item, output::Root& root, CUnpackState
   }
   output::FileFacts facts{platform::FileTimeOfTimespec(item.m_timeModified, 0), std::nullopt};
   if (item.m_bHidden != 0) facts.attributes = FILE_ATTRIBUTE_HIDDEN;
-  return root.Out().Finish(facts, output.Defect());
+  if (root.Out().RefuseDefect(output.Defect())) return false;
+  if (root.Out().Finish(facts, output.Defect())) return true;
+  root.Out().KeepBroken();
+  return false;
 }
 
 CopyResult Image::CopyItem(const CIsoItemInfo& item, OutputFile& output) {

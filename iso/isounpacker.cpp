@@ -17,6 +17,7 @@
 namespace frame = morvunp::frame;
 namespace iso = morvunp::iso;
 namespace output = morvunp::output;
+namespace platform = morvunp::platform;
 
 static_assert(morvunp::Unpacker<CIsoUnpacker>);
 
@@ -173,7 +174,11 @@ bool CIsoUnpacker::WriteItem(output::Root& root, const morvunp::OutputPlace& pla
   if (item.m_bSafe == 0) {
     return root.Report().Tell(morvunp::ItemResult::kRefused, morvunp::ItemReason::kUnsafeName);
   }
-  if (place.name.empty()) return root.MakeFolder(place.folder);
+  if (place.name.empty()) {
+    if (!root.MakeFolder(place.folder)) return false;
+    root.NoteFolder({platform::FileTimeOfTimespec(item.m_timeModified, 0), std::nullopt});
+    return true;
+  }
   if (!root.Enter(place) || item.m_bFolder != 0 || !m_pImage->IsOpen()) return false;
   if (root.Create() != output::Root::Answer::kWrite || !WriteData(root)) return false;
   UpdateFileTree(m_state.m_strLastTarget);
@@ -235,7 +240,7 @@ bool CIsoUnpacker::TellEnd(output::Root& root) const {
   morvunp::RunReport end;
   if (!IsListComplete()) end = {morvunp::ItemReason::kDamaged};
   if (m_state.m_bCancel != 0) end = {morvunp::ItemReason::kInterrupted};
-  return root.Report().TellEnd(end);
+  return root.TellEnd(end);
 }
 
 bool CIsoUnpacker::UnpackItems(const std::wstring& target, const morvunp::ItemRouter& router) {

@@ -16,6 +16,11 @@ namespace {
 /// wants none to be free.
 constexpr int kAttempts = 8;
 
+/// The system's answer for a folder in which no file can be made.
+bool IsClosedFolder(int systemError) {
+  return systemError == EACCES || systemError == EPERM || systemError == EROFS;
+}
+
 }  // namespace
 
 std::wstring PrivateName() {
@@ -40,7 +45,7 @@ bool File::Replace(const std::wstring& name, const platform::FoundFile& existing
   m_name = name;
   m_aside.clear();
   m_placing = placing;
-  if (placing == Placing::kBeside) return CreateBeside(existing, mode);
+  if (placing == Placing::kBeside) return CreateBeside(existing, mode) || RewriteInstead(existing);
   if (Rewrite(existing)) return true;
   // Gone meanwhile: the name is free.
   if (platform::LastSystemError() == ENOENT) return Create(name, mode.value_or(kDefaultMode));
@@ -64,6 +69,18 @@ bool File::Rewrite(const platform::FoundFile& existing) {
   m_bPending = m_file.IsOpen();
   if (m_bPending) m_reporter.TellReplaced();
   return m_bPending;
+}
+
+/// Where there can be no file beside the existing one. One that must not be
+/// written into stays, and the folder's refusal counts.
+bool File::RewriteInstead(const platform::FoundFile& existing) {
+  const int refusal = platform::LastSystemError();
+  if (!m_reporter.Options().safeReplace || !IsClosedFolder(refusal)) return false;
+  m_placing = Placing::kInPlace;
+  m_aside.clear();
+  if (!Rewrite(existing)) return platform::FailWithErrno(refusal) != FALSE;
+  m_reporter.SetInPlace();
+  return true;
 }
 
 bool File::CreateBeside(const platform::FoundFile& existing, std::optional<DWORD> mode) {
@@ -99,15 +116,12 @@ bool File::HandZeros(ULONGLONG length) {
 }
 
 /// What could not be written was told. True when the rest is to be dropped.
-bool File::GiveUp() {
-  if (!m_reporter.GoesOn()) return false;
-  KeepBroken();
-  return m_bDropped = true;
-}
+bool File::GiveUp() { return m_bDropped = m_reporter.GoesOn(); }
 
 bool File::Write(const void* bytes, DWORD length) {
-  if (HasSink()) return Hand(bytes, length);
   if (m_bDropped) return true;
+  if (!m_budget.TakeBytes(length)) return m_reporter.TellLimit();
+  if (HasSink()) return Hand(bytes, length);
   DWORD written = 0;
   const BOOL done = WriteFile(m_file.Get(), bytes, length, &written, nullptr);
   m_reporter.AddBytes(written);
@@ -117,8 +131,9 @@ bool File::Write(const void* bytes, DWORD length) {
 }
 
 bool File::Skip(ULONGLONG length) {
-  if (HasSink()) return HandZeros(length);
   if (m_bDropped) return true;
+  if (!m_budget.TakeBytes(length)) return m_reporter.TellLimit();
+  if (HasSink()) return HandZeros(length);
   if (frame::MoveFilePointer(m_file.Get(), static_cast<LONGLONG>(length), FILE_CURRENT) !=
       ERROR_SUCCESS) {
     return m_reporter.TellRefusal();
@@ -137,7 +152,7 @@ bool File::Finish(const FileFacts& facts, morvunp::ItemReason defect) {
     m_reporter.Tell(isIntact ? morvunp::ItemResult::kIntact : morvunp::ItemResult::kFailed, defect);
     return true;
   }
-  if (std::exchange(m_bDropped, false)) return false;
+  if (m_bDropped) return false;
   if (facts.lastWrite) {
     SetFileTime(m_file.Get(), &*facts.lastWrite, nullptr, &*facts.lastWrite);
   }
@@ -174,10 +189,29 @@ bool File::TakeName() {
   return true;
 }
 
-void File::KeepBroken() {
+bool File::MayStay(morvunp::BrokenFiles asFormat) const {
+  // What was whole is worth more than what is broken.
+  if (!m_aside.empty()) return false;
+  const morvunp::BrokenFiles wanted = m_reporter.Options().brokenFiles;
+  if (wanted != morvunp::BrokenFiles::kAsFormat) return wanted == morvunp::BrokenFiles::kKeep;
+  return asFormat == morvunp::BrokenFiles::kKeep && !m_reporter.IsPastLimit();
+}
+
+bool File::RefuseDefect(morvunp::ItemReason defect) {
+  const morvunp::UnpackOptions& options = m_reporter.Options();
+  const bool isWatched =
+      options.safeReplace || options.brokenFiles != morvunp::BrokenFiles::kAsFormat;
+  const bool isWhole = defect == morvunp::ItemReason::kNone;
+  if (isWhole || !isWatched || HasSink() || MayStay(morvunp::BrokenFiles::kKeep)) return false;
+  Remove();
+  m_reporter.Tell(morvunp::ItemResult::kFailed, defect);
+  return true;
+}
+
+void File::EndBroken(morvunp::BrokenFiles asFormat) {
   m_pSink = nullptr;
   m_bDropped = false;
-  if (!m_aside.empty()) return Remove();
+  if (!MayStay(asFormat)) return Remove();
   m_bPending = false;
   m_file.Close();
 }

@@ -5,18 +5,12 @@
 #include <string>
 
 #include "frame/filesystem.h"
+#include "output/budget.h"
+#include "output/facts.h"
 #include "output/folders.h"
 #include "platform/below.h"
 
 namespace morvunp::output {
-
-/// What a finished file is given.
-struct FileFacts {
-  /// UTC; none: it keeps the time of writing.
-  std::optional<FILETIME> lastWrite{};
-  /// FILE_ATTRIBUTE bits; none: it keeps what it has.
-  std::optional<DWORD> attributes{};
-};
 
 /// Permission bits of a new file, before the umask, where nothing is said.
 inline constexpr DWORD kDefaultMode = 0666;
@@ -27,7 +21,9 @@ enum class Placing {
   kFresh,
   /// Into the existing file.
   kInPlace,
-  /// Under another name, to take its own when it is whole.
+  /// Under another name, to take its own when it is whole. The way of all
+  /// formats where UnpackOptions::safeReplace is set; a folder that takes no new
+  /// file has the existing one written into then, which is told.
   kBeside,
 };
 
@@ -35,7 +31,8 @@ enum class Placing {
 /// neither finished nor kept goes when the object does, as by an exception.
 class File {
  public:
-  File(Reporter& reporter, Folders& folders) : m_reporter(reporter), m_folders(folders) {}
+  File(Reporter& reporter, Folders& folders, Budget& budget)
+      : m_reporter(reporter), m_folders(folders), m_budget(budget) {}
   ~File();
   File(const File&) = delete;
   File& operator=(const File&) = delete;
@@ -55,8 +52,9 @@ class File {
   bool IsOpen() const { return HasSink() || m_bDropped || m_file.IsOpen(); }
   HANDLE Get() const { return m_file.Get(); }
 
-  /// False when not all of it could be written, or no more is wanted, which is
-  /// told. In a run that goes on, what follows of such a file is dropped.
+  /// False when not all of it could be written, or no more is wanted or
+  /// allowed, which is told. In a run that goes on, what follows of a file that
+  /// cannot be written is dropped.
   bool Write(const void* bytes, DWORD length);
   /// Leaves a hole of zeros, which costs nothing whatever its length.
   bool Skip(ULONGLONG length);
@@ -64,13 +62,19 @@ class File {
   bool EndHere();
 
   /// The file is complete: dates it, gives it its attributes and its name, and
-  /// tells that it was written, or is intact, or, where the format takes it for complete in
-  /// spite of it, what is wrong with it. False when one of these fails, or the
-  /// file was dropped, which is told.
+  /// tells that it was written, or is intact, or, where the format takes it for
+  /// complete in spite of it, what is wrong with it. False when one of these
+  /// fails, or what it lacks was dropped, which is told: it is broken then.
   bool Finish(const FileFacts& facts, morvunp::ItemReason defect = morvunp::ItemReason::kNone);
-  /// Closes a file that is not whole and leaves what came out of it; one that
-  /// was to replace another goes.
-  void KeepBroken();
+  /// A file that its format takes for complete in spite of `defect`: where the
+  /// options let none stay it goes, which is told. False when it is to be
+  /// finished.
+  bool RefuseDefect(morvunp::ItemReason defect);
+  /// Two ends of a file that is not whole: the first for formats that leave what
+  /// came out of it, the second for those that leave nothing. The options say
+  /// otherwise; but one that was to replace another always goes.
+  void KeepBroken() { EndBroken(morvunp::BrokenFiles::kKeep); }
+  void RemoveBroken() { EndBroken(morvunp::BrokenFiles::kRemove); }
   /// Deletes what was written.
   void Remove();
 
@@ -78,12 +82,16 @@ class File {
   bool GiveUp();
   bool CreateBeside(const platform::FoundFile& existing, std::optional<DWORD> mode);
   bool Rewrite(const platform::FoundFile& existing);
+  bool RewriteInstead(const platform::FoundFile& existing);
+  bool MayStay(morvunp::BrokenFiles asFormat) const;
+  void EndBroken(morvunp::BrokenFiles asFormat);
   bool TakeName();
   bool Hand(const void* bytes, DWORD length);
   bool HandZeros(ULONGLONG length);
 
   Reporter& m_reporter;
   Folders& m_folders;
+  Budget& m_budget;
   frame::OpenFile m_file;
   morvunp::ItemSink* m_pSink = nullptr;
   /// It could not be written, which was told.

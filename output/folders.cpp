@@ -23,10 +23,10 @@ std::wstring Folders::RelativeOf(const std::wstring& folder) const {
   return folder.size() > m_target.size() ? folder.substr(m_target.size() + 1) : std::wstring();
 }
 
-std::size_t Folders::Depth() const {
-  if (m_relative.empty()) return 0;
-  return 1 + static_cast<std::size_t>(
-                 std::count(m_relative.begin(), m_relative.end(), frame::kSeparator));
+std::size_t Folders::DepthOfRelative(const std::wstring& relative) {
+  if (relative.empty()) return 0;
+  return 1 +
+         static_cast<std::size_t>(std::count(relative.begin(), relative.end(), frame::kSeparator));
 }
 
 HANDLE Folders::Root(bool mayMake) {

@@ -29,7 +29,11 @@ class Folders {
   /// Where Enter went; files are made, found and renamed there.
   HANDLE Current() const { return m_current.Get(); }
   /// Number of folders between the target and the current one.
-  std::size_t Depth() const;
+  std::size_t Depth() const { return DepthOfRelative(m_relative); }
+  /// The same of any folder below the target.
+  std::size_t DepthOf(const std::wstring& folder) const {
+    return DepthOfRelative(RelativeOf(folder));
+  }
   /// Opens a folder that exists; INVALID_HANDLE_VALUE otherwise.
   frame::OpenFile Open(const std::wstring& folder) const;
   /// The target, for what is private to the run; opened if need be.
@@ -40,6 +44,7 @@ class Folders {
   bool EnterBelow(const std::wstring& relative, const std::wstring& longest);
   bool MakeBelow(const std::wstring& relative);
   bool Step(const std::wstring& name, const std::wstring& path);
+  static std::size_t DepthOfRelative(const std::wstring& relative);
   std::wstring RelativeOf(const std::wstring& folder) const;
 
   CUnpackState& m_state;

@@ -61,6 +61,9 @@ INT_PTR Ask(const Kind& kind, const std::wstring& target, const platform::FoundF
 
 bool IsProtected(const platform::FoundFile& found) { return (found.attributes & kProtective) != 0; }
 
+namespace {
+
+/// False: keep it.
 bool MayReplace(CUnpackState& state, const std::wstring& target, const platform::FoundFile& found,
                 const Item& item) {
   const Kind& kind = KindOf(found.attributes);
@@ -77,6 +80,19 @@ bool MayReplace(CUnpackState& state, const std::wstring& target, const platform:
     default:
       return true;
   }
+}
+
+}  // namespace
+
+ExistingFileAnswer DecideAbout(CUnpackState& state, const std::wstring& target,
+                               const platform::FoundFile& found, const Item& item) {
+  using What = ExistingFileAnswer::What;
+  const ExistingFileFunction& ask = state.m_options.onExistingFile;
+  if (!ask) return {MayReplace(state, target, found, item) ? What::kWrite : What::kKeep};
+  ExistingFileAnswer answer = ask({target, found.size, found.lastWrite, found.attributes,
+                                   item.position, item.path, item.size, item.timeModified});
+  if (answer.what == What::kCancel) state.m_bCancel = 1;
+  return answer;
 }
 
 }  // namespace morvunp::output

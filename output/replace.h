@@ -1,5 +1,5 @@
 // May a file be written where one exists? The question that every unpacker
-// puts first.
+// puts first, to the host's function or by the dialog.
 #pragma once
 
 #include <string>
@@ -11,10 +11,10 @@
 namespace morvunp::output {
 
 /// Decides about the file `found` at the path `target`, asking when the
-/// settings say so. False: keep it; m_bCancel is set when the user chose
-/// Cancel. Yes To All is kept in m_iniYesToAll.
-bool MayReplace(CUnpackState& state, const std::wstring& target, const platform::FoundFile& found,
-                const Item& item);
+/// settings say so. m_bCancel is set when the user chose Cancel. Yes To All is
+/// kept in m_iniYesToAll.
+morvunp::ExistingFileAnswer DecideAbout(CUnpackState& state, const std::wstring& target,
+                                        const platform::FoundFile& found, const Item& item);
 
 /// The existing file is read-only, hidden or system.
 bool IsProtected(const platform::FoundFile& found);

@@ -35,6 +35,7 @@ void Reporter::Begin(Item item) {
   m_outputPath.clear();
   m_nBytes = 0;
   m_bTold = false;
+  m_bInPlace = false;
   m_pSink = nullptr;
 }
 
@@ -53,7 +54,7 @@ void Reporter::TellNow(ItemResult result, ItemReason reason, int systemError,
   if (result == ItemResult::kFailed) m_lastFailure = {reason, systemError, {}};
   if (m_state.m_options.goOn && IsFull(systemError)) SetEnd(m_lastFailure);
   const ItemReport report{m_item.position, m_item.path, m_outputPath, m_item.size, m_nBytes,
-                          result,          reason,      systemError,  detail};
+                          result,          reason,      systemError,  detail,      m_bInPlace};
   Send(report);
   SendToSink(report);
 }
@@ -80,6 +81,11 @@ bool Reporter::TellFailure(const morvunp::RunReport& why) {
 bool Reporter::TellInTheWay(int what) {
   TellNow(ItemResult::kFailed, ItemReason::kInTheWay, what, {});
   return false;
+}
+
+bool Reporter::TellLimit() {
+  SetEnd({ItemReason::kLimit});
+  return Tell(ItemResult::kFailed, ItemReason::kLimit);
 }
 
 void Reporter::TellWritten(ItemReason defect) {

@@ -44,11 +44,15 @@ class Reporter {
   const std::wstring& OutputPath() const { return m_outputPath; }
   void AddBytes(ULONGLONG bytes) { m_nBytes += bytes; }
   ULONGLONG Bytes() const { return m_nBytes; }
+  /// The existing file is written into although it was to stay until the end.
+  void SetInPlace() { m_bInPlace = true; }
+  const morvunp::UnpackOptions& Options() const { return m_state.m_options; }
   /// The run is to end here, and why: kNone where nothing more is wanted.
   void SetEnd(const morvunp::RunReport& why) {
     if (!m_end) m_end = why;
   }
   const std::optional<morvunp::RunReport>& End() const { return m_end; }
+  bool IsPastLimit() const { return m_end && m_end->reason == morvunp::ItemReason::kLimit; }
   /// A sink wants nothing more, so that nothing behind was to be reached.
   bool HasEnough() const { return m_end && m_end->reason == morvunp::ItemReason::kNone; }
   /// After an item that failed there is no reason to end the run.
@@ -66,6 +70,9 @@ class Reporter {
   bool TellFailure(const morvunp::RunReport& why);
   /// `what` as ItemReport::systemError has it for kInTheWay. Always false.
   bool TellInTheWay(int what);
+
+  /// The item in hand passes a limit, which ends the run. Always false.
+  bool TellLimit();
 
   /// The item in hand has come out at its output path, with a defect or none.
   void TellWritten(morvunp::ItemReason defect = morvunp::ItemReason::kNone);
@@ -98,6 +105,7 @@ class Reporter {
   ULONGLONG m_nBytes = 0;
   /// Nothing is left to be told of it; so before the first.
   bool m_bTold = true;
+  bool m_bInPlace = false;
   morvunp::ItemSink* m_pSink = nullptr;
   std::optional<morvunp::RunReport> m_end;
   morvunp::RunReport m_lastFailure;

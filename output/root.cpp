@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <new>
 #include <vector>
 
 #include "frame/itempath.h"
@@ -15,7 +16,21 @@ namespace morvunp::output {
 using morvunp::ItemReason;
 using morvunp::ItemResult;
 
-void Root::BeginSink(morvunp::ItemSink& sink, const morvunp::RoutedItem& item) {
+Root::~Root() {
+  try {
+    m_folderFacts.Settle(m_folders);
+  } catch (const std::bad_alloc&) {
+    // Not even memory for a path is left: the folders stay as they are.
+  }
+}
+
+void Root::Begin(Item item) {
+  m_reporter.Begin(std::move(item));
+  if (!m_budget.TakeItem()) m_reporter.TellLimit();
+}
+
+bool Root::BeginSink(morvunp::ItemSink& sink, const morvunp::RoutedItem& item) {
+  if (m_reporter.End()) return false;
   m_reporter.SetSink(sink);
   sink.Begin(item);
   if (item.isFolder) {
@@ -23,6 +38,7 @@ void Root::BeginSink(morvunp::ItemSink& sink, const morvunp::RoutedItem& item) {
   } else {
     m_file.Attach(sink);
   }
+  return true;
 }
 
 std::optional<OutputPlace> Root::Admit(const OutputPlace& place, bool isFolder) {
@@ -38,11 +54,34 @@ std::optional<OutputPlace> Root::Admit(const OutputPlace& place, bool isFolder) 
   return std::nullopt;
 }
 
+/// False, which is told, where the run is over or goes deeper than it may.
+/// `itself` is 1 for a folder that is an item of its own.
+bool Root::MayEnter(const std::wstring& folder, std::size_t itself) {
+  if (m_reporter.End()) return false;
+  if (!m_budget.LimitsDepth()) return true;
+  const std::size_t depth = m_folders.DepthOf(folder);
+  return m_budget.AllowsDepth(depth - std::min(depth, itself)) || m_reporter.TellLimit();
+}
+
 bool Root::MakeFolder(const std::wstring& folder) {
   m_reporter.SetOutputPath(folder);
+  if (!MayEnter(folder, 1)) return false;
   if (!m_folders.Enter(folder, folder)) return false;
   m_reporter.Tell(ItemResult::kFolderMade);
   return true;
+}
+
+void Root::NoteFolder(const FileFacts& facts) {
+  // What was chosen as target is the user's.
+  const std::wstring& folder = m_reporter.OutputPath();
+  if (m_state.m_options.folderFacts && m_folders.DepthOf(folder) > 0) {
+    m_folderFacts.Note(folder, facts);
+  }
+}
+
+bool Root::TellEnd(const morvunp::RunReport& why) {
+  m_folderFacts.Settle(m_folders);
+  return m_reporter.TellEnd(why);
 }
 
 bool Root::Enter(const OutputPlace& place) {
@@ -50,6 +89,7 @@ bool Root::Enter(const OutputPlace& place) {
   m_existing.reset();
   const std::wstring path = place.Path();
   m_reporter.SetOutputPath(path);
+  if (!MayEnter(place.folder, 0)) return false;
   if (!m_folders.Enter(place.folder, path)) return false;
   m_state.m_strLastTarget = path;
   return true;
@@ -71,15 +111,16 @@ Root::Answer Root::Create() {
 Root::Answer Root::Decide() {
   platform::FoundFile found;
   m_existing.reset();
-  if (platform::FindBelow(m_folders.Current(), m_name.c_str(), found) != FALSE) {
-    return DecideAbout(found);
+  while (platform::FindBelow(m_folders.Current(), m_name.c_str(), found) != FALSE) {
+    if (const auto answer = DecideAbout(found)) return *answer;
   }
   if (GetLastError() == ERROR_FILE_NOT_FOUND) return Answer::kWrite;
   m_reporter.TellRefusal();
   return Answer::kFailed;
 }
 
-Root::Answer Root::DecideAbout(const platform::FoundFile& found) {
+/// None: the file in hand has another name now.
+std::optional<Root::Answer> Root::DecideAbout(const platform::FoundFile& found) {
   // Writing would go to wherever a link leads, a folder cannot be replaced
   // whatever the answer, and what is being read must not change.
   const bool isFolder = (found.attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
@@ -91,13 +132,42 @@ Root::Answer Root::DecideAbout(const platform::FoundFile& found) {
     m_reporter.TellInTheWay(ETXTBSY);
     return Answer::kFailed;
   }
-  if (!MayReplace(m_state, m_state.m_strLastTarget, found, m_reporter.Current())) {
-    const bool isCancelled = m_state.m_bCancel != 0;
-    m_reporter.Tell(ItemResult::kKept, isCancelled ? ItemReason::kInterrupted : ItemReason::kNone);
-    return Answer::kDeclined;
+  using What = morvunp::ExistingFileAnswer::What;
+  const auto answer =
+      output::DecideAbout(m_state, m_state.m_strLastTarget, found, m_reporter.Current());
+  if (answer.what == What::kWrite) {
+    m_existing = found;
+    return Answer::kWrite;
   }
-  m_existing = found;
-  return Answer::kWrite;
+  if (answer.what == What::kOtherName) {
+    return TakeOtherName(answer.name) ? std::nullopt : std::optional(Answer::kDeclined);
+  }
+  const bool isCancelled = m_state.m_bCancel != 0;
+  m_reporter.Tell(ItemResult::kKept, isCancelled ? ItemReason::kInterrupted : ItemReason::kNone);
+  return Answer::kDeclined;
+}
+
+/// The file in hand goes by this name, in the same folder.
+bool Root::TakeOtherName(const std::wstring& name) {
+  if (!IsSafeName(name, m_folders.Depth() == 0)) {
+    return m_reporter.Tell(ItemResult::kRefused, ItemReason::kUnsafeName);
+  }
+  std::wstring& path = m_state.m_strLastTarget;
+  path.replace(path.size() - m_name.size(), m_name.size(), name);
+  m_name = name;
+  m_reporter.SetOutputPath(path);
+  m_otherNames[frame::HashOfText(m_reporter.Current().path)] = name;
+  return true;
+}
+
+/// Where the item `path`, whose place is this, came out in this run.
+std::optional<OutputPlace> Root::SourceAt(const OutputPlace& place,
+                                          const std::wstring& path) const {
+  if (m_reporter.HasWritten(place.Path(), path)) return place;
+  const auto other = m_otherNames.find(frame::HashOfText(path));
+  if (other == m_otherNames.end()) return std::nullopt;
+  const OutputPlace renamed{place.folder, other->second};
+  return m_reporter.HasWritten(renamed.Path(), path) ? std::optional(renamed) : std::nullopt;
 }
 
 bool Root::IsArchive(const platform::FoundFile& found) const {
@@ -106,6 +176,7 @@ bool Root::IsArchive(const platform::FoundFile& found) const {
 }
 
 bool Root::Open(Placing placing, std::optional<DWORD> mode) {
+  if (m_state.m_options.safeReplace) placing = Placing::kBeside;
   const bool isOpen = m_existing ? m_file.Replace(m_name, *m_existing, placing, mode)
                                  : m_file.Create(m_name, mode.value_or(kDefaultMode));
   return isOpen || m_reporter.TellRefusal();
@@ -145,29 +216,27 @@ bool Root::MakeLink(const std::wstring& target, const FILETIME* lastWrite) {
   return true;
 }
 
-bool Root::MakeHardLink(const OutputPlace& source, const std::wstring& path,
+bool Root::MakeHardLink(const OutputPlace& place, const std::wstring& path,
                         const FileFacts& facts) {
-  if (!m_reporter.HasWritten(source.Path(), path)) {
-    return m_reporter.Tell(ItemResult::kRefused, ItemReason::kNoSource);
-  }
-  const frame::OpenFile from = m_folders.Open(source.folder);
+  const auto source = SourceAt(place, path);
+  if (!source) return m_reporter.Tell(ItemResult::kRefused, ItemReason::kNoSource);
+  const frame::OpenFile from = m_folders.Open(source->folder);
   const bool isMade = MakeName([&](HANDLE folder, const std::wstring& name) {
     return from.IsOpen() &&
-           platform::LinkBelow(from.Get(), source.name.c_str(), folder, name.c_str()) != FALSE;
+           platform::LinkBelow(from.Get(), source->name.c_str(), folder, name.c_str()) != FALSE;
   });
   // A file system without hard links can still hold the content.
-  if (!isMade) return Copy(source, path, facts);
+  if (!isMade) return Copy(place, path, facts);
   m_reporter.TellWritten();
   return true;
 }
 
-bool Root::Copy(const OutputPlace& source, const std::wstring& path, const FileFacts& facts) {
-  if (!m_reporter.HasWritten(source.Path(), path)) {
-    return m_reporter.Tell(ItemResult::kRefused, ItemReason::kNoSource);
-  }
-  const frame::OpenFile folder = m_folders.Open(source.folder);
+bool Root::Copy(const OutputPlace& place, const std::wstring& path, const FileFacts& facts) {
+  const auto source = SourceAt(place, path);
+  if (!source) return m_reporter.Tell(ItemResult::kRefused, ItemReason::kNoSource);
+  const frame::OpenFile folder = m_folders.Open(source->folder);
   const frame::OpenFile from(folder.IsOpen()
-                                 ? platform::OpenFileBelow(folder.Get(), source.name.c_str())
+                                 ? platform::OpenFileBelow(folder.Get(), source->name.c_str())
                                  : INVALID_HANDLE_VALUE);
   if (!from.IsOpen()) return m_reporter.Tell(ItemResult::kRefused, ItemReason::kNoSource);
   const DWORD mode = facts.attributes ? *facts.attributes >> 16 & 0777 : 0666;
@@ -177,11 +246,12 @@ bool Root::Copy(const OutputPlace& source, const std::wstring& path, const FileF
     DWORD read = 0;
     const auto length = static_cast<DWORD>(block.size());
     const bool isRead = ReadFile(from.Get(), block.data(), length, &read, nullptr) != FALSE;
-    if (isRead && read == 0) return m_file.Finish(facts);
+    if (isRead && read == 0 && m_file.Finish(facts)) return true;
+    if (isRead && read == 0) break;
     if (!isRead || !m_file.Write(block.data(), read)) break;
   }
   m_reporter.TellRefusal();
-  m_file.Remove();
+  m_file.RemoveBroken();
   return false;
 }
 

@@ -63,8 +63,7 @@ bool UnpackByRouter(U& unpacker, CUnpackState& state, Root& root, const ItemRout
       itemOf,
       [&](Root& to, const Route& route) {
         if (route.Sink() != nullptr) {
-          to.BeginSink(*route.Sink(), item);
-          return item.isFolder || drain(to);
+          return to.BeginSink(*route.Sink(), item) && (item.isFolder || drain(to));
         }
         const auto place = to.Admit(route.Place(), item.isFolder);
         return place && write(to, *place);

@@ -65,7 +65,9 @@ mode_t CurrentUmask() {
 }
 
 BOOL ApplyMode(int descriptor, mode_t mode, mode_t present) {
-  const mode_t wanted = mode & 0777 & ~CurrentUmask();
+  // What a folder has from the one above it is not the caller's to take.
+  const mode_t kept = S_ISDIR(present) ? present & 07000 : 0;
+  const mode_t wanted = (mode & 0777 & ~CurrentUmask()) | kept;
   if (wanted == (present & 07777)) return TRUE;
   return fchmod(descriptor, wanted) == 0 ? TRUE : platform::FailWithErrno(errno);
 }

@@ -174,6 +174,19 @@ BOOL SetAttributesOf(HANDLE file, DWORD attributes) {
   return SetDescriptorAttributes(DescriptorOf(file), attributes);
 }
 
+BOOL SetFolderFacts(HANDLE folder, const DWORD* attributes, const FILETIME* lastWrite) {
+  // A folder that is opened only to go there cannot be changed.
+  const int opened =
+      openat(DescriptorOf(folder), ".", O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+  if (opened < 0) return FailWithErrno(errno);
+  const timespec times[] = {{0, UTIME_OMIT}, TimespecOf(lastWrite)};
+  const BOOL isDated = ResultOf(futimens(opened, times));
+  const bool hasMode = attributes != nullptr && (*attributes & FILE_ATTRIBUTE_UNIX_EXTENSION) != 0;
+  const BOOL isDone = hasMode ? SetDescriptorAttributes(opened, *attributes) : isDated;
+  close(opened);
+  return isDated != FALSE ? isDone : FALSE;
+}
+
 BOOL SetModeOf(HANDLE file, DWORD mode) {
   return ResultOf(fchmod(DescriptorOf(file), mode & 0777));
 }

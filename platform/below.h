@@ -56,6 +56,10 @@ BOOL ClearProtectionBelow(HANDLE folder, LPCWSTR name);
 
 /// Gives an open file attributes; see FILE_ATTRIBUTE_UNIX_EXTENSION.
 BOOL SetAttributesOf(HANDLE file, DWORD attributes);
+/// Gives a folder that was opened above, and that may be read, the permission
+/// bits of FILE_ATTRIBUTE_UNIX_EXTENSION, as the umask allows, and a time; each
+/// may be null. Its set-uid, set-gid and sticky bits stay.
+BOOL SetFolderFacts(HANDLE folder, const DWORD* attributes, const FILETIME* lastWrite);
 /// Gives an open file permission bits, whatever the umask.
 BOOL SetModeOf(HANDLE file, DWORD mode);
 

@@ -123,8 +123,16 @@ bool CRarUnpacker::WriteItem(const morvunp::OutputPlace& place) {
     return report.Tell(ItemResult::kRefused, ItemReason::kUnsafeName);
   }
   if (header.isPathCut) return report.Tell(ItemResult::kRefused, ItemReason::kNameTooLong);
-  if (place.name.empty()) return m_pRun->root.MakeFolder(place.folder);
-  return UnpackAt(place);
+  return place.name.empty() ? MakeFolder(place.folder) : UnpackAt(place);
+}
+
+bool CRarUnpacker::MakeFolder(const std::wstring& folder) {
+  if (!m_pRun->root.MakeFolder(folder)) return false;
+  output::FileFacts facts = FactsOf(m_hArchive->Current());
+  // What other systems record of a folder is no mode.
+  if (!m_hArchive->Current().isUnix) facts.attributes.reset();
+  m_pRun->root.NoteFolder(facts);
+  return true;
 }
 
 bool CRarUnpacker::UnpackAt(const morvunp::OutputPlace& place) {
@@ -208,7 +216,9 @@ bool CRarUnpacker::WriteData() {
   // A copy: behind it the engine may stand elsewhere.
   const output::FileFacts facts = FactsOf(m_hArchive->Current());
   const int code = m_hArchive->Test();
-  if (code != rar::kSuccess || m_pRun->isDropped || m_pThrown) root.Out().Remove();
+  // What is behind an interruption is nothing that anybody wants.
+  if (m_state.m_bCancel != 0 || m_pThrown) root.Out().Remove();
+  if (code != rar::kSuccess || m_pRun->isDropped) root.Out().RemoveBroken();
   frame::ThrowKept(m_pThrown);
   if (code != rar::kSuccess) return Fail(code);
   if (m_pRun->isDropped) return false;
@@ -217,7 +227,9 @@ bool CRarUnpacker::WriteData() {
       !root.Open(output::Placing::kBeside, *facts.attributes >> 16 & 0777)) {
     return false;
   }
-  return root.Out().Finish(facts);
+  if (root.Out().Finish(facts)) return true;
+  root.Out().RemoveBroken();
+  return false;
 }
 
 /// The engine's answer is told, and shown where it has a message.
@@ -368,6 +380,7 @@ bool CRarUnpacker::TellRest(RouteOf routeOf) {
   output::Reporter& report = m_pRun->root.Report();
   morvunp::RunReport end{m_nWalkProblem, 0, m_strMissingVolume};
   if (output::IsFull(report.LastFailure().systemError)) end = report.LastFailure();
+  if (report.End()) end = *report.End();
   if (m_state.m_bCancel != 0) end = {ItemReason::kInterrupted};
   const std::wstring missing = m_strMissingVolume;
   end.detail = end.reason == ItemReason::kMissingVolume ? missing : std::wstring_view();
@@ -385,7 +398,7 @@ bool CRarUnpacker::TellRest(RouteOf routeOf) {
     m_nWalkProblem = problem;
     m_strMissingVolume = missing;
   }
-  return report.TellEnd(end);
+  return m_pRun->root.TellEnd(end);
 }
 
 bool CRarUnpacker::UnpackFolder(const std::wstring& path, const std::wstring& target) {
@@ -438,7 +451,7 @@ int CRarUnpacker::OnData(const void* bytes, std::size_t length) {
     if (m_pRun->isDropped && output::IsFull(root.Report().LastFailure().systemError)) {
       return rar::kStop;
     }
-    if (root.Report().HasEnough()) return rar::kStop;
+    if (root.Report().End()) return rar::kStop;
   }
   m_nDone += length;
   return frame::ReportBlock(m_state, m_nDone, m_nTotal) ? rar::kGoOn : rar::kStop;

@@ -81,6 +81,7 @@ HRESULT C7zExtractCallback::Declined() const {
 HRESULT C7zExtractCallback::CreateFileOf(DWORD index, ISequentialOutStream** stream) {
   const HRESULT result = ReadProperties(index);
   if (result != S_OK) return result;
+  if (m_bIsDir) m_pRoot->NoteFolder(Facts());
   if (m_bIsDir) return S_OK;
   const bool hasMode = m_bAttribDefined && (m_nAttrib & FILE_ATTRIBUTE_UNIX_EXTENSION) != 0;
   std::optional<DWORD> mode;
@@ -157,15 +158,24 @@ morvunp::ItemReason C7zExtractCallback::ReasonOf(LONG result) const {
   }
 }
 
-HRESULT C7zExtractCallback::FinishFile(LONG result) {
-  if (!m_pRoot->Out().IsOpen()) return S_OK;
+/// What was read last.
+output::FileFacts C7zExtractCallback::Facts() const {
   output::FileFacts facts;
   if (m_bModifiedDefined) facts.lastWrite = m_ftModified;
   if (m_bAttribDefined) facts.attributes = m_nAttrib;
+  return facts;
+}
+
+HRESULT C7zExtractCallback::FinishFile(LONG result) {
+  if (!m_pRoot->Out().IsOpen()) return S_OK;
+  const output::FileFacts facts = Facts();
   const auto defect = result == kResultOk ? morvunp::ItemReason::kNone : ReasonOf(result);
-  const bool isOnDisk = !m_pRoot->Out().HasSink();
-  if (!m_pRoot->Out().Finish(facts, defect)) {
-    return m_pRoot->Report().GoesOn() ? S_OK : platform::ResultOfError(GetLastError());
+  const bool isRefused = m_pRoot->Out().RefuseDefect(defect);
+  const bool isOnDisk = !isRefused && !m_pRoot->Out().HasSink();
+  if (!isRefused && !m_pRoot->Out().Finish(facts, defect)) {
+    const HRESULT failure = platform::ResultOfError(GetLastError());
+    m_pRoot->Out().KeepBroken();
+    return m_pRoot->Report().GoesOn() ? S_OK : failure;
   }
   if (isOnDisk) m_pUnpacker->UpdateFileTree(m_pUnpacker->m_state.m_strLastTarget);
   return m_pRoot->Report().End() ? E_ABORT : S_OK;

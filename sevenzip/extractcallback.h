@@ -42,6 +42,7 @@ class C7zExtractCallback final : public Component<Answers<ICryptoGetTextPassword
   HRESULT ReadProperties(DWORD index);
   HRESULT Declined() const;
   HRESULT CreateFileOf(DWORD index, ISequentialOutStream** stream);
+  output::FileFacts Facts() const;
   HRESULT FinishFile(LONG result);
   morvunp::ItemReason ReasonOf(LONG result) const;
 

@@ -110,6 +110,7 @@ bool C7zUnpacker::RunExtract(const DWORD* indices, DWORD count,
   morvunp::RunReport end = ReportOf(result);
   if (callback.WasPasswordRefused()) end = {morvunp::ItemReason::kNoPassword};
   if (result == E_ABORT && !callback.WasPasswordRefused()) end = m_pRoot->Report().LastFailure();
+  if (m_pRoot->Report().End()) end = *m_pRoot->Report().End();
   if (m_state.m_bCancel != 0) end = {morvunp::ItemReason::kInterrupted};
   frame::ThrowKept(sevenzip::Thrown());
   const bool isInHand = isAlone || callback.HasInHand();
@@ -163,7 +164,7 @@ bool C7zUnpacker::TellRest(morvunp::RunReport end) {
     }
     m_pRoot->Report().TellNotReached({m_nCurrent, info.strPath, info.nSize}, end.reason);
   }
-  return m_pRoot->Report().TellEnd(end);
+  return m_pRoot->TellEnd(end);
 }
 
 // Many items.
@@ -250,7 +251,9 @@ bool C7zUnpacker::ProcessItem(DWORD index) {
   if (route.IsPassOver()) return false;
   BeginItem(info);
   if (route.Sink() != nullptr) {
-    m_pRoot->BeginSink(*route.Sink(), {index, info.strPath, m_nTotal, isFolder});
+    const bool isBegun =
+        m_pRoot->BeginSink(*route.Sink(), {index, info.strPath, m_nTotal, isFolder});
+    if (!isBegun) return false;
     if (!isFolder) BeginFile(std::wstring(frame::NameOf(info.strPath)));
     return !isFolder;
   }

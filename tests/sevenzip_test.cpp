@@ -357,12 +357,13 @@ TEST_F(SevenZip, CommandGoesOnBehindWhatCannotBeWritten) {
   const auto result = RunCommand(
       {"extract", folder.Path("x.7z"), "D", "E", "-C", folder.Path("out"), "--overwrite=all"});
   EXPECT_EQ(result.exitCode, 1);
-  EXPECT_EQ(result.errors,
-            "morvunp: D/a: failed: a folder stands in its place\n"
-            "morvunp: D/c: failed: another program has it open\n");
+  EXPECT_EQ(result.errors, "morvunp: D/a: failed: a folder stands in its place\n");
   EXPECT_EQ(Out("D/d"), "D/d");
   EXPECT_EQ(Out("E/a"), "E/a");
-  EXPECT_EQ(Out("D/c"), "in use");
+  EXPECT_EQ(Out("D/c"), "D/c");
+  char kept[6] = {};
+  EXPECT_EQ(read(reader, kept, sizeof kept), 6);
+  EXPECT_EQ(std::string(kept, sizeof kept), "in use") << "its reader has what it opened";
   close(reader);
 }
 

@@ -95,6 +95,9 @@ struct ItemReport {
   int systemError = 0;
   /// Such as the name of the missing volume; mostly empty.
   std::wstring_view detail{};
+  /// UnpackOptions::safeReplace was asked for, but the folder takes no new file:
+  /// the existing one was written into.
+  bool wasInPlace = false;
 };
 
 /// How a run ended.

@@ -220,6 +220,7 @@ class MORVUNP_API CRarUnpacker {
   morvunp::output::Root RootAt(const std::wstring& target);
   morvunp::output::Item CurrentItem(const std::wstring& path) const;
   bool WriteItem(const morvunp::OutputPlace& place);
+  bool MakeFolder(const std::wstring& folder);
   bool UnpackAt(const morvunp::OutputPlace& place);
   bool Drain();
   bool IsWithoutPassword() const;

@@ -90,11 +90,15 @@ struct Told {
   ItemReason reasonOfEnd{};
 };
 
+/// What the unpacks of a test are to do beyond the contract.
+morvunp::UnpackOptions options;
+
 template <class U>
 bool UnpackWith(U& unpacker, const TempFolder& folder, const wchar_t* file, Told& told) {
   INIUNPACK settings;
   settings.bConfirmReplace = 0;
   unpacker.SetIni(settings);
+  unpacker.SetOptions(options);
   unpacker.SetItemReport([&told](const ItemReport& report) { told.Note(report); },
                          [&told](const morvunp::RunReport& report) { told.NoteEnd(report); });
   const std::wstring target = folder.LibraryPath("out");
@@ -162,6 +166,7 @@ std::ostream& operator<<(std::ostream& out, const Format& format) { return out <
 class Faults : public testing::TestWithParam<Format> {
  protected:
   void SetUp() override {
+    options = {};
     GetParam().write(folder);
     before = testsupport::TreeOf(folder.Path());
     // What a process asks the system for only once has been asked for then.
@@ -332,13 +337,31 @@ TEST_P(Faults, MissingMemoryFailsOrThrows) {
   }
 }
 
+TEST_P(Faults, AnExistingFileIsBackOrReplaced) {
+  existing = "what was there before";
+  options.safeReplace = true;
+  for (const Calls calls : {Calls::kMemory, Calls::kOutput, Calls::kFiles}) {
+    Sweep({calls, Fault::kError, 0}, nullptr,
+          [&](Result) { EXPECT_TRUE(IsWhole("Z.BIN") || out["Z.BIN"] == existing); });
+  }
+}
+
 class RarFaults : public Faults {};
 
-TEST_P(RarFaults, AnExistingFileIsBackOrReplaced) {
+TEST_P(RarFaults, AnExistingFileIsBackOrReplacedInAnyCase) {
   existing = "what was there before";
   for (const Calls calls : {Calls::kMemory, Calls::kOutput}) {
     Sweep({calls, Fault::kError, 0}, nullptr,
           [&](Result) { EXPECT_TRUE(IsWhole("Z.BIN") || out["Z.BIN"] == existing); });
+  }
+}
+
+TEST_P(Faults, NothingIsLeftOfABrokenFileThatNobodyWants) {
+  options.brokenFiles = morvunp::BrokenFiles::kRemove;
+  for (const Calls calls : {Calls::kMemory, Calls::kWrites, Calls::kOutput}) {
+    Sweep({calls, Fault::kError, 0}, nullptr, [&](Result) {
+      for (const char* name : kNames) EXPECT_TRUE(IsWhole(name) || !out.contains(name)) << name;
+    });
   }
 }
 

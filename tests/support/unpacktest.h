@@ -90,6 +90,8 @@ class UnpackTest : public testing::Test {
     morvunp::ItemResult result{};
     morvunp::ItemReason reason{};
     int systemError = 0;
+    std::wstring outputPath{};
+    bool wasInPlace = false;
   };
   /// From here on, what is told of items and of the ends of runs is kept.
   void Listen() {
@@ -98,7 +100,7 @@ class UnpackTest : public testing::Test {
     unpacker.SetItemReport(
         [this](const morvunp::ItemReport& report) {
           told.push_back({report.position, std::wstring(report.path), report.result, report.reason,
-                          report.systemError});
+                          report.systemError, std::wstring(report.outputPath), report.wasInPlace});
         },
         [this](const morvunp::RunReport& report) {
           ends.emplace_back(report.reason, std::wstring(report.detail));

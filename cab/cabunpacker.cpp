@@ -87,7 +87,9 @@ bool CCabUnpacker::FindNextFile() {
 
 ULONGLONG CCabUnpacker::GetPosition() const { return m_pCabinet->Items().Position(); }
 
-bool CCabUnpacker::IsListComplete() const { return m_pCabinet->IsListComplete(); }
+bool CCabUnpacker::IsListComplete() const { return GetWalkProblem() == morvunp::ItemReason::kNone; }
+
+morvunp::ItemReason CCabUnpacker::GetWalkProblem() const { return m_pCabinet->Problem(); }
 
 void CCabUnpacker::RemoveAllItems() { m_pCabinet->Items().RemoveAllItems(); }
 

@@ -59,7 +59,9 @@ bool CIsoUnpacker::CloseArchive() { return m_pImage->Close(); }
 
 void CIsoUnpacker::CheckIsoImage(const std::wstring& path) { m_pImage->CheckIsoImage(path); }
 
-bool CIsoUnpacker::IsListComplete() const { return m_pImage->IsListComplete(); }
+bool CIsoUnpacker::IsListComplete() const { return GetWalkProblem() == morvunp::ItemReason::kNone; }
+
+morvunp::ItemReason CIsoUnpacker::GetWalkProblem() const { return m_pImage->Problem(); }
 
 void CIsoUnpacker::RemoveUDFAllItems() { m_pImage->RemoveUDFAllItems(); }
 
@@ -218,8 +220,7 @@ bool CIsoUnpacker::UnpackItems(const std::wstring& target, PlaceOf placeOf) {
       *this, m_state, root, placeOf,
       [this](const ISOFILESHORTINFO& info) { return CurrentItem(info.strPath); },
       [this](output::Root& to, const morvunp::OutputPlace& place) { return WriteItem(to, place); });
-  morvunp::ItemReason end = morvunp::ItemReason::kNone;
-  if (!IsListComplete()) end = morvunp::ItemReason::kDamaged;
+  morvunp::ItemReason end = GetWalkProblem();
   if (m_state.m_bCancel != 0) end = morvunp::ItemReason::kInterrupted;
   root.Report().TellEnd(end);
   return result;

@@ -163,7 +163,8 @@ bool CRarUnpacker::Fail(int code) {
     return report.Tell(ItemResult::kFailed, ItemReason::kInterrupted);
   }
   rar::ShowProblem(code);
-  const ItemReason reason = ProblemOf(code, m_hArchive->Current().HidesWrongPassword());
+  ItemReason reason = ProblemOf(code, m_hArchive->Current().HidesWrongPassword());
+  if (code == rar::kBadData && m_gap.cutItem == GetPosition()) reason = ItemReason::kCutShort;
   const bool isVolume = reason == ItemReason::kMissingVolume;
   return report.Tell(ItemResult::kFailed, reason, isVolume ? m_strMissingVolume : std::wstring());
 }
@@ -264,7 +265,7 @@ bool CRarUnpacker::UnpackItems(const std::wstring& target, PlaceOf placeOf) {
 template <class PlaceOf>
 void CRarUnpacker::TellRest(PlaceOf placeOf) {
   output::Reporter& report = m_pRun->root.Report();
-  morvunp::RunReport end{m_nWalkProblem, 0, m_strMissingVolume};
+  morvunp::RunReport end{GetWalkProblem(), 0, m_strMissingVolume};
   if (IsFull(report.LastFailure().systemError)) end = report.LastFailure();
   if (m_state.m_bCancel != 0) end = {ItemReason::kInterrupted};
   const std::wstring missing = m_strMissingVolume;

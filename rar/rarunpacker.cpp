@@ -12,11 +12,13 @@
 #include "morvunp/dostime.h"
 #include "morvunp/unpacker.h"
 #include "rar/callbacks.h"
+#include "rar/completeness.h"
 #include "rar/engine.h"
 #include "rar/password.h"
 #include "rar/volumes.h"
 
 namespace frame = morvunp::frame;
+namespace platform = morvunp::platform;
 namespace rar = morvunp::rar;
 
 using morvunp::ItemReason;
@@ -78,7 +80,12 @@ bool CRarUnpacker::OpenArchive(const std::wstring& path) {
   m_nWalkProblem = ItemReason::kNone;
   const bool isOpen = m_hArchive->Open(path);
   m_nHeader = isOpen ? 0 : -1;
-  m_state.m_archiveFiles = rar::FilesOfSet(path, isOpen && m_hArchive->IsVolume());
+  const auto volumes = rar::PathsOfSet(path, isOpen && m_hArchive->IsVolume());
+  m_state.m_archiveFiles.clear();
+  for (const std::wstring& volume : volumes) {
+    m_state.m_archiveFiles.push_back(platform::IdentityOfPath(volume));
+  }
+  m_gap = isOpen ? rar::FindGap(volumes) : rar::Gap();
   if (m_hArchive->HasEncryptedHeaders() && !AskForHeaders()) {
     m_nWalkProblem = ItemReason::kNoPassword;
     return false;
@@ -111,7 +118,6 @@ bool CRarUnpacker::CloseArchive() { return m_hArchive->Close(); }
 
 bool CRarUnpacker::FindFile() {
   m_nWalkProblem = ItemReason::kNone;
-  m_bContinuations = 0;
   m_nItems = 0;
   m_strMissingVolume.clear();
   const bool isOpen = m_hArchive->Open(m_strArchive);
@@ -154,7 +160,6 @@ int CRarUnpacker::ReadHeader() {
   m_strCurrentName = header.IsFolder() ? std::wstring_view() : frame::NameOf(header.path);
   m_nTotal = header.unpackedSize;
   m_nFileTime = header.time;
-  if (header.IsContinuation()) m_bContinuations = 1;
   // Of an archive that is opened in the midst, the rest of a file is an item.
   if (!header.IsContinuation() || m_nItems == 0) ++m_nItems;
   return code;
@@ -181,11 +186,17 @@ ItemReason CRarUnpacker::ProblemOf(int code, bool isEncrypted) const {
   }
 }
 
-ItemReason CRarUnpacker::GetWalkProblem() const { return m_nWalkProblem; }
+ItemReason CRarUnpacker::GetWalkProblem() const {
+  const bool isOfGap = m_nWalkProblem == ItemReason::kNone ||
+                       (m_nWalkProblem == ItemReason::kDamaged && m_gap.IsCut());
+  return isOfGap ? m_gap.problem : m_nWalkProblem;
+}
+
+bool CRarUnpacker::IsListComplete() const { return GetWalkProblem() == ItemReason::kNone; }
 
 ULONGLONG CRarUnpacker::GetPosition() const { return m_nItems != 0 ? m_nItems - 1 : 0; }
 
-bool CRarUnpacker::HasContinuations() const { return m_bContinuations != 0; }
+void CRarUnpacker::CountSplitFilesOnce(bool isOnce) { m_bCountsOnce = isOnce ? 1 : 0; }
 
 namespace {
 
@@ -279,14 +290,24 @@ bool CRarUnpacker::IsFolder(const std::wstring& path) {
 std::wstring CRarUnpacker::GetFileOutputInfo(const std::wstring& path) {
   RARFILEFULLINFO info;
   if (!LocateFile(path, info)) return {};
+  ULONGLONG packed = PackedSizeOf(info);
+  RARFILEFULLINFO part = info;
+  while (m_bCountsOnce != 0 && part.bSplitAfter != 0 && FindNextFile() && GetFileFullInfo(part)) {
+    packed += PackedSizeOf(part);
+    // Those before the last are of the parts.
+    info.nFileCRC = part.nFileCRC;
+  }
   return frame::FileTextWithCrc(morvunp::TimeOfDosDateTime(info.nFileTime).value_or(0),
-                                SizeOf(info), PackedSizeOf(info), info.nFileCRC);
+                                SizeOf(info), packed, info.nFileCRC);
 }
 
 std::wstring CRarUnpacker::TextOf(frame::Totals totals) {
   morvunp::WalkItems<RARFILEFULLINFO>(*this, [&](const RARFILEFULLINFO& info) {
+    const bool isPart = m_hArchive->Current().IsContinuation() && m_nHeader > 1;
     if (frame::IsFolderItem(info)) {
       totals.AddFolder(info.strPath);
+    } else if (isPart && m_bCountsOnce != 0) {
+      totals.AddPart(info.strPath, PackedSizeOf(info));
     } else {
       totals.AddFile(info.strPath, SizeOf(info), PackedSizeOf(info));
     }

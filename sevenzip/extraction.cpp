@@ -130,6 +130,7 @@ void C7zUnpacker::TellRest(morvunp::RunReport end) {
     }
     m_pRoot->Report().TellNotReached({m_nCurrent, info.strPath, info.nSize}, end.reason);
   }
+  if (!isCut) end.reason = GetWalkProblem();
   m_pRoot->Report().TellEnd(end.reason, end.systemError, end.detail);
 }
 

@@ -3,6 +3,7 @@
 
 #include <exception>
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -39,6 +40,16 @@ class MORVUNP_API OwnEngine {
 
  private:
   std::unique_ptr<Engine> m_pEngine;
+};
+
+/// What an archive lacks, as its headers show when it is opened.
+struct Gap {
+  /// kNone, kCutShort or kDamaged.
+  ItemReason problem = ItemReason::kNone;
+  /// Position in the walk of the item that the file ends in.
+  std::optional<ULONGLONG> cutItem{};
+
+  bool IsCut() const { return problem == ItemReason::kCutShort; }
 };
 }  // namespace morvunp::rar
 
@@ -138,13 +149,15 @@ class MORVUNP_API CRarUnpacker {
   bool GetFileFullInfo(RARFILEFULLINFO& info);
   /// True when the path of a folder contains `path` anywhere.
   bool IsFolder(const std::wstring& path);
-  /// Why the last walk ended before the archive did; kNone when it did not. The
-  /// walk of an unpack run ends where the engine loses its place: the items
-  /// behind are not reached.
+  /// See morvunp/unpacker.h. A cut or a damaged beginning is known when the
+  /// archive is opened, other damage and a missing volume when a walk has come to
+  /// it. The walk of an unpack run ends where the engine loses its place: the
+  /// items behind are not reached.
+  bool IsListComplete() const;
   morvunp::ItemReason GetWalkProblem() const;
-  /// The last walk met continuations of split files, which the summary texts
-  /// count as files of their own.
-  bool HasContinuations() const;
+  /// Whether the summary texts count a split file once. Where this was not called
+  /// they do not: each volume's part of it counts as a file.
+  void CountSplitFilesOnce(bool isOnce);
 
   std::wstring GetFileOutputInfo(const std::wstring& path);
   std::wstring GetFolderOutputInfo(const std::wstring& path);
@@ -227,8 +240,10 @@ class MORVUNP_API CRarUnpacker {
   int OnCallback(UINT message, LPARAM p1, LPARAM p2);
   int OnPasswordNeeded(char* buffer, std::size_t capacity);
 
+  /// What ended the last walk.
   morvunp::ItemReason m_nWalkProblem = morvunp::ItemReason::kNone;
-  BYTE m_bContinuations = 0;
+  morvunp::rar::Gap m_gap;
+  BYTE m_bCountsOnce = 0;
   /// Number of items that the walk has come to.
   ULONGLONG m_nItems = 0;
   /// The volume that the engine asked for in vain.

@@ -33,6 +33,8 @@ struct Block {
     kHiding,
     /// The archive ends here.
     kEnd,
+    /// There is none, and the archive may end so.
+    kNone,
     /// The file ends in the header, or where one should be.
     kFileEnd,
     kDamaged,
@@ -80,18 +82,18 @@ Block::Kind KindOfMain(const OldBlock& block, std::string_view header) {
   return block.HidesBlocks() ? Block::kHiding : Block::kMain;
 }
 
-/// Many writers of the old format leave no end block: what is no block ends an
-/// archive, too.
+/// Many writers of the old format leave no end block.
 Block ReadOldBlock(const ArchiveBytes& file, ULONGLONG offset) {
   const std::string bytes = file.Read(offset, OldBlock::kLength);
   if (bytes.size() < OldBlock::kShortest) {
     const bool isPadding = bytes.find_first_not_of(kPadding) == std::string::npos;
-    return {isPadding ? Block::kEnd : Block::kFileEnd};
+    return {isPadding ? Block::kNone : Block::kFileEnd};
   }
   const OldBlock block(bytes);
   const DWORD size = block.HeaderSize();
   const bool isKnown = block.Type() >= OldBlock::kMain && block.Type() <= OldBlock::kEnd;
-  if (!isKnown || block.Type() == OldBlock::kEnd) return {Block::kEnd};
+  if (!isKnown) return {Block::kNone};
+  if (block.Type() == OldBlock::kEnd) return {Block::kEnd};
   if (size < OldBlock::kShortest) return {Block::kDamaged};
   if (size > file.Size() - offset) return {Block::kFileEnd};
   const Block::Kind kind = block.IsFile() ? Block::kFile
@@ -109,6 +111,8 @@ class Walk {
   /// The file begins and ends as most whole archives do.
   bool IsWhole() const { return m_first.kind == Block::kMain && HasUsualEnd(); }
 
+  /// Bytes of the file where all behind the first block is encrypted, else 0.
+  ULONGLONG HiddenSize() const { return m_first.kind == Block::kHiding ? m_file.Size() : 0; }
   /// Goes on to the end. `begun` counts the items that begin in this file, too.
   Gap Finish(ULONGLONG& begun);
 
@@ -181,14 +185,15 @@ Gap Walk::FindEnd(ULONGLONG& begun) {
   Block block = m_first;
   for (int i = 0; i < kMostBlocks; ++i) {
     if (block.kind == Block::kDamaged) return {ItemReason::kDamaged};
-    if (block.kind == Block::kFileEnd) return {ItemReason::kCutShort};
-    if (block.kind == Block::kHiding || block.kind == Block::kEnd) break;
+    if (block.kind == Block::kFileEnd) return {ItemReason::kCutShort, begun};
+    if (block.kind == Block::kHiding) break;
+    // Nobody packs nothing: what ends behind its first block is cut there.
+    if (block.kind == Block::kNone && i == 1) return {ItemReason::kCutShort, begun};
+    if (block.kind == Block::kEnd || block.kind == Block::kNone) break;
     const bool isFile = block.kind == Block::kFile;
     // In the volume that the walk begins with, the rest of a file is an item.
     if (isFile && (!block.isContinuation || begun == 0)) ++begun;
-    if (m_nOffset > m_file.Size()) {
-      return {ItemReason::kCutShort, isFile ? std::optional(begun - 1) : std::nullopt};
-    }
+    if (m_nOffset > m_file.Size()) return {ItemReason::kCutShort, begun, isFile};
     block = Read();
     m_nOffset += block.length;
   }
@@ -206,7 +211,7 @@ Gap FindGap(const std::vector<std::wstring>& volumes) {
     const Gap gap = Walk(path).Finish(begun);
     if (gap.problem != ItemReason::kNone) return gap;
   }
-  return {};
+  return {.hiddenSize = volumes.size() == 1 ? Walk(volumes.front()).HiddenSize() : 0};
 }
 
 }  // namespace morvunp::rar

@@ -77,6 +77,7 @@ bool CRarUnpacker::OpenArchive(const std::wstring& path) {
   m_strArchive = path;
   if (m_state.m_bKeepYesToAll == 0) m_state.m_iniYesToAll = {};
   m_bPasswordSet = 0;
+  m_nLeastSize = 0;
   m_nWalkProblem = ItemReason::kNone;
   const bool isOpen = m_hArchive->Open(path);
   m_nHeader = isOpen ? 0 : -1;
@@ -119,6 +120,7 @@ bool CRarUnpacker::CloseArchive() { return m_hArchive->Close(); }
 bool CRarUnpacker::FindFile() {
   m_nWalkProblem = ItemReason::kNone;
   m_nItems = 0;
+  m_nLeastSize = 0;
   m_strMissingVolume.clear();
   const bool isOpen = m_hArchive->Open(m_strArchive);
   if (m_hArchive->HasEncryptedHeaders() && m_bPasswordSet != 0) UsePassword();
@@ -150,7 +152,10 @@ int CRarUnpacker::PassOver() {
 int CRarUnpacker::ReadHeader() {
   const bool isAtStart = m_hArchive->IsAtStart();
   int code = m_hArchive->HasItem() ? PassOver() : rar::kSuccess;
-  if (code == rar::kSuccess) code = m_hArchive->ReadHeader();
+  // The engine makes an item even of a part of a header.
+  if (code == rar::kSuccess) {
+    code = m_gap.items == m_nItems ? rar::kEndOfArchive : m_hArchive->ReadHeader();
+  }
   if (code != rar::kSuccess) {
     const bool isKeyTried = isAtStart && m_hArchive->HasEncryptedHeaders();
     if (m_nWalkProblem == ItemReason::kNone) m_nWalkProblem = ProblemOf(code, isKeyTried);
@@ -160,6 +165,7 @@ int CRarUnpacker::ReadHeader() {
   m_strCurrentName = header.IsFolder() ? std::wstring_view() : frame::NameOf(header.path);
   m_nTotal = header.unpackedSize;
   m_nFileTime = header.time;
+  m_nLeastSize += rar::kLeastHiddenHeader + header.packedSize;
   // Of an archive that is opened in the midst, the rest of a file is an item.
   if (!header.IsContinuation() || m_nItems == 0) ++m_nItems;
   return code;
@@ -187,9 +193,15 @@ ItemReason CRarUnpacker::ProblemOf(int code, bool isEncrypted) const {
 }
 
 ItemReason CRarUnpacker::GetWalkProblem() const {
+  const ItemReason gap = IsBeyondEnd() ? ItemReason::kCutShort : m_gap.problem;
   const bool isOfGap = m_nWalkProblem == ItemReason::kNone ||
-                       (m_nWalkProblem == ItemReason::kDamaged && m_gap.IsCut());
-  return isOfGap ? m_gap.problem : m_nWalkProblem;
+                       (m_nWalkProblem == ItemReason::kDamaged && gap == ItemReason::kCutShort);
+  return isOfGap ? gap : m_nWalkProblem;
+}
+
+/// The item in hand, or one before it, cannot lie in the file whole.
+bool CRarUnpacker::IsBeyondEnd() const {
+  return m_gap.hiddenSize != 0 && m_nLeastSize > m_gap.hiddenSize;
 }
 
 bool CRarUnpacker::IsListComplete() const { return GetWalkProblem() == ItemReason::kNone; }

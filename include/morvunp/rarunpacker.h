@@ -46,10 +46,13 @@ class MORVUNP_API OwnEngine {
 struct Gap {
   /// kNone, kCutShort or kDamaged.
   ItemReason problem = ItemReason::kNone;
-  /// Position in the walk of the item that the file ends in.
-  std::optional<ULONGLONG> cutItem{};
-
-  bool IsCut() const { return problem == ItemReason::kCutShort; }
+  /// Where the file is cut: number of the items whose headers it has.
+  std::optional<ULONGLONG> items{};
+  /// It is cut in the data of the last of them.
+  bool isDataCut = false;
+  /// Bytes of an archive whose headers are encrypted: only a walk can show that it
+  /// takes more than these. 0 of others and of volumes.
+  ULONGLONG hiddenSize = 0;
 };
 }  // namespace morvunp::rar
 
@@ -219,6 +222,7 @@ class MORVUNP_API CRarUnpacker {
   int PassOver();
   void NoteUnopened();
   morvunp::ItemReason ProblemOf(int code, bool isEncrypted) const;
+  bool IsBeyondEnd() const;
   std::wstring TextOf(morvunp::frame::Totals totals);
 
   template <class PlaceOf>
@@ -244,6 +248,8 @@ class MORVUNP_API CRarUnpacker {
   morvunp::ItemReason m_nWalkProblem = morvunp::ItemReason::kNone;
   morvunp::rar::Gap m_gap;
   BYTE m_bCountsOnce = 0;
+  /// Bytes that the archive has at least, from what the walk has come to.
+  ULONGLONG m_nLeastSize = 0;
   /// Number of items that the walk has come to.
   ULONGLONG m_nItems = 0;
   /// The volume that the engine asked for in vain.

@@ -91,6 +91,8 @@ bool Cabinet::IsCabinet(const std::wstring& path) {
   if (_wsopen_s(&file, path.c_str(), _O_BINARY | _O_RDONLY, _SH_DENYWR, 0) != 0) return false;
   const BOOL isCabinet = m_pfnFDIIsCabinet(m_hfdi, file, &m_cabInfo);
   m_identity = platform::IdentityOf(reinterpret_cast<HANDLE>(_get_osfhandle(file)));
+  m_bCut = _lseeki64(file, 0, SEEK_END) < LONGLONG{static_cast<DWORD>(m_cabInfo.cbCabinet)};
+  m_scanProblem = morvunp::ItemReason::kNone;
   _close(file);
   return isCabinet != FALSE;
 }
@@ -204,8 +206,9 @@ bool Cabinet::Scan(void* user) {
   if (m_hfdi == nullptr) return false;
   m_items.Rewind();
   m_items.SetUtf8Names(m_state.m_options.utf8Names);
-  m_bListComplete = Copy(CCabUnpacker::FDICallback_Scan, user);
-  return m_bListComplete && m_items.size() != 0;
+  const bool isScanned = Copy(CCabUnpacker::FDICallback_Scan, user);
+  m_scanProblem = isScanned ? morvunp::ItemReason::kNone : ReasonOfFailure();
+  return isScanned && m_items.size() != 0;
 }
 
 }  // namespace morvunp::cab

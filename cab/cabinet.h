@@ -34,7 +34,10 @@ class Cabinet {
   bool Copy(PFNFDINOTIFY notify, void* user, int flags = 0);
   /// Reads the table into the list. True when that worked and found items.
   bool Scan(void* user);
-  bool IsListComplete() const { return m_bListComplete; }
+  /// Why the file or the list is not whole: kCutShort, kDamaged or kNone.
+  morvunp::ItemReason Problem() const {
+    return m_bCut ? morvunp::ItemReason::kCutShort : m_scanProblem;
+  }
   /// Why the last pass ended early, as the interface tells it.
   morvunp::ItemReason ReasonOfFailure() const;
   /// A callback ended the last pass.
@@ -84,7 +87,9 @@ class Cabinet {
   /// Where the host said that cabinets are.
   std::map<std::wstring, std::wstring> m_answers;
   ItemList m_items;
-  bool m_bListComplete = true;
+  /// The file is shorter than the cabinet says.
+  bool m_bCut = false;
+  morvunp::ItemReason m_scanProblem = morvunp::ItemReason::kNone;
 };
 
 }  // namespace morvunp::cab

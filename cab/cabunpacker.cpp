@@ -90,7 +90,9 @@ bool CCabUnpacker::FindNextFile() {
 
 ULONGLONG CCabUnpacker::GetPosition() const { return m_pCabinet->Items().Position(); }
 
-bool CCabUnpacker::IsListComplete() const { return m_pCabinet->IsListComplete(); }
+bool CCabUnpacker::IsListComplete() const { return GetWalkProblem() == morvunp::ItemReason::kNone; }
+
+morvunp::ItemReason CCabUnpacker::GetWalkProblem() const { return m_pCabinet->Problem(); }
 
 std::wstring CCabUnpacker::GetMissingCabinet() const { return m_pCabinet->MissingCabinet(); }
 

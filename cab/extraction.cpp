@@ -186,7 +186,7 @@ morvunp::RunReport CCabUnpacker::EndOfPass(bool isCopied) const {
   // The class itself ends a pass that has written nothing, at its end, and one
   // whose file could not be created.
   const bool isAtEnd = run.m_nNext >= m_pCabinet->Items().size();
-  if (isCopied || (m_pCabinet->WasAborted() && isAtEnd)) return {};
+  if (isCopied || (m_pCabinet->WasAborted() && isAtEnd)) return {m_pCabinet->Problem()};
   if (m_pCabinet->WasAborted()) return run.m_pRoot->Report().LastFailure();
   return {m_pCabinet->ReasonOfFailure(), 0, m_pCabinet->MissingCabinet()};
 }

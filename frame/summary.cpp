@@ -45,6 +45,10 @@ void Totals::AddFile(const std::wstring& path, ULONGLONG size, ULONGLONG packed)
   m_nPacked += packed;
 }
 
+void Totals::AddPart(const std::wstring& path, ULONGLONG packed) {
+  if (path.starts_with(m_prefix)) m_nPacked += packed;
+}
+
 void Totals::AddFolder(const std::wstring& path) {
   if (!path.starts_with(m_prefix) || path.size() == m_prefix.size()) return;
   const std::wstring_view below = std::wstring_view(path).substr(m_prefix.size());

@@ -51,6 +51,8 @@ class Totals {
   /// Counts a file, in bytes, or a folder, when it lies below the folder.
   void AddFile(const std::wstring& path, ULONGLONG size, ULONGLONG packed);
   void AddFolder(const std::wstring& path);
+  /// Further bytes that a file which was counted is packed in.
+  void AddPart(const std::wstring& path, ULONGLONG packed);
 
   /// The folder / archive text of formats that know packed sizes.
   std::wstring Text() const;

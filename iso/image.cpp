@@ -45,6 +45,7 @@ Image::~Image() { Close(); }
 
 bool Image::Open(const std::wstring& path) {
   Close();
+  m_problem = morvunp::ItemReason::kNone;
   if (path.empty()) return false;
   CheckIsoImage(path);
   if (m_bUDF) m_volumes.RemoveUDFAllItems();
@@ -57,16 +58,16 @@ bool Image::Open(const std::wstring& path) {
 
 bool Image::Scan() {
   // It stays so when an impossible date ends the scan.
-  m_bListComplete = false;
+  m_problem = morvunp::ItemReason::kDamaged;
   if (m_bISO9660) {
     Iso9660Scan scan(*m_pSource, m_nBlockSize, m_items);
     scan.InitScanISO9660(m_nRootLocation, m_nRootLength, kRoot);
-    m_bListComplete = scan.IsComplete();
+    m_problem = scan.Problem();
     return true;
   }
   UdfScan scan(*m_pSource, m_volumes, m_items);
   const bool listed = scan.InitScanUDF();
-  m_bListComplete = scan.IsComplete();
+  m_problem = scan.Problem();
   return listed;
 }
 

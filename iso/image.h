@@ -37,8 +37,9 @@ class Image {
   void RemoveUDFAllItems() { m_volumes.RemoveUDFAllItems(); }
   bool IsOpen() const { return m_nFile != 0; }
 
-  /// False when a directory of the image could not be read whole.
-  bool IsListComplete() const { return m_bListComplete; }
+  /// kCutShort when data of an item or a directory lies beyond the image's end,
+  /// kDamaged when a directory could not be read whole otherwise.
+  morvunp::ItemReason Problem() const { return m_problem; }
 
   /// Bytes that an item occupies. ISO 9660 packs nothing. UDF: bytes in the
   /// recorded blocks, or the size when none are recorded.
@@ -77,7 +78,7 @@ class Image {
   DWORD m_nRootLength = 0;
   UdfVolumes m_volumes;
   ItemList m_items;
-  bool m_bListComplete = true;
+  morvunp::ItemReason m_problem = morvunp::ItemReason::kNone;
   CopyBuffer m_buffer;
 };
 

@@ -5,10 +5,13 @@
 #include <bit>
 
 #include "frame/ansitext.h"
-#include "iso/littleendian.h"
+#include "frame/littleendian.h"
 
 namespace morvunp::iso {
 namespace {
+
+using frame::GetLittleEndian16Bit;
+using frame::GetLittleEndian32Bit;
 
 // ECMA-119 8.4: type, standard identifier and version of the descriptor.
 constexpr std::array<BYTE, 7> kPrimaryStart{1, 'C', 'D', '0', '0', '1', 1};

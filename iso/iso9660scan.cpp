@@ -49,8 +49,9 @@ void Iso9660Scan::InitScanISO9660(DWORD location, DWORD length, ItemIndex folder
   const ULONGLONG offset = ULONGLONG{m_nBlockSize} * location;
   const auto most = static_cast<DWORD>(std::min<ULONGLONG>(length, m_guard.Room()));
   const std::uint32_t available = AvailableLength(m_source, offset, most);
+  m_completeness.NoteExtent(offset, length);
   if (!m_guard.Enter(location, available, m_items.PathLengthOf(folder))) {
-    m_bComplete = false;
+    m_completeness.NoteGap();
     return;
   }
   const auto bytes = ReadWhole(m_source, offset, available);
@@ -61,14 +62,14 @@ void Iso9660Scan::InitScanISO9660(DWORD location, DWORD length, ItemIndex folder
   }
   m_guard.Leave(available);
   const bool whole = bytes.size() == length && seen >= kSpecialRecords && !records.IsDamaged();
-  m_bComplete = m_bComplete && whole;
+  if (!whole) m_completeness.NoteGap();
 }
 
 bool Iso9660Scan::AddItem(const DirectoryRecord& record, ItemIndex folder) {
   const __time64_t modified = m_dates.TimeOf(record.date);
   GetNameItemISO9660(record, m_name);
   if (!m_guard.CountPath(m_items.PathLengthOf(folder) + m_name.size())) {
-    m_bComplete = false;
+    m_completeness.NoteGap();
     return false;
   }
   CIsoItemInfo& item = m_items.Append(m_name, folder);
@@ -77,7 +78,11 @@ bool Iso9660Scan::AddItem(const DirectoryRecord& record, ItemIndex folder) {
   item.m_nLocation = record.location;
   item.m_nSize = record.dataLength;
   item.m_timeModified = modified;
-  if (record.directory) InitScanISO9660(record.location, record.dataLength, m_items.Last());
+  if (record.directory) {
+    InitScanISO9660(record.location, record.dataLength, m_items.Last());
+  } else {
+    m_completeness.NoteExtent(ULONGLONG{m_nBlockSize} * record.location, record.dataLength);
+  }
   return true;
 }
 

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "iso/bytesource.h"
+#include "iso/completeness.h"
 #include "iso/iso9660.h"
 #include "iso/itemlist.h"
 #include "iso/recorddate.h"
@@ -16,14 +17,19 @@ namespace morvunp::iso {
 class Iso9660Scan {
  public:
   Iso9660Scan(ByteSource& source, DWORD blockSize, ItemList& items)
-      : m_source(source), m_nBlockSize(blockSize), m_items(items), m_guard(source.Size()) {}
+      : m_source(source),
+        m_nBlockSize(blockSize),
+        m_items(items),
+        m_guard(source.Size()),
+        m_completeness(source.Size()) {}
 
   /// Adds the items of one directory extent and of every folder below it.
   /// Throws CAtlException for an impossible recording date; the items before
   /// it stay in the list.
   void InitScanISO9660(DWORD location, DWORD length, ItemIndex folder);
-  /// False when a directory could not be read whole or was not entered.
-  bool IsComplete() const { return m_bComplete; }
+  /// kCutShort when something lies beyond the image's end; kDamaged when a
+  /// directory could not be read whole otherwise or was not entered.
+  morvunp::ItemReason Problem() const { return m_completeness.Problem(); }
 
  private:
   /// False when the folder's listing ends here.
@@ -33,10 +39,10 @@ class Iso9660Scan {
   DWORD m_nBlockSize;
   ItemList& m_items;
   ScanGuard m_guard;
+  Completeness m_completeness;
   DateConverter m_dates;
   /// The name read last.
   std::wstring m_name;
-  bool m_bComplete = true;
 };
 
 }  // namespace morvunp::iso

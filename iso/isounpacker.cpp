@@ -60,7 +60,9 @@ bool CIsoUnpacker::CloseArchive() { return m_pImage->Close(); }
 
 void CIsoUnpacker::CheckIsoImage(const std::wstring& path) { m_pImage->CheckIsoImage(path); }
 
-bool CIsoUnpacker::IsListComplete() const { return m_pImage->IsListComplete(); }
+bool CIsoUnpacker::IsListComplete() const { return GetWalkProblem() == morvunp::ItemReason::kNone; }
+
+morvunp::ItemReason CIsoUnpacker::GetWalkProblem() const { return m_pImage->Problem(); }
 
 void CIsoUnpacker::RemoveUDFAllItems() { m_pImage->RemoveUDFAllItems(); }
 
@@ -237,8 +239,7 @@ bool CIsoUnpacker::RunOverItems(const std::wstring& target, PlaceOf placeOf) {
 
 /// True when the run came to the end that was wanted.
 bool CIsoUnpacker::TellEnd(output::Root& root) const {
-  morvunp::RunReport end;
-  if (!IsListComplete()) end = {morvunp::ItemReason::kDamaged};
+  morvunp::RunReport end{GetWalkProblem()};
   if (m_state.m_bCancel != 0) end = {morvunp::ItemReason::kInterrupted};
   return root.TellEnd(end);
 }

@@ -2,11 +2,15 @@
 
 #include <algorithm>
 
-#include "iso/littleendian.h"
+#include "frame/littleendian.h"
 #include "platform/unicode.h"
 
 namespace morvunp::iso {
 namespace {
+
+using frame::GetLittleEndian16Bit;
+using frame::GetLittleEndian32Bit;
+using frame::GetLittleEndian64Bit;
 
 constexpr std::size_t kChecksumOffset = 4;
 constexpr std::size_t kVolumeMapsOffset = 440;

@@ -28,7 +28,7 @@ bool UdfScan::InitScanUDF() {
   const auto count = static_cast<int>(m_volumes.LogicalVolumes().size());
   for (int volume = 0; volume < count; ++volume) {
     if (!ScanVolume(volume)) {
-      m_bComplete = false;
+      m_completeness.NoteGap();
       break;
     }
     result = true;
@@ -62,6 +62,7 @@ bool UdfScan::ScanRoot(int volume, const UDFICB& icb) {
 std::optional<UdfFileEntry> UdfScan::ReadEntry(int volume, const UDFICB& icb) {
   const auto position = m_volumes.PositionOf(volume, icb.partition, icb.location, icb.Bytes());
   if (!position) return std::nullopt;
+  m_completeness.NoteExtent(*position, kUdfEntryHeader);
   const auto bytes = m_window.Read(m_source, *position, std::min(icb.Bytes(), kLongestEntry));
   return bytes ? DecodeFileEntry(*bytes) : std::nullopt;
 }
@@ -91,8 +92,21 @@ bool UdfScan::ReadInfoFileUDF(std::wstring_view name, const UdfFileEntry& entry,
                               bool hidden, ItemIndex parent) {
   const auto allocation = AllocationOf(entry, tree);
   if (!allocation) return false;
+  if (!allocation->m_bDataInICB) NoteExtents(entry.informationLength, tree);
   AppendItem(name, entry, hidden, parent).m_allocation = m_items.Keep(*allocation);
   return true;
+}
+
+void UdfScan::NoteExtents(ULONGLONG length, const Tree& tree) {
+  for (const UDFEXTENT& extent : m_extents) {
+    const auto wanted = static_cast<DWORD>(std::min<ULONGLONG>(extent.Bytes(), length));
+    length -= wanted;
+    const bool isData = wanted > 0 && extent.Type() == UdfExtentType::kRecorded;
+    if (!isData || !m_volumes.HasPartition(tree.volume, extent.partition)) continue;
+    const auto position =
+        m_volumes.PositionOf(tree.volume, extent.partition, extent.position, extent.Bytes());
+    if (position) m_completeness.NoteExtent(*position, wanted);
+  }
 }
 
 bool UdfScan::ReadContents(const UdfFileEntry& entry, const UDFICB& icb, const Tree& tree,
@@ -101,7 +115,7 @@ bool UdfScan::ReadContents(const UdfFileEntry& entry, const UDFICB& icb, const T
   if (entry.informationLength > m_source.Size()) return false;
   const auto key = m_volumes.PositionOf(tree.volume, icb.partition, icb.location, icb.Bytes());
   if (!m_guard.Enter(*key, entry.informationLength, m_items.PathLengthOf(folder))) {
-    m_bComplete = false;
+    m_completeness.NoteGap();
     return true;
   }
   const auto bytes = ReadFolderData(entry, tree);
@@ -125,7 +139,7 @@ bool UdfScan::ReadChild(const UdfFileIdentifier& identifier, const Tree& tree, I
   if (!entry) return false;
   GetDString(identifier.identifier.data(), static_cast<WORD>(identifier.identifier.size()), m_name);
   if (!m_guard.CountPath(m_items.PathLengthOf(folder) + m_name.size())) {
-    m_bComplete = false;
+    m_completeness.NoteGap();
     return true;
   }
   if (!entry->folder) return ReadInfoFileUDF(m_name, *entry, tree, identifier.hidden, folder);
@@ -152,6 +166,7 @@ std::optional<std::vector<BYTE>> UdfScan::ReadFolderData(const UdfFileEntry& ent
         m_volumes.PositionOf(tree.volume, extent.partition, extent.position, extent.Bytes());
     if (!position || extent.Type() != UdfExtentType::kRecorded) return std::nullopt;
     const auto wanted = std::min<ULONGLONG>(extent.Bytes(), length - data.size());
+    m_completeness.NoteExtent(*position, wanted);
     const auto part = ReadWhole(m_source, *position, static_cast<DWORD>(wanted));
     data.insert(data.end(), part.begin(), part.end());
   }

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "iso/completeness.h"
 #include "iso/copy.h"
 #include "iso/itemlist.h"
 #include "iso/recorddate.h"
@@ -19,15 +20,20 @@ namespace morvunp::iso {
 class UdfScan {
  public:
   UdfScan(ByteSource& source, UdfVolumes& volumes, ItemList& items)
-      : m_source(source), m_volumes(volumes), m_items(items), m_guard(source.Size()) {}
+      : m_source(source),
+        m_volumes(volumes),
+        m_items(items),
+        m_guard(source.Size()),
+        m_completeness(source.Size()) {}
 
   /// True when at least the first volume was listed completely. The first
   /// unusable structure ends the scan; what was listed before it stays. Throws
   /// CAtlException for an impossible date and CInvalidArgException for a
   /// reference to a partition that does not exist.
   bool InitScanUDF();
-  /// False when a later volume was unusable or a folder was not entered.
-  bool IsComplete() const { return m_bComplete; }
+  /// kCutShort when data of a file lies beyond the image's end; kDamaged when a
+  /// later volume was unusable or a folder was not entered.
+  morvunp::ItemReason Problem() const { return m_completeness.Problem(); }
 
  private:
   /// What is handed down a volume's tree.
@@ -61,6 +67,8 @@ class UdfScan {
   /// Collects all extents that descriptors lead to, those of continuation
   /// extents in their place.
   bool FollowExtents(std::span<const BYTE> descriptors, BYTE type, const Tree& tree);
+  /// Whether the data of a file is in the image.
+  void NoteExtents(ULONGLONG length, const Tree& tree);
   bool ReadContinuation(const UDFEXTENT& continuation, BYTE type, const Tree& tree);
 
   ByteSource& m_source;
@@ -69,12 +77,12 @@ class UdfScan {
   UdfVolumes& m_volumes;
   ItemList& m_items;
   ScanGuard m_guard;
+  Completeness m_completeness;
   DateConverter m_datesModified;
   DateConverter m_datesAccessed;
   /// The extents and the name read last.
   std::vector<UDFEXTENT> m_extents;
   std::wstring m_name;
-  bool m_bComplete = true;
 };
 
 }  // namespace morvunp::iso

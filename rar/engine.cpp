@@ -209,7 +209,7 @@ void Engine::SetPassword(std::string password) {
 }
 
 int Engine::ReadHeader() {
-  if (!IsOpen()) return ERAR_UNKNOWN;
+  if (!IsOpen() || OpenResult() != kSuccess) return ERAR_UNKNOWN;
   if (m_nLost == kSuccess) m_nLost = m_pWalk->ReadHeader(*m_pBuffers);
   m_bHasItem = m_nLost == kSuccess;
   if (!m_bHasItem) return m_nLost;

@@ -239,7 +239,9 @@ bool CRarUnpacker::Fail(int code) {
     return report.Tell(ItemResult::kFailed, ItemReason::kInterrupted);
   }
   rar::ShowProblem(code);
-  const ItemReason reason = ProblemOf(code, m_hArchive->Current().HidesWrongPassword());
+  ItemReason reason = ProblemOf(code, m_hArchive->Current().HidesWrongPassword());
+  const bool isCut = (m_gap.isDataCut && m_gap.items == m_nItems) || IsBeyondEnd();
+  if (code == rar::kBadData && isCut) reason = ItemReason::kCutShort;
   const bool isVolume = reason == ItemReason::kMissingVolume;
   return report.Tell(ItemResult::kFailed, reason, isVolume ? m_strMissingVolume : std::wstring());
 }
@@ -378,7 +380,7 @@ bool CRarUnpacker::UnpackItems(const std::wstring& target, const morvunp::ItemRo
 template <class RouteOf>
 bool CRarUnpacker::TellRest(RouteOf routeOf) {
   output::Reporter& report = m_pRun->root.Report();
-  morvunp::RunReport end{m_nWalkProblem, 0, m_strMissingVolume};
+  morvunp::RunReport end{GetWalkProblem(), 0, m_strMissingVolume};
   if (output::IsFull(report.LastFailure().systemError)) end = report.LastFailure();
   if (report.End()) end = *report.End();
   if (m_state.m_bCancel != 0) end = {ItemReason::kInterrupted};

@@ -13,11 +13,13 @@
 #include "morvunp/dostime.h"
 #include "morvunp/unpacker.h"
 #include "rar/callbacks.h"
+#include "rar/completeness.h"
 #include "rar/engine.h"
 #include "rar/password.h"
 #include "rar/volumes.h"
 
 namespace frame = morvunp::frame;
+namespace platform = morvunp::platform;
 namespace rar = morvunp::rar;
 
 using morvunp::ItemReason;
@@ -76,11 +78,17 @@ bool CRarUnpacker::OpenArchive(const std::wstring& path) {
   m_strArchive = path;
   if (m_state.m_bKeepYesToAll == 0) m_state.m_iniYesToAll = {};
   m_bPasswordSet = 0;
+  m_nLeastSize = 0;
   m_nWalkProblem = ItemReason::kNone;
   m_volumesAsked.clear();
   const bool isOpen = m_hArchive->Open(path);
   m_nHeader = isOpen ? 0 : -1;
-  m_state.m_archiveFiles = rar::FilesOfSet(path, isOpen && m_hArchive->IsVolume());
+  const auto volumes = rar::PathsOfSet(path, isOpen && m_hArchive->IsVolume());
+  m_state.m_archiveFiles.clear();
+  for (const std::wstring& volume : volumes) {
+    m_state.m_archiveFiles.push_back(platform::IdentityOfPath(volume));
+  }
+  m_gap = isOpen ? rar::FindGap(volumes) : rar::Gap();
   if (m_hArchive->HasEncryptedHeaders() && !AskForHeaders()) {
     m_nWalkProblem = ItemReason::kNoPassword;
     return false;
@@ -115,8 +123,8 @@ bool CRarUnpacker::CloseArchive() { return m_hArchive->Close(); }
 
 bool CRarUnpacker::FindFile() {
   m_nWalkProblem = ItemReason::kNone;
-  m_bContinuations = 0;
   m_nItems = 0;
+  m_nLeastSize = 0;
   m_strMissingVolume.clear();
   // What was just opened stands where a walk begins; opening it again would cost
   // the derivation of another key.
@@ -167,7 +175,11 @@ int CRarUnpacker::PassOver() {
 int CRarUnpacker::ReadHeader() {
   const bool isAtStart = m_hArchive->IsAtStart();
   int code = m_hArchive->HasItem() ? PassOver() : rar::kSuccess;
-  if (code == rar::kSuccess) code = Walk([this] { return m_hArchive->ReadHeader(); });
+  // The engine makes an item even of a part of a header.
+  if (code == rar::kSuccess) {
+    code = m_gap.items == m_nItems ? rar::kEndOfArchive
+                                   : Walk([this] { return m_hArchive->ReadHeader(); });
+  }
   if (code != rar::kSuccess) {
     const bool isKeyTried = isAtStart && m_hArchive->HasEncryptedHeaders();
     if (m_nWalkProblem == ItemReason::kNone) m_nWalkProblem = ProblemOf(code, isKeyTried);
@@ -177,7 +189,7 @@ int CRarUnpacker::ReadHeader() {
   m_strCurrentName = header.IsFolder() ? std::wstring_view() : frame::NameOf(header.path);
   m_nTotal = header.unpackedSize;
   m_nFileTime = header.time;
-  if (header.IsContinuation()) m_bContinuations = 1;
+  m_nLeastSize += rar::kLeastHiddenHeader + header.packedSize;
   // Of an archive that is opened in the midst, the rest of a file is an item.
   if (!header.IsContinuation() || m_nItems == 0) ++m_nItems;
   return code;
@@ -204,13 +216,25 @@ ItemReason CRarUnpacker::ProblemOf(int code, bool isEncrypted) const {
   }
 }
 
-ItemReason CRarUnpacker::GetWalkProblem() const { return m_nWalkProblem; }
+ItemReason CRarUnpacker::GetWalkProblem() const {
+  const ItemReason gap = IsBeyondEnd() ? ItemReason::kCutShort : m_gap.problem;
+  const bool isOfGap = m_nWalkProblem == ItemReason::kNone ||
+                       (m_nWalkProblem == ItemReason::kDamaged && gap == ItemReason::kCutShort);
+  return isOfGap ? gap : m_nWalkProblem;
+}
+
+/// The item in hand, or one before it, cannot lie in the file whole.
+bool CRarUnpacker::IsBeyondEnd() const {
+  return m_gap.hiddenSize != 0 && m_nLeastSize > m_gap.hiddenSize;
+}
+
+bool CRarUnpacker::IsListComplete() const { return GetWalkProblem() == ItemReason::kNone; }
 
 std::wstring CRarUnpacker::GetComment() const { return m_hArchive->Comment(); }
 
 ULONGLONG CRarUnpacker::GetPosition() const { return m_nItems != 0 ? m_nItems - 1 : 0; }
 
-bool CRarUnpacker::HasContinuations() const { return m_bContinuations != 0; }
+void CRarUnpacker::CountSplitFilesOnce(bool isOnce) { m_bCountsOnce = isOnce ? 1 : 0; }
 
 namespace {
 
@@ -304,14 +328,24 @@ bool CRarUnpacker::IsFolder(const std::wstring& path) {
 std::wstring CRarUnpacker::GetFileOutputInfo(const std::wstring& path) {
   RARFILEFULLINFO info;
   if (!LocateFile(path, info)) return {};
+  ULONGLONG packed = PackedSizeOf(info);
+  RARFILEFULLINFO part = info;
+  while (m_bCountsOnce != 0 && part.bSplitAfter != 0 && FindNextFile() && GetFileFullInfo(part)) {
+    packed += PackedSizeOf(part);
+    // Those before the last are of the parts.
+    info.nFileCRC = part.nFileCRC;
+  }
   return frame::FileTextWithCrc(morvunp::TimeOfDosDateTime(info.nFileTime).value_or(0),
-                                SizeOf(info), PackedSizeOf(info), info.nFileCRC);
+                                SizeOf(info), packed, info.nFileCRC);
 }
 
 std::wstring CRarUnpacker::TextOf(frame::Totals totals) {
   morvunp::WalkItems<RARFILEFULLINFO>(*this, [&](const RARFILEFULLINFO& info) {
+    const bool isPart = m_hArchive->Current().IsContinuation() && m_nHeader > 1;
     if (frame::IsFolderItem(info)) {
       totals.AddFolder(info.strPath);
+    } else if (isPart && m_bCountsOnce != 0) {
+      totals.AddPart(info.strPath, PackedSizeOf(info));
     } else {
       totals.AddFile(info.strPath, SizeOf(info), PackedSizeOf(info));
     }

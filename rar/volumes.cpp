@@ -2,6 +2,7 @@
 
 #include <cwctype>
 
+#include "frame/filesystem.h"
 #include "frame/itempath.h"
 
 namespace morvunp::rar {
@@ -38,11 +39,12 @@ bool CountUpOldName(std::wstring& name) {
 
 }  // namespace
 
-std::vector<platform::FileIdentity> FilesOfSet(const std::wstring& path, bool isVolume) {
-  std::vector<platform::FileIdentity> files{platform::IdentityOfPath(path)};
-  if (!isVolume) return files;
+std::vector<std::wstring> PathsOfSet(const std::wstring& path, bool isVolume) {
+  std::vector<std::wstring> paths{path};
+  if (!isVolume) return paths;
   std::wstring stem(frame::TitleOf(path));
-  const std::wstring extension(frame::ExtensionOf(path));
+  std::wstring extension(frame::ExtensionOf(path));
+  if (_wcsicmp(extension.c_str(), L"exe") == 0) extension = L"rar";
   const std::wstring_view last = frame::ExtensionOf(stem);
   const bool isNumbered = last.starts_with(L"part") || last.starts_with(L"PART");
   std::wstring old =
@@ -57,11 +59,11 @@ std::vector<platform::FileIdentity> FilesOfSet(const std::wstring& path, bool is
     } else if (!CountUpOldName(old)) {
       break;
     }
-    const auto file = platform::IdentityOfPath(stem + L'.' + (isNumbered ? extension : old));
-    if (file == platform::FileIdentity{}) break;
-    files.push_back(file);
+    std::wstring next = stem + L'.' + (isNumbered ? extension : old);
+    if (!frame::FileExists(next)) break;
+    paths.push_back(std::move(next));
   }
-  return files;
+  return paths;
 }
 
 }  // namespace morvunp::rar

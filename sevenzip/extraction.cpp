@@ -164,6 +164,7 @@ bool C7zUnpacker::TellRest(morvunp::RunReport end) {
     }
     m_pRoot->Report().TellNotReached({m_nCurrent, info.strPath, info.nSize}, end.reason);
   }
+  if (!isCut) end.reason = GetWalkProblem();
   return m_pRoot->TellEnd(end);
 }
 

@@ -49,6 +49,8 @@ inline constexpr PROPID kpidCRC = 19;
 inline constexpr PROPID kpidMethod = 22;
 inline constexpr PROPID kpidNumVolumes = 39;
 inline constexpr PROPID kpidErrorFlags = 71;
+/// In kpidErrorFlags.
+inline constexpr DWORD kErrorUnexpectedEnd = 0x20;
 
 // The tables hold no destructor: objects destroy themselves in Release.
 struct ISequentialInStream : IUnknown {

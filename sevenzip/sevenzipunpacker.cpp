@@ -18,9 +18,12 @@
 #include "sevenzip/opencallback.h"
 #include "sevenzip/property.h"
 #include "sevenzip/splithandler.h"
+#include "sevenzip/startheader.h"
 
 namespace frame = morvunp::frame;
 namespace sevenzip = morvunp::sevenzip;
+
+using morvunp::ItemReason;
 
 static_assert(morvunp::Unpacker<C7zUnpacker>);
 
@@ -69,6 +72,7 @@ bool C7zUnpacker::SetOptions(const morvunp::UnpackOptions& options) {
 
 bool C7zUnpacker::OpenArchive(const std::wstring& path) {
   m_bHasCurrent = false;
+  m_nOpenProblem = ItemReason::kNone;
   if (!m_pEngine->CreateArchive(path)) return false;
   const auto stream = sevenzip::Create<sevenzip::CInFileStream>(m_state);
   if (!stream->Open(path)) return false;
@@ -79,6 +83,7 @@ bool C7zUnpacker::OpenArchive(const std::wstring& path) {
 
 bool C7zUnpacker::OpenMultiVolumeArchive(const std::wstring& firstVolume) {
   m_bHasCurrent = false;
+  m_nOpenProblem = ItemReason::kNone;
   if (!m_pEngine->CreateArchive(firstVolume)) return false;
   const auto split = sevenzip::Create<NArchive::NSplit::CHandler>();
   const auto callback = sevenzip::Create<sevenzip::C7zmvOpenCallback>(m_state);
@@ -93,7 +98,12 @@ bool C7zUnpacker::OpenMultiVolumeArchive(const std::wstring& firstVolume) {
   sevenzip::ComPtr<sevenzip::ISequentialInStream> joined;
   if (split->GetStream(0, joined.Receive()) != S_OK) return false;
   const auto stream = joined.Query<sevenzip::IInStream>();
-  return stream && OpenStream(*callback.Get(), stream.Get());
+  if (!stream) return false;
+  const bool isOpen = OpenStream(*callback.Get(), stream.Get());
+  // A last volume that is as long as the others has one behind it.
+  const bool isShort = m_nOpenProblem == ItemReason::kCutShort && split->IsLastFull();
+  if (isShort) m_nOpenProblem = ItemReason::kMissingVolume;
+  return isOpen;
 }
 
 /// Hands a stream to the engine, which keeps it while the archive is open.
@@ -102,7 +112,10 @@ bool C7zUnpacker::OpenStream(Callback& callback, Stream* stream) {
   sevenzip::Password& password = callback.GivenPassword();
   if (m_bReusePassword != 0) password.Set(m_strArchivePassword);
   const bool isOpen = m_pEngine->Archive()->Open(stream, nullptr, &callback) == S_OK;
-  if (!isOpen) m_pEngine->CloseArchive();
+  if (!isOpen) {
+    m_pEngine->CloseArchive();
+    if (sevenzip::EndsBeforeArchive(*stream)) m_nOpenProblem = ItemReason::kCutShort;
+  }
   frame::ThrowKept(sevenzip::Thrown());
   if (isOpen && password.IsDefined()) {
     m_bPasswordKnown = 1;
@@ -118,10 +131,15 @@ bool C7zUnpacker::CloseArchive() {
 }
 
 bool C7zUnpacker::IsListComplete() const {
-  if (m_pEngine->Archive() == nullptr) return false;
+  return m_pEngine->Archive() != nullptr && GetWalkProblem() == ItemReason::kNone;
+}
+
+ItemReason C7zUnpacker::GetWalkProblem() const {
+  if (m_pEngine->Archive() == nullptr) return m_nOpenProblem;
   sevenzip::Property flags;
   m_pEngine->Archive()->GetArchiveProperty(sevenzip::kpidErrorFlags, flags.Receive());
-  return flags.Number32() == 0;
+  if ((flags.Number32() & sevenzip::kErrorUnexpectedEnd) != 0) return ItemReason::kCutShort;
+  return flags.Number32() == 0 ? ItemReason::kNone : ItemReason::kDamaged;
 }
 
 // The walk and the records.

@@ -39,6 +39,8 @@ class CHandler final : public morvunp::sevenzip::Component<
 
   /// The joined stream, which keeps the volumes open.
   HRESULT GetStream(DWORD index, morvunp::sevenzip::ISequentialInStream** stream) override;
+  /// The last volume that was found is as long as the first.
+  bool IsLastFull() const { return !m_arrSizes.empty() && m_arrSizes.back() == m_arrSizes.front(); }
 
  private:
   HRESULT OpenVolumes(IInStream* first, IArchiveOpenCallback& callback,

@@ -70,6 +70,17 @@ void ThrowPasswordProblem(U& unpacker, bool isOpen) {
   if (IsOfPassword(problem)) throw PasswordProblem{ReasonOf(problem, {})};
 }
 
+std::optional<Reason> ReasonOfGap(morvunp::ItemReason problem) {
+  using morvunp::ItemReason;
+  if (problem == ItemReason::kNone) return std::nullopt;
+  if (problem == ItemReason::kCutShort) {
+    return Reason::Of("cut short: the file ends before the archive does");
+  }
+  Reason reason = ReasonOf(problem, {});
+  reason.effect = Reason::Of("the list is cut short").text;
+  return reason;
+}
+
 template <class U>
 bool OpenWith(U& unpacker, const std::wstring& path, const ArchiveSetup&) {
   return unpacker.OpenArchive(path);
@@ -108,6 +119,7 @@ void SetUp(U& unpacker, const ArchiveSetup& setup) {
   unpacker.SetWndFileTree(setup.fileTree);
   unpacker.SetHandleDialogProgress(setup.progressWindow);
   unpacker.SetItemReport(setup.onItem);
+  if constexpr (std::is_same_v<U, CRarUnpacker>) unpacker.CountSplitFilesOnce(true);
 }
 
 template <class U>
@@ -115,8 +127,14 @@ std::unique_ptr<U> TryFormat(const std::wstring& path, const ArchiveSetup& setup
   auto unpacker = std::make_unique<U>();
   SetUp(*unpacker, setup);
   const bool isOpen = OpenWith(*unpacker, path, setup);
-  if constexpr (requires { unpacker->GetWalkProblem(); }) ThrowPasswordProblem(*unpacker, isOpen);
-  return isOpen ? std::move(unpacker) : nullptr;
+  if constexpr (std::is_same_v<U, CRarUnpacker>) ThrowPasswordProblem(*unpacker, isOpen);
+  if (isOpen) return unpacker;
+  // What is cut is known for what it is: no other format needs to be tried.
+  const morvunp::ItemReason problem = unpacker->GetWalkProblem();
+  const bool isCut =
+      problem == morvunp::ItemReason::kCutShort || problem == morvunp::ItemReason::kMissingVolume;
+  if (isCut) throw OpenError{*ReasonOfGap(problem)};
+  return nullptr;
 }
 
 /// What every file of a format begins with; empty when there is no such mark.
@@ -207,42 +225,40 @@ void SetUpArchive(Archive& archive, const ArchiveSetup& setup) {
   WithUnpacker(archive, [&](auto& unpacker) { SetUp(unpacker, setup); });
 }
 
-std::optional<Reason> ReasonOfGap(const CIsoUnpacker& unpacker) {
-  if (unpacker.IsListComplete()) return std::nullopt;
-  return Reason::Of("cut or damaged: not all of its folders could be read");
+namespace {
+
+/// What it means for a list that an archive is damaged.
+template <class U>
+Reason ReasonOfDamage(const U&) {
+  return *ReasonOfGap(morvunp::ItemReason::kDamaged);
+}
+Reason ReasonOfDamage(const CIsoUnpacker&) {
+  return Reason::Of("damaged: not all of its folders could be read");
+}
+Reason ReasonOfDamage(const CCabUnpacker&) {
+  return Reason::Of("damaged: its table of files could not be read whole");
+}
+Reason ReasonOfDamage(const C7zUnpacker&) {
+  return Reason::Of("damaged: the engine found errors in its headers");
 }
 
-std::optional<Reason> ReasonOfGap(const CCabUnpacker& unpacker) {
-  if (unpacker.IsListComplete()) return std::nullopt;
-  const std::wstring missing = unpacker.GetMissingCabinet();
-  if (!missing.empty()) return ReasonOf(morvunp::ItemReason::kMissingVolume, missing);
-  return Reason::Of("cut or damaged: its table of files could not be read whole");
-}
-
-std::optional<Reason> ReasonOfGap(const C7zUnpacker& unpacker) {
-  if (unpacker.IsListComplete()) return std::nullopt;
-  return Reason::Of("cut or damaged: the engine found errors in its headers");
-}
-
-std::optional<Reason> ReasonOfGap(morvunp::ItemReason problem) {
-  if (problem == morvunp::ItemReason::kNone) return std::nullopt;
-  Reason reason = ReasonOf(problem, {});
-  reason.effect = Reason::Of("the list is cut short").text;
-  return reason;
-}
+}  // namespace
 
 std::optional<Reason> ReasonOfGap(Archive& archive) {
-  return WithUnpacker(archive, [](const auto& unpacker) { return ReasonOfGap(unpacker); });
+  return WithUnpacker(archive, [](const auto& unpacker) -> std::optional<Reason> {
+    const morvunp::ItemReason problem = unpacker.GetWalkProblem();
+    if (problem == morvunp::ItemReason::kDamaged) return ReasonOfDamage(unpacker);
+    if constexpr (requires { unpacker.GetMissingCabinet(); }) {
+      if (problem == morvunp::ItemReason::kMissingVolume) {
+        return ReasonOf(problem, unpacker.GetMissingCabinet());
+      }
+    }
+    return ReasonOfGap(problem);
+  });
 }
 
 std::wstring SummaryOf(Archive& archive) {
-  return WithUnpacker(archive, [](auto& unpacker) {
-    std::wstring text = unpacker.GetArchiveOutputInfo();
-    if constexpr (requires { unpacker.HasContinuations(); }) {
-      if (unpacker.HasContinuations()) text += L"\n(each volume's part of a file counts as a file)";
-    }
-    return text;
-  });
+  return WithUnpacker(archive, [](auto& unpacker) { return unpacker.GetArchiveOutputInfo(); });
 }
 
 std::wstring SummaryOf(Archive& archive, const std::wstring& path, bool isFolder) {

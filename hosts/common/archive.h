@@ -53,24 +53,13 @@ struct OpenError {
 /// no archive that can be used.
 Archive OpenArchiveFile(const std::string& path, const ArchiveSetup& setup);
 
-/// Why the last walk did not give all items of the archive; none when it did.
-std::optional<Reason> ReasonOfGap(const C7zUnpacker& unpacker);
-std::optional<Reason> ReasonOfGap(const CCabUnpacker& unpacker);
-std::optional<Reason> ReasonOfGap(const CIsoUnpacker& unpacker);
-std::optional<Reason> ReasonOfGap(morvunp::ItemReason problem);
-template <class U>
-requires requires(const U& unpacker) { unpacker.GetWalkProblem(); }
-std::optional<Reason> ReasonOfGap(const U& unpacker) {
-  return ReasonOfGap(unpacker.GetWalkProblem());
-}
+/// What is missing from the archive; none when nothing is. Ask behind a walk.
+std::optional<Reason> ReasonOfGap(Archive& archive);
 
 /// The library's text about the whole archive.
 std::wstring SummaryOf(Archive& archive);
 /// The library's text about the item at `path`.
 std::wstring SummaryOf(Archive& archive, const std::wstring& path, bool isFolder);
-
-/// As ReasonOfGap of the unpacker that has it open.
-std::optional<Reason> ReasonOfGap(Archive& archive);
 
 /// Calls `operation` with the unpacker object itself.
 template <class Operation>

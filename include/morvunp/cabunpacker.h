@@ -92,8 +92,11 @@ class MORVUNP_API CCabUnpacker {
   bool FindNextFile();
   /// Place of the current item in the walk, from 0; the one that reports name.
   ULONGLONG GetPosition() const;
-  /// False when the table could not be read whole by the last scan.
+  /// See morvunp/unpacker.h. That the file is cut is known when it is opened, that
+  /// the table cannot be read whole after a scan. A missing cabinet of the set is
+  /// told by the end of a run, and where the whole set is walked, by the scan.
   bool IsListComplete() const;
+  morvunp::ItemReason GetWalkProblem() const;
   /// The name of the cabinet that the last scan of a set missed; empty when
   /// there was none.
   std::wstring GetMissingCabinet() const;

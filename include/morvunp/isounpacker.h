@@ -86,9 +86,11 @@ class MORVUNP_API CIsoUnpacker {
   bool CloseArchive();
   /// Classifies the file without opening it as the object's image.
   void CheckIsoImage(const std::wstring& path);
-  /// False when a directory of the image opened last could not be read whole,
-  /// because the image is cut or damaged: items may be missing from the list.
+  /// See morvunp/unpacker.h; of the image opened last. An image is cut when the
+  /// data of an item or a directory lies beyond its end: what is missing behind all
+  /// of them, such as padding, is missing from no item.
   bool IsListComplete() const;
+  morvunp::ItemReason GetWalkProblem() const;
   /// Frees the UDF partition and volume lists.
   void RemoveUDFAllItems();
 

@@ -3,6 +3,7 @@
 
 #include <exception>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <unordered_map>
@@ -37,6 +38,19 @@ class MORVUNP_API OwnEngine {
 
  private:
   std::unique_ptr<Engine> m_pEngine;
+};
+
+/// What an archive lacks, as its headers show when it is opened.
+struct Gap {
+  /// kNone, kCutShort or kDamaged.
+  ItemReason problem = ItemReason::kNone;
+  /// Where the file is cut: number of the items whose headers it has.
+  std::optional<ULONGLONG> items{};
+  /// It is cut in the data of the last of them.
+  bool isDataCut = false;
+  /// Bytes of an archive whose headers are encrypted: only a walk can show that it
+  /// takes more than these. 0 of others and of volumes.
+  ULONGLONG hiddenSize = 0;
 };
 }  // namespace morvunp::rar
 
@@ -136,13 +150,15 @@ class MORVUNP_API CRarUnpacker {
   bool GetFileFullInfo(RARFILEFULLINFO& info);
   /// True when the path of a folder contains `path` anywhere.
   bool IsFolder(const std::wstring& path);
-  /// Why the last walk ended before the archive did; kNone when it did not. The
-  /// walk of an unpack run ends where the engine loses its place: the items
-  /// behind are not reached.
+  /// See morvunp/unpacker.h. A cut or a damaged beginning is known when the
+  /// archive is opened, other damage and a missing volume when a walk has come to
+  /// it. The walk of an unpack run ends where the engine loses its place: the
+  /// items behind are not reached.
+  bool IsListComplete() const;
   morvunp::ItemReason GetWalkProblem() const;
-  /// The last walk met continuations of split files, which the summary texts
-  /// count as files of their own.
-  bool HasContinuations() const;
+  /// Whether the summary texts count a split file once. Where this was not called
+  /// they do not: each volume's part of it counts as a file.
+  void CountSplitFilesOnce(bool isOnce);
 
   /// The comment of the archive opened last; empty without one. At most 65,535
   /// characters.
@@ -211,6 +227,7 @@ class MORVUNP_API CRarUnpacker {
   int PassOver();
   void NoteUnopened();
   morvunp::ItemReason ProblemOf(int code, bool isEncrypted) const;
+  bool IsBeyondEnd() const;
   std::wstring TextOf(morvunp::frame::Totals totals);
 
   template <class PlaceOf>
@@ -242,12 +259,16 @@ class MORVUNP_API CRarUnpacker {
   int Walk(Step step);
   int OnPasswordNeeded(char* buffer, std::size_t capacity);
 
+  /// What ended the last walk.
   morvunp::ItemReason m_nWalkProblem = morvunp::ItemReason::kNone;
-  BYTE m_bContinuations = 0;
   /// The engine is at work for the walk and not for an item.
   bool m_bWalking = false;
   /// Where volumes were missed.
   std::set<std::wstring> m_volumesAsked;
+  morvunp::rar::Gap m_gap;
+  BYTE m_bCountsOnce = 0;
+  /// Bytes that the archive has at least, from what the walk has come to.
+  ULONGLONG m_nLeastSize = 0;
   /// Number of items that the walk has come to.
   ULONGLONG m_nItems = 0;
   /// The volume that the engine asked for in vain.

@@ -96,9 +96,12 @@ class MORVUNP_API C7zUnpacker {
   bool OpenMultiVolumeArchive(const std::wstring& firstVolume);
   bool CloseArchive();
 
-  /// False when the engine found the archive's headers damaged but opened what
-  /// it understood: items may be missing.
+  /// False as well when nothing is open. Otherwise see morvunp/unpacker.h: the
+  /// engine may find headers damaged and open what it understands of them. It opens
+  /// no archive that is cut or lacks its last volumes; then GetWalkProblem tells why
+  /// the last open failed.
   bool IsListComplete() const;
+  morvunp::ItemReason GetWalkProblem() const;
 
   bool FindFile();
   bool FindNextFile();
@@ -154,6 +157,9 @@ class MORVUNP_API C7zUnpacker {
   /// When set, opens take m_strArchivePassword instead of asking. The library
   /// never sets it.
   BYTE m_bReusePassword = 0;
+
+  /// Why the last open failed, where that is known.
+  morvunp::ItemReason m_nOpenProblem = morvunp::ItemReason::kNone;
 
   // The cursor.
   DWORD m_nItemCount = 0;

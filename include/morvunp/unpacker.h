@@ -13,6 +13,13 @@
 // other. Windows, the message queue, the user interface and the code page of
 // platform::SetAnsiCodePage are each thread's own.
 //
+// IsListComplete is false when something is missing from what the archive says it
+// has: items from its list, or data of theirs from its file. GetWalkProblem tells
+// why: kCutShort where the file ends before the archive does, kMissingVolume where
+// a set does, kDamaged otherwise, or what is wrong with the password of encrypted
+// headers. The end of a run tells it, too, where the run did not end for another
+// reason. Ask again behind a walk: it may have come to what could not be read.
+//
 // Paths inside an archive are joined by one backslash, without a leading one.
 // Target folders are absolute paths in the library's form (see
 // morvunp::platform::ToLibraryPath), without a trailing backslash. Every operation
@@ -48,6 +55,8 @@ concept Unpacker = requires(T unpacker, const INIUNPACK& settings, INIYESTOALL& 
     } -> std::same_as<void>;
   { unpacker.GetPosition() } -> std::same_as<ULONGLONG>;
   { unpacker.SetOptions(options) } -> std::same_as<bool>;
+  { unpacker.IsListComplete() } -> std::same_as<bool>;
+  { unpacker.GetWalkProblem() } -> std::same_as<morvunp::ItemReason>;
   { unpacker.OpenArchive(text) } -> std::same_as<bool>;
   { unpacker.CloseArchive() } -> std::same_as<bool>;
   { unpacker.FindFile() } -> std::same_as<bool>;
@@ -79,8 +88,7 @@ bool ReadItem(U& unpacker, typename U::FullInfo& record) {
 /// although some can be walked.
 template <class U>
 bool IsListCut(const U& unpacker) {
-  if constexpr (requires { unpacker.IsListComplete(); }) return !unpacker.IsListComplete();
-  return false;
+  return !unpacker.IsListComplete();
 }
 
 /// Walks all items of an open archive and calls `visit` with a record of each

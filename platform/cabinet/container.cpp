@@ -88,7 +88,8 @@ File ReadFile(Reader& reader) {
   if (bytes.size() < kFileSize) Fail(FDIERROR_EOF);
   const BYTE* const name = bytes.data() + kFileSize;
   const auto* const end = static_cast<const BYTE*>(std::memchr(name, 0, bytes.size() - kFileSize));
-  if (end == nullptr) Fail(FDIERROR_CORRUPT_CABINET);
+  const bool isCut = bytes.size() < kFileSize + CB_MAX_CAB_PATH;
+  if (end == nullptr) Fail(isCut ? FDIERROR_EOF : FDIERROR_CORRUPT_CABINET);
   const BYTE* const entry = bytes.data();
   reader.Drop(static_cast<std::size_t>(end - entry) + 1);
   return {.size = DwordAt(entry),

@@ -107,10 +107,7 @@ bool UnpackWith(U& unpacker, const TempFolder& folder, const wchar_t* file, Told
   const bool result =
       file != nullptr ? unpacker.UnpackFile(file, target) : unpacker.UnpackArchive(target);
   // The result is that of the last item: there may be more that none speaks of.
-  if constexpr (requires { unpacker.GetWalkProblem(); }) {
-    return result && unpacker.GetWalkProblem() == ItemReason::kNone;
-  }
-  return result && !morvunp::IsListCut(unpacker);
+  return result && unpacker.GetWalkProblem() == ItemReason::kNone;
 }
 
 /// Nothing when memory ran out.

@@ -3,7 +3,7 @@
 
 #include "morvunp/platform/platform.h"
 
-namespace morvunp::iso {
+namespace morvunp::frame {
 
 inline WORD GetLittleEndian16Bit(const BYTE* bytes) {
   return static_cast<WORD>(bytes[0] | bytes[1] << 8);
@@ -17,4 +17,4 @@ inline ULONGLONG GetLittleEndian64Bit(const BYTE* bytes) {
   return GetLittleEndian32Bit(bytes) | ULONGLONG{GetLittleEndian32Bit(bytes + 4)} << 32;
 }
 
-}  // namespace morvunp::iso
+}  // namespace morvunp::frame

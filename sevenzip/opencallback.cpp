@@ -1,9 +1,12 @@
 #include "sevenzip/opencallback.h"
 
+#include <algorithm>
+
 #include "frame/itempath.h"
 #include "sevenzip/filestreams.h"
 #include "sevenzip/guarded.h"
 #include "sevenzip/property.h"
+#include "sevenzip/startheader.h"
 
 namespace morvunp::sevenzip {
 
@@ -19,11 +22,23 @@ bool C7zmvOpenCallback::LookUp(const std::wstring& path) {
   return true;
 }
 
+void C7zmvOpenCallback::Begin(CInFileStream& first) {
+  m_nMissing = LengthOfArchive(first).value_or(0);
+  first.Seek(0, kSeekStart, nullptr);
+  TakeLength(first);
+}
+
+void C7zmvOpenCallback::TakeLength(CInFileStream& volume) {
+  ULONGLONG length = 0;
+  volume.GetSize(&length);
+  m_nMissing -= std::min(m_nMissing, length);
+}
+
 /// Where the host says that a volume is which is not beside the first one.
 std::wstring C7zmvOpenCallback::PathOf(const wchar_t* name) const {
   std::wstring path = m_strFolderPrefix + name;
   const auto& ask = m_state.m_options.onMissingVolume;
-  if (!ask || GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES) return path;
+  if (!ask || m_nMissing == 0 || GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES) return path;
   return ask(name).value_or(path);
 }
 
@@ -67,6 +82,7 @@ HRESULT C7zmvOpenCallback::GetStream(const wchar_t* name, IInStream** stream) {
     auto file = Create<CInFileStream>(m_state);
     if (!file->Open(path)) return static_cast<HRESULT>(GetLastError());
     m_volumes.push_back(file->Identity());
+    TakeLength(*file.Get());
     *stream = file.Detach();
     return S_OK;
   });

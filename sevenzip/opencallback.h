@@ -6,6 +6,7 @@
 
 #include "morvunp/unpackstate.h"
 #include "sevenzip/component.h"
+#include "sevenzip/filestreams.h"
 #include "sevenzip/interfaces.h"
 #include "sevenzip/password.h"
 
@@ -35,6 +36,9 @@ class C7zmvOpenCallback final
 
   /// Looks the first volume up. False when it does not exist.
   bool Init(const std::wstring& firstVolume);
+  /// `first` is the first volume, which tells the length of all. The host is
+  /// asked for a volume only where more are known to come.
+  void Begin(CInFileStream& first);
 
   HRESULT SetTotal(const ULONGLONG*, const ULONGLONG*) override { return S_OK; }
   HRESULT SetCompleted(const ULONGLONG*, const ULONGLONG*) override { return S_OK; }
@@ -52,8 +56,11 @@ class C7zmvOpenCallback final
  private:
   bool LookUp(const std::wstring& path);
   std::wstring PathOf(const wchar_t* name) const;
+  void TakeLength(CInFileStream& volume);
 
   CUnpackState& m_state;
+  /// Of the length of all volumes, what those that were found do not have.
+  ULONGLONG m_nMissing = 0;
   std::vector<platform::FileIdentity> m_volumes;
 
   Password m_password;

@@ -90,6 +90,7 @@ bool C7zUnpacker::OpenMultiVolumeArchive(const std::wstring& firstVolume) {
   if (!callback->Init(firstVolume)) return false;
   const auto first = sevenzip::Create<sevenzip::CInFileStream>(m_state);
   if (!first->Open(firstVolume)) return false;
+  callback->Begin(*first.Get());
   const HRESULT found = split->Open(first.Get(), nullptr, callback.Get());
   frame::ThrowKept(sevenzip::Thrown());
   m_state.m_archiveFiles = callback->Volumes();

@@ -1,6 +1,7 @@
 #include "sevenzip/startheader.h"
 
 #include <array>
+#include <limits>
 #include <string_view>
 
 #include "frame/checksum.h"
@@ -41,17 +42,27 @@ bool IsIntact(std::string_view header) {
 
 }  // namespace
 
-bool EndsBeforeArchive(IInStream& stream) {
+std::optional<ULONGLONG> LengthOfArchive(IInStream& stream) {
+  constexpr ULONGLONG kMost = std::numeric_limits<ULONGLONG>::max();
   StartHeader bytes{};
-  const std::string_view header(reinterpret_cast<const char*>(bytes.data()), Read(stream, bytes));
-  if (!header.starts_with(kSignature)) return false;
-  if (header.size() < kLength) return true;
-  ULONGLONG end = 0;
-  if (!IsIntact(header) || stream.Seek(0, kSeekEnd, &end) != S_OK) return false;
+  const std::string_view header(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+  const bool isWhole = Read(stream, bytes) == kLength;
+  if (!isWhole || !header.starts_with(kSignature) || !IsIntact(header)) return std::nullopt;
   const ULONGLONG offset = frame::GetLittleEndian64Bit(bytes.data() + kOffsetAt);
   const ULONGLONG size = frame::GetLittleEndian64Bit(bytes.data() + kSizeAt);
-  const ULONGLONG length = end - kLength;
-  return offset > length || size > length - offset;
+  if (offset > kMost - kLength || size > kMost - kLength - offset) return kMost;
+  return kLength + offset + size;
+}
+
+bool EndsBeforeArchive(IInStream& stream) {
+  ULONGLONG end = 0;
+  if (const auto length = LengthOfArchive(stream)) {
+    return stream.Seek(0, kSeekEnd, &end) == S_OK && end < *length;
+  }
+  StartHeader bytes{};
+  const std::size_t length = Read(stream, bytes);
+  const std::string_view header(reinterpret_cast<const char*>(bytes.data()), length);
+  return length < kLength && header.starts_with(kSignature);
 }
 
 }  // namespace morvunp::sevenzip

@@ -139,6 +139,8 @@ void Walk::Begin() {
     BeginAt(0, false);
   } else if (start.starts_with(kOldSignature)) {
     BeginAt(0, true);
+  } else if (kNewSignature.starts_with(start)) {
+    m_first.kind = Block::kFileEnd;
   } else {
     BeginBehindProgram();
   }
@@ -208,7 +210,10 @@ Gap FindGap(const std::vector<std::wstring>& volumes) {
   if (isWhole) return {};
   ULONGLONG begun = 0;
   for (const std::wstring& path : volumes) {
-    const Gap gap = Walk(path).Finish(begun);
+    const ULONGLONG before = begun;
+    Gap gap = Walk(path).Finish(begun);
+    // The file that a volume goes on with is the one that an earlier one began.
+    gap.isDataCut = gap.isDataCut || (before != 0 && begun == before);
     if (gap.problem != ItemReason::kNone) return gap;
   }
   return {.hiddenSize = volumes.size() == 1 ? Walk(volumes.front()).HiddenSize() : 0};

@@ -105,6 +105,18 @@ bool File::Hand(const void* bytes, DWORD length) {
   return m_reporter.Tell(morvunp::ItemResult::kNotReached, morvunp::ItemReason::kInterrupted);
 }
 
+/// What came before stays: the rest only tells that there is more.
+void File::Keep(const void* bytes, DWORD length) {
+  m_reporter.AddBytes(length);
+  const std::size_t room = kLongestText + 1 - m_text->size();
+  m_text->append(static_cast<const char*>(bytes), std::min<std::size_t>(length, room));
+}
+
+void File::Detach() {
+  m_pSink = nullptr;
+  m_text.reset();
+}
+
 bool File::HandZeros(ULONGLONG length) {
   static constexpr std::array<BYTE, 65536> kZeros{};
   while (length > 0) {
@@ -118,6 +130,10 @@ bool File::HandZeros(ULONGLONG length) {
 bool File::Write(const void* bytes, DWORD length) {
   if (!m_budget.TakeBytes(length)) return m_reporter.TellLimit();
   if (HasSink()) return Hand(bytes, length);
+  if (IsCollecting()) {
+    Keep(bytes, length);
+    return true;
+  }
   DWORD written = 0;
   const BOOL done = WriteFile(m_file.Get(), bytes, length, &written, nullptr);
   m_reporter.AddBytes(written);
@@ -202,14 +218,14 @@ bool File::RefuseDefect(morvunp::ItemReason defect) {
 }
 
 void File::EndBroken(morvunp::BrokenFiles asFormat) {
-  m_pSink = nullptr;
+  Detach();
   if (!MayStay(asFormat)) return Remove();
   m_bPending = false;
   m_file.Close();
 }
 
 void File::Remove() {
-  m_pSink = nullptr;
+  Detach();
   if (!std::exchange(m_bPending, false)) return;
   const std::wstring& name = m_aside.empty() ? m_name : m_aside;
   const platform::FileIdentity ours =

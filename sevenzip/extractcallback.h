@@ -41,7 +41,9 @@ class C7zExtractCallback final : public Component<Answers<ICryptoGetTextPassword
   HRESULT ReadProperties(DWORD index);
   HRESULT CreateFileOf(DWORD index, ISequentialOutStream** stream);
   output::FileFacts Facts() const;
+  bool OpenFile(std::optional<DWORD> mode);
   HRESULT FinishFile(LONG result);
+  HRESULT FinishLink(morvunp::ItemReason defect);
   morvunp::ItemReason ReasonOf(LONG result) const;
 
   bool m_bReportProgress = false;

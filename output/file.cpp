@@ -105,6 +105,19 @@ bool File::Hand(const void* bytes, DWORD length) {
   return m_reporter.Tell(morvunp::ItemResult::kNotReached, morvunp::ItemReason::kInterrupted);
 }
 
+/// What came before stays: the rest only tells that there is more.
+void File::Keep(const void* bytes, DWORD length) {
+  m_reporter.AddBytes(length);
+  const std::size_t room = kLongestText + 1 - m_text->size();
+  m_text->append(static_cast<const char*>(bytes), std::min<std::size_t>(length, room));
+}
+
+void File::Detach() {
+  m_pSink = nullptr;
+  m_text.reset();
+  m_bDropped = false;
+}
+
 bool File::HandZeros(ULONGLONG length) {
   static constexpr std::array<BYTE, 65536> kZeros{};
   while (length > 0) {
@@ -122,6 +135,10 @@ bool File::Write(const void* bytes, DWORD length) {
   if (m_bDropped) return true;
   if (!m_budget.TakeBytes(length)) return m_reporter.TellLimit();
   if (HasSink()) return Hand(bytes, length);
+  if (IsCollecting()) {
+    Keep(bytes, length);
+    return true;
+  }
   DWORD written = 0;
   const BOOL done = WriteFile(m_file.Get(), bytes, length, &written, nullptr);
   m_reporter.AddBytes(written);
@@ -209,16 +226,14 @@ bool File::RefuseDefect(morvunp::ItemReason defect) {
 }
 
 void File::EndBroken(morvunp::BrokenFiles asFormat) {
-  m_pSink = nullptr;
-  m_bDropped = false;
+  Detach();
   if (!MayStay(asFormat)) return Remove();
   m_bPending = false;
   m_file.Close();
 }
 
 void File::Remove() {
-  m_pSink = nullptr;
-  m_bDropped = false;
+  Detach();
   if (!std::exchange(m_bPending, false)) return;
   const std::wstring& name = m_aside.empty() ? m_name : m_aside;
   const platform::FileIdentity ours =

@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "frame/filesystem.h"
 #include "output/budget.h"
@@ -49,7 +50,14 @@ class File {
   void Attach(morvunp::ItemSink& sink) { m_pSink = &sink; }
   bool HasSink() const { return m_pSink != nullptr; }
 
-  bool IsOpen() const { return HasSink() || m_bDropped || m_file.IsOpen(); }
+  /// The data of the item in hand is text that is kept and makes no file: what a
+  /// symbolic link says. No more is kept than shows that it is longer than this.
+  static constexpr std::size_t kLongestText = 4095;
+  void Collect() { m_text.emplace(); }
+  bool IsCollecting() const { return m_text.has_value(); }
+  std::string TakeText() { return std::exchange(m_text, std::nullopt).value_or(std::string()); }
+
+  bool IsOpen() const { return HasSink() || IsCollecting() || m_bDropped || m_file.IsOpen(); }
   HANDLE Get() const { return m_file.Get(); }
 
   /// False when not all of it could be written, or no more is wanted or
@@ -86,6 +94,8 @@ class File {
   bool MayStay(morvunp::BrokenFiles asFormat) const;
   void EndBroken(morvunp::BrokenFiles asFormat);
   bool TakeName();
+  void Detach();
+  void Keep(const void* bytes, DWORD length);
   bool Hand(const void* bytes, DWORD length);
   bool HandZeros(ULONGLONG length);
 
@@ -96,6 +106,7 @@ class File {
   morvunp::ItemSink* m_pSink = nullptr;
   /// It could not be written, which was told.
   bool m_bDropped = false;
+  std::optional<std::string> m_text;
   /// A file was made and is neither finished nor given up.
   bool m_bPending = false;
   Placing m_placing = Placing::kFresh;

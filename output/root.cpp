@@ -216,6 +216,15 @@ bool Root::MakeLink(const std::wstring& target, const FILETIME* lastWrite) {
   return true;
 }
 
+bool Root::FinishLink(const FileFacts& facts, ItemReason defect) {
+  const std::string text = m_file.TakeText();
+  const bool isTarget =
+      !text.empty() && text.size() <= File::kLongestText && text.find('\0') == text.npos;
+  if (defect == ItemReason::kNone && !isTarget) defect = ItemReason::kDamaged;
+  if (defect != ItemReason::kNone) return m_reporter.Tell(ItemResult::kFailed, defect);
+  return MakeLink(platform::ToLibraryPath(text), facts.lastWrite ? &*facts.lastWrite : nullptr);
+}
+
 bool Root::MakeHardLink(const OutputPlace& place, const std::wstring& path,
                         const FileFacts& facts) {
   const auto source = SourceAt(place, path);

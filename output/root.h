@@ -73,6 +73,9 @@ class Root {
 
   /// A symbolic link, under the rule for links: it must not lead out.
   bool MakeLink(const std::wstring& target, const FILETIME* lastWrite);
+  /// The same of the item in hand, whose data was collected; UTF-8 with `/`
+  /// between components.
+  bool FinishLink(const FileFacts& facts, morvunp::ItemReason defect);
   /// A further name for what this run wrote for the item `path`, whose place is
   /// `place`; where there can be none, its content. False when that did not come
   /// out.

@@ -86,13 +86,25 @@ HRESULT C7zExtractCallback::CreateFileOf(DWORD index, ISequentialOutStream** str
   const bool hasMode = m_bAttribDefined && (m_nAttrib & FILE_ATTRIBUTE_UNIX_EXTENSION) != 0;
   std::optional<DWORD> mode;
   if (hasMode) mode = m_nAttrib >> 16 & 0777;
-  const bool isOpen = m_pRoot->Out().HasSink() || m_pRoot->Open(output::Placing::kInPlace, mode);
-  if (!isOpen) return m_pRoot->Report().GoesOn() ? S_OK : E_ABORT;
+  if (!OpenFile(mode)) return m_pRoot->Report().GoesOn() ? S_OK : E_ABORT;
   auto file = Create<COutFileStream>();
   file->Open(m_pRoot->Out());
   m_pOutStream = file;
   *stream = file.Detach();
   return S_OK;
+}
+
+/// Makes the run ready for the data of the item in hand.
+bool C7zExtractCallback::OpenFile(std::optional<DWORD> mode) {
+  constexpr DWORD kTypeMask = 0170000;
+  constexpr DWORD kSymbolicLink = 0120000;
+  if (m_pRoot->Out().HasSink()) return true;
+  const bool isLink = mode && (m_nAttrib >> 16 & kTypeMask) == kSymbolicLink;
+  if (!isLink || !m_pUnpacker->m_state.m_options.links) {
+    return m_pRoot->Open(output::Placing::kInPlace, mode);
+  }
+  m_pRoot->Out().Collect();
+  return true;
 }
 
 /// E_FAIL for a property that has another type than this; it may have none.
@@ -170,6 +182,7 @@ HRESULT C7zExtractCallback::FinishFile(LONG result) {
   if (!m_pRoot->Out().IsOpen()) return S_OK;
   const output::FileFacts facts = Facts();
   const auto defect = result == kResultOk ? morvunp::ItemReason::kNone : ReasonOf(result);
+  if (m_pRoot->Out().IsCollecting()) return FinishLink(defect);
   const bool isRefused = m_pRoot->Out().RefuseDefect(defect);
   const bool isOnDisk = !isRefused && !m_pRoot->Out().HasSink();
   if (!isRefused && !m_pRoot->Out().Finish(facts, defect)) {
@@ -178,6 +191,13 @@ HRESULT C7zExtractCallback::FinishFile(LONG result) {
     return m_pRoot->Report().GoesOn() ? S_OK : failure;
   }
   if (isOnDisk) m_pUnpacker->UpdateFileTree(m_pUnpacker->m_state.m_strLastTarget);
+  return m_pRoot->Report().End() ? E_ABORT : S_OK;
+}
+
+HRESULT C7zExtractCallback::FinishLink(morvunp::ItemReason defect) {
+  if (m_pRoot->FinishLink(Facts(), defect)) {
+    m_pUnpacker->UpdateFileTree(m_pUnpacker->m_state.m_strLastTarget);
+  }
   return m_pRoot->Report().End() ? E_ABORT : S_OK;
 }
 

@@ -43,7 +43,9 @@ class C7zExtractCallback final : public Component<Answers<ICryptoGetTextPassword
   HRESULT Declined() const;
   HRESULT CreateFileOf(DWORD index, ISequentialOutStream** stream);
   output::FileFacts Facts() const;
+  bool OpenFile(std::optional<DWORD> mode);
   HRESULT FinishFile(LONG result);
+  HRESULT FinishLink(morvunp::ItemReason defect);
   morvunp::ItemReason ReasonOf(LONG result) const;
 
   bool m_bReportProgress = false;

@@ -38,7 +38,8 @@ void C7zmvOpenCallback::TakeLength(CInFileStream& volume) {
 std::wstring C7zmvOpenCallback::PathOf(const wchar_t* name) const {
   std::wstring path = m_strFolderPrefix + name;
   const auto& ask = m_state.m_options.onMissingVolume;
-  if (!ask || m_nMissing == 0 || GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES) return path;
+  if (!ask || m_nMissing == 0 || GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES)
+    return path;
   return ask(name).value_or(path);
 }
 

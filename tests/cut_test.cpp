@@ -44,12 +44,12 @@ class Cut : public testsupport::UnpackTest<typename F::Unpacker> {
   /// the others is that they are cut.
   void CheckTold(const std::map<std::string, std::string>& whole) {
     const std::map<std::string, std::string> out = this->Out();
-    for (const auto& [position, path, result, reason, systemError] : this->told) {
-      if (result == ItemResult::kWritten) {
-        const std::string name = morvunp::platform::ToNativePath(path);
+    for (const auto& report : this->told) {
+      if (report.result == ItemResult::kWritten) {
+        const std::string name = morvunp::platform::ToNativePath(report.path);
         EXPECT_EQ(out.at(name), whole.at(name));
-      } else if (result == ItemResult::kFailed) {
-        EXPECT_EQ(reason, ItemReason::kCutShort);
+      } else if (report.result == ItemResult::kFailed) {
+        EXPECT_EQ(report.reason, ItemReason::kCutShort);
       }
     }
   }

@@ -10,6 +10,7 @@
 #include <random>
 
 #include "support/bytes.h"
+#include "support/countingsink.h"
 #include "support/formats.h"
 #include "support/rarbuilder.h"
 #include "support/unpacktest.h"
@@ -22,6 +23,7 @@ using morvunp::ItemResult;
 using morvunp::UnpackOptions;
 using testing::ElementsAre;
 using testing::Pair;
+using testsupport::CountingSink;
 using testsupport::Items;
 using testsupport::WriteFile;
 
@@ -306,24 +308,6 @@ TYPED_TEST(Options, NobodyIsAskedAboutWhatCannotBeReplaced) {
   for (const auto& report : this->told) EXPECT_EQ(report.reason, ItemReason::kInTheWay);
   EXPECT_EQ(this->told.size(), 3U);
 }
-
-/// Counts what it is handed.
-class CountingSink final : public morvunp::ItemSink {
- public:
-  void Begin(const morvunp::RoutedItem&) override { ++items; }
-  bool Write(const void*, std::size_t length) override {
-    bytes += length;
-    return true;
-  }
-  bool End(const morvunp::ItemReport& report) override {
-    last = report.reason;
-    return true;
-  }
-
-  std::size_t items = 0;
-  std::size_t bytes = 0;
-  ItemReason last{};
-};
 
 TYPED_TEST(Options, NoMoreBytesComeOutThanAllowed) {
   this->Make({{"A", "12345"}, {"BIG", kLong}, {"C", "c"}});

@@ -26,7 +26,7 @@ def kind(name, words):
 def benchmarks(quick):
     size = 1 if quick else 8
     tree = ("passes", texts(24, size << 20))
-    archives = [("7z", "7z", sevenzip.packer("-mx1")),
+    archives = [("7z", "7z", sevenzip.packer("-mx1", "-ms=1g")),
                 ("RAR", "rar", rar.packer("-m1", "-s")),
                 ("a cabinet", "cab", cab.make_mszip)]
     cases = []

@@ -66,30 +66,15 @@ DWORD ChecksumOf(std::string_view bytes) {
 
 }  // namespace
 
-OldLinks::OldLinks(const std::wstring& archive)
-    : m_file(CreateFileW(archive.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                         OPEN_EXISTING, 0, nullptr)) {}
-
-/// Fewer bytes at the end.
-std::string OldLinks::Read(ULONGLONG offset, DWORD length) const {
-  std::string bytes(length, '\0');
-  OVERLAPPED position{static_cast<DWORD>(offset), static_cast<DWORD>(offset >> 32)};
-  DWORD read = 0;
-  const bool isRead =
-      m_file.IsOpen() && ReadFile(m_file.Get(), bytes.data(), length, &read, &position) != FALSE;
-  bytes.resize(isRead ? read : 0);
-  return bytes;
-}
-
 /// To the block of a file.
 bool OldLinks::GoTo(ULONGLONG number) {
   if (m_nOffset == 0 || number < m_nFiles) {
-    if (Read(0, kSignature.size()) != kSignature) return false;
+    if (m_archive.Read(0, kSignature.size()) != kSignature) return false;
     m_nOffset = kSignature.size();
     m_nFiles = 0;
   }
   for (;;) {
-    const Block block(Read(m_nOffset, Block::kLength));
+    const Block block(m_archive.Read(m_nOffset, Block::kLength));
     if (block.HeaderSize() == 0 || block.Type() == kEndBlock) return false;
     const bool isFile = block.Type() == kFileBlock;
     if (isFile && m_nFiles == number) return true;
@@ -103,10 +88,10 @@ bool OldLinks::GoTo(ULONGLONG number) {
 std::optional<std::wstring> OldLinks::TargetOf(ULONGLONG number, const Header& header) {
   if (header.unpackedSize == 0 || header.unpackedSize >= PATH_MAX) return std::nullopt;
   if (!GoTo(number)) return std::nullopt;
-  const Block block(Read(m_nOffset, Block::kLength));
+  const Block block(m_archive.Read(m_nOffset, Block::kLength));
   if (!block.IsPlain() || block.DataSize() != header.unpackedSize) return std::nullopt;
   const std::string text =
-      Read(m_nOffset + block.HeaderSize(), static_cast<DWORD>(block.DataSize()));
+      m_archive.Read(m_nOffset + block.HeaderSize(), static_cast<DWORD>(block.DataSize()));
   if (ChecksumOf(text) != header.crc) return std::nullopt;
   return platform::ToLibraryPath(text);
 }

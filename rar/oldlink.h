@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "frame/filesystem.h"
+#include "rar/archivebytes.h"
 #include "rar/engine.h"
 
 namespace morvunp::rar {
@@ -14,7 +14,7 @@ namespace morvunp::rar {
 /// is.
 class OldLinks {
  public:
-  explicit OldLinks(const std::wstring& archive);
+  explicit OldLinks(const std::wstring& archive) : m_archive(archive) {}
 
   /// Of the archive's file number `number`, from 0; asked for in their order,
   /// all cost one walk. None where the text is packed, encrypted or not where
@@ -22,10 +22,9 @@ class OldLinks {
   std::optional<std::wstring> TargetOf(ULONGLONG number, const Header& header);
 
  private:
-  std::string Read(ULONGLONG offset, DWORD length) const;
   bool GoTo(ULONGLONG number);
 
-  frame::OpenFile m_file;
+  ArchiveBytes m_archive;
   /// The block that comes next, and the number of files before it.
   ULONGLONG m_nOffset = 0;
   ULONGLONG m_nFiles = 0;

@@ -18,6 +18,8 @@ struct RarItem {
   /// RAR5: 1 to 3 symbolic link, 4 hard link, 5 copy.
   unsigned redirection = 0;
   std::string redirectsTo{};
+  /// RAR5: one more record of the header, without its size.
+  std::string record{};
 };
 
 class RarBuilder {

@@ -124,7 +124,7 @@ std::optional<platform::FileOwner> OwnerIn(Fields record) {
   }
   const auto orNumber = [&](std::optional<DWORD>& named) {
     const ULONGLONG number = record.Number();
-    // The largest means that nobody is meant.
+    // The largest is nobody's, and what is larger would be another's.
     if (!named && number < 0xFFFFFFFF) named = static_cast<DWORD>(number);
   };
   if ((flags & kHasUser) != 0) orNumber(owner.user);

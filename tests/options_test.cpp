@@ -483,10 +483,10 @@ TEST_F(RarOptions, FilesHaveTheirOwnersWhereTheProcessIsRoots) {
   builder.Add({.path = "B", .record = "\x06\x0D\x04root\x07\x08"s});
   builder.Add({.path = "C", .data = "c", .record = "\x06\x0F\x06~~none\x06~~none\x07\x08"s});
   builder.Add({.path = "D", .data = "d"});
-  // Records that end too early, or say that nobody is meant.
+  // Records that end too early, or say what is nobody's number.
   builder.Add({.path = "E", .data = "e", .record = "\x06\x0C\xD2\x09"s});
   builder.Add(
-      {.path = "F", .data = "f", .record = "\x06\x0C\xFF\xFF\xFF\xFF\x0F\xFF\xFF\xFF\xFF\x0F"s});
+      {.path = "F", .data = "f", .record = "\x06\x0C\xFF\xFF\xFF\xFF\x0F\xCD\x80\x80\x80\x10"s});
   builder.Add({.path = "COPY", .redirection = 5, .redirectsTo = "A", .record = "\x06\x04\x05"s});
   ASSERT_TRUE(OpenBytes(builder.Build()));
   Set({});

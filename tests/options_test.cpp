@@ -272,7 +272,7 @@ TYPED_TEST(Options, AnotherNamePassesTheGate) {
   const auto before = testsupport::TreeOf(this->folder.Path());
   const struct {
     std::wstring name;
-    ItemReason reason;
+    ItemReason reason{};
   } cases[] = {{L"", ItemReason::kUnsafeName},
                {L"..", ItemReason::kUnsafeName},
                {L"C\\Y", ItemReason::kUnsafeName},

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "platform/below.h"
+#include "platform/owners.h"
 
 namespace morvunp::output {
 
@@ -13,6 +14,8 @@ struct FileFacts {
   std::optional<FILETIME> lastWrite{};
   /// FILE_ATTRIBUTE bits; none: it keeps what it has.
   std::optional<DWORD> attributes{};
+  /// Of files; none: it belongs to who writes it.
+  std::optional<platform::FileOwner> owner{};
 };
 
 }  // namespace morvunp::output

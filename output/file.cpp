@@ -173,6 +173,8 @@ bool File::Finish(const FileFacts& facts, morvunp::ItemReason defect) {
   if (facts.lastWrite) {
     SetFileTime(m_file.Get(), &*facts.lastWrite, nullptr, &*facts.lastWrite);
   }
+  // What the mode says is meant for this owner.
+  if (facts.owner) platform::SetOwnerOf(m_file.Get(), *facts.owner);
   // A new file was created with its mode.
   const DWORD wanted = facts.attributes.value_or(0);
   const bool hasMode = m_placing != Placing::kInPlace &&

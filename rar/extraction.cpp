@@ -22,6 +22,7 @@
 #include "rar/engine.h"
 #include "rar/enginename.h"
 #include "rar/oldlink.h"
+#include "rar/owners.h"
 #include "rar/password.h"
 
 namespace frame = morvunp::frame;
@@ -59,6 +60,8 @@ struct Run {
   bool isPasswordRefused = false;
   /// How often the archive was opened again to go on.
   int resumed = 0;
+  /// Opened where the first file wants one.
+  std::optional<Owners> owners{};
   /// The rest of the data in hand is not wanted: its file cannot be written.
   bool isDropped = false;
 };
@@ -202,7 +205,7 @@ void CRarUnpacker::Resume() {
 
 bool CRarUnpacker::Write() {
   const rar::Header& header = m_hArchive->Current();
-  if (IsRepetition(header)) return Repeat(FactsOf(header));
+  if (IsRepetition(header)) return Repeat(FactsOfCurrent());
   if (header.IsOldLink()) return WriteOldLink();
   if (header.redirection == rar::Redirection::kSymbolicLink) {
     return m_pRun->root.MakeLink(header.source, &header.modified);
@@ -210,11 +213,21 @@ bool CRarUnpacker::Write() {
   return WriteData();
 }
 
+/// With the owner, where it is wanted and can be given.
+output::FileFacts CRarUnpacker::FactsOfCurrent() {
+  output::FileFacts facts = FactsOf(m_hArchive->Current());
+  const bool isWanted = m_state.m_options.owners && platform::MayGiveFilesAway();
+  if (!isWanted || m_pRun->root.Out().HasSink() || m_hArchive->IsVolume()) return facts;
+  if (!m_pRun->owners) m_pRun->owners.emplace(m_strArchive);
+  facts.owner = m_pRun->owners->OwnerOf(m_hArchive->Walked() - 1, m_hArchive->Current());
+  return facts;
+}
+
 bool CRarUnpacker::WriteData() {
   output::Root& root = m_pRun->root;
   m_pRun->isDropped = false;
   // A copy: behind it the engine may stand elsewhere.
-  const output::FileFacts facts = FactsOf(m_hArchive->Current());
+  const output::FileFacts facts = FactsOfCurrent();
   const int code = m_hArchive->Test();
   // What is behind an interruption is nothing that anybody wants.
   if (m_state.m_bCancel != 0 || m_pThrown) root.Out().Remove();

@@ -272,7 +272,7 @@ TYPED_TEST(Options, AnotherNamePassesTheGate) {
   const auto before = testsupport::TreeOf(this->folder.Path());
   const struct {
     std::wstring name;
-    ItemReason reason;
+    ItemReason reason{};
   } cases[] = {{L"", ItemReason::kUnsafeName},
                {L"..", ItemReason::kUnsafeName},
                {L"C\\Y", ItemReason::kUnsafeName},
@@ -471,6 +471,51 @@ TEST_F(RarOptions, WhatRepeatsAFileFindsItUnderItsOtherName) {
   EXPECT_THAT(Out(), ElementsAre(Pair("A", "old"), Pair("COPY", "data"), Pair("LINK", "data"),
                                  Pair("OTHER", "data")));
   EXPECT_EQ(StatusOf("LINK").st_ino, StatusOf("OTHER").st_ino);
+}
+
+TEST_F(RarOptions, FilesHaveTheirOwnersWhereTheProcessIsRoots) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root may give files away";
+  using namespace std::string_literals;
+  testsupport::RarBuilder builder;
+  // The user 1234 and the group 4321; names before numbers; numbers behind names
+  // that nobody has.
+  builder.Add({.path = "A", .data = "a", .mode = 0100640, .record = "\x06\x0C\xD2\x09\xE1\x21"});
+  builder.Add({.path = "B", .record = "\x06\x0D\x04root\x07\x08"s});
+  builder.Add({.path = "C", .data = "c", .record = "\x06\x0F\x06~~none\x06~~none\x07\x08"s});
+  builder.Add({.path = "D", .data = "d"});
+  // Records that end too early, or say what is nobody's number.
+  builder.Add({.path = "E", .data = "e", .record = "\x06\x0C\xD2\x09"s});
+  builder.Add(
+      {.path = "F", .data = "f", .record = "\x06\x0C\xFF\xFF\xFF\xFF\x0F\xCD\x80\x80\x80\x10"s});
+  builder.Add({.path = "COPY", .redirection = 5, .redirectsTo = "A", .record = "\x06\x04\x05"s});
+  ASSERT_TRUE(OpenBytes(builder.Build()));
+  Set({});
+  const auto ownersOf = [&](const char* name) {
+    return std::pair(StatusOf(name).st_uid, StatusOf(name).st_gid);
+  };
+  EXPECT_TRUE(Unpack());
+  EXPECT_EQ(ownersOf("A"), std::pair(0U, getegid()));
+  unpacker.SetOptions({.owners = true});
+  EXPECT_TRUE(Unpack());
+  EXPECT_EQ(ownersOf("A"), std::pair(1234U, 4321U));
+  EXPECT_EQ(StatusOf("A").st_mode & 07777, 0640U);
+  EXPECT_EQ(ownersOf("B"), std::pair(0U, 8U));
+  EXPECT_EQ(ownersOf("C"), std::pair(7U, 8U));
+  for (const char* name : {"D", "E", "F"})
+    EXPECT_EQ(ownersOf(name), std::pair(0U, getegid())) << name;
+  EXPECT_EQ(ownersOf("COPY"), std::pair(5U, getegid()));
+  std::filesystem::remove(folder.Path("out/A"));
+  EXPECT_TRUE(Unpack(L"A"));
+  EXPECT_EQ(ownersOf("A"), std::pair(1234U, 4321U));
+  {
+    chmod(folder.Path().c_str(), 0755);
+    std::filesystem::remove_all(folder.Path("out"));
+    mkdir(folder.Path("out").c_str(), 0777);
+    Unprivileged::Give(folder.Path("out"));
+    const Unprivileged user;
+    EXPECT_TRUE(Unpack());
+  }
+  EXPECT_NE(ownersOf("A").first, 1234U);
 }
 
 TEST_F(RarOptions, FoldersHaveTheirModesWhenAllIsWritten) {

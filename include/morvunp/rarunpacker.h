@@ -248,6 +248,7 @@ class MORVUNP_API CRarUnpacker {
   bool WriteData();
   bool WriteOldLink();
   bool Repeat(const morvunp::output::FileFacts& facts);
+  morvunp::output::FileFacts FactsOfCurrent();
   bool Fail(int code);
   template <class RouteOf>
   bool TellRest(RouteOf routeOf);

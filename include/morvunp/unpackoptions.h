@@ -87,7 +87,8 @@ struct UnpackOptions {
   bool links = false;
   /// Folders get their recorded mode and time when the run has ended.
   bool folderFacts = false;
-  /// Files get their recorded owners, where the process is root's.
+  /// RAR 5: files get their recorded owners, where the process is root's. Not in
+  /// volume sets, nor where the headers are encrypted.
   bool owners = false;
   UnpackLimits limits{};
   /// Messages are pumped while data is passed over and archives are opened and

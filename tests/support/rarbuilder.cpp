@@ -46,6 +46,7 @@ std::string RarBuilder::Rar5Header(const RarItem& item) {
   if (item.redirection != 0) {
     extra = Sized(Number(5) + Number(item.redirection) + Number(0) + Sized(item.redirectsTo));
   }
+  if (!item.record.empty()) extra += Sized(item.record);
   const unsigned flags = (extra.empty() ? 0 : kHasExtra) | (item.data.empty() ? 0 : kHasData);
   std::string header = Number(item.isService ? 3 : 2) + Number(flags);
   if (!extra.empty()) header += Number(extra.size());

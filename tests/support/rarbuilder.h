@@ -20,6 +20,8 @@ struct RarItem {
   std::string redirectsTo{};
   /// What belongs to the archive; its comment is called "CMT".
   bool isService = false;
+  /// RAR5: one more record of the header, without its size.
+  std::string record{};
 };
 
 class RarBuilder {

@@ -14,7 +14,7 @@ namespace {
 using morvunp::ItemReason;
 
 /// How far in front of an archive a program may stand.
-constexpr DWORD kLongestStub = 4 << 20;
+constexpr ULONGLONG kLongestStub = 4 << 20;
 /// More than any archive has.
 constexpr int kMostBlocks = 10'000'000;
 /// Most headers are shorter.
@@ -69,6 +69,7 @@ Block ReadNewBlock(const ArchiveBytes& file, ULONGLONG offset) {
   if (size == 0) return {Block::kDamaged};
   if (size > file.Size() - offset) return {Block::kFileEnd};
   if (size > bytes.size()) bytes = file.Read(offset, size);
+  if (size > bytes.size()) return {Block::kFileEnd};
   const auto block = NewBlock::Decode(std::string_view(bytes).substr(0, size));
   if (!block) return {Block::kDamaged};
   return {KindOf(*block), size + std::min(block->dataSize, file.Size()), block->isContinuation};
@@ -168,7 +169,8 @@ void Walk::BeginAt(ULONGLONG signature, bool isOld) {
 /// What looks like the beginning of an archive may be part of the program.
 void Walk::BeginBehindProgram() {
   constexpr std::string_view kMark = kOldSignature.substr(0, kOldSignature.size() - 1);
-  const std::string stub = m_file.Read(0, kLongestStub);
+  const std::string stub =
+      m_file.Read(0, static_cast<DWORD>(std::min(kLongestStub, m_file.Size())));
   for (std::size_t at = stub.find(kMark); at != stub.npos; at = stub.find(kMark, at + 1)) {
     const std::string_view rest = std::string_view(stub).substr(at);
     const bool isOld = rest.starts_with(kOldSignature);

@@ -14,7 +14,7 @@ namespace {
 using morvunp::ItemReason;
 
 /// How far in front of an archive a program may stand.
-constexpr DWORD kLongestStub = 4 << 20;
+constexpr ULONGLONG kLongestStub = 4 << 20;
 /// More than any archive has.
 constexpr int kMostBlocks = 10'000'000;
 /// Most headers are shorter.
@@ -69,38 +69,49 @@ Block ReadNewBlock(const ArchiveBytes& file, ULONGLONG offset) {
   if (size == 0) return {Block::kDamaged};
   if (size > file.Size() - offset) return {Block::kFileEnd};
   if (size > bytes.size()) bytes = file.Read(offset, size);
+  if (size > bytes.size()) return {Block::kFileEnd};
   const auto block = NewBlock::Decode(std::string_view(bytes).substr(0, size));
   if (!block) return {Block::kDamaged};
   return {KindOf(*block), size + std::min(block->dataSize, file.Size()), block->isContinuation};
 }
 
-Block::Kind KindOfMain(const OldBlock& block, std::string_view header) {
-  const bool isSummed = !block.HasComment();
-  if (isSummed && (frame::Crc32(header.substr(2)) & 0xFFFF) != block.Checksum()) {
-    return Block::kDamaged;
-  }
+bool IsIntact(const ArchiveBytes& file, ULONGLONG offset, const OldBlock& block) {
+  const std::string header = file.Read(offset, block.HeaderSize());
+  return header.size() == block.HeaderSize() && header.size() >= OldBlock::kShortest &&
+         (frame::Crc32(std::string_view(header).substr(2)) & 0xFFFF) == block.Checksum();
+}
+
+/// Comments are left out of the sum.
+Block::Kind KindOfMain(const ArchiveBytes& file, ULONGLONG offset, const OldBlock& block) {
+  if (!block.HasComment() && !IsIntact(file, offset, block)) return Block::kDamaged;
   return block.HidesBlocks() ? Block::kHiding : Block::kMain;
 }
 
-/// Many writers of the old format leave no end block.
-Block ReadOldBlock(const ArchiveBytes& file, ULONGLONG offset) {
+/// Many writers of the old format leave no end block: what cannot be a block stands
+/// behind an archive.
+Block::Kind KindOf(const ArchiveBytes& file, ULONGLONG offset, const OldBlock& block,
+                   bool isFirst) {
+  const BYTE type = block.Type();
+  const bool isKnown = type >= OldBlock::kMain && type <= OldBlock::kEnd;
+  if (!isKnown || (type == OldBlock::kMain) != isFirst) return Block::kNone;
+  if (type == OldBlock::kEnd) return Block::kEnd;
+  const bool isWithin = block.HeaderSize() <= file.Size() - offset;
+  if (isFirst && isWithin) return KindOfMain(file, offset, block);
+  if (!isFirst && !block.HasData() && !IsIntact(file, offset, block)) return Block::kNone;
+  if (block.HeaderSize() < OldBlock::kShortest) return Block::kNone;
+  if (!isWithin) return Block::kFileEnd;
+  return block.IsFile() ? Block::kFile : Block::kOther;
+}
+
+Block ReadOldBlock(const ArchiveBytes& file, ULONGLONG offset, bool isFirst) {
   const std::string bytes = file.Read(offset, OldBlock::kLength);
   if (bytes.size() < OldBlock::kShortest) {
     const bool isPadding = bytes.find_first_not_of(kPadding) == std::string::npos;
     return {isPadding ? Block::kNone : Block::kFileEnd};
   }
   const OldBlock block(bytes);
-  const DWORD size = block.HeaderSize();
-  const bool isKnown = block.Type() >= OldBlock::kMain && block.Type() <= OldBlock::kEnd;
-  if (!isKnown) return {Block::kNone};
-  if (block.Type() == OldBlock::kEnd) return {Block::kEnd};
-  if (size < OldBlock::kShortest) return {Block::kDamaged};
-  if (size > file.Size() - offset) return {Block::kFileEnd};
-  const Block::Kind kind = block.IsFile() ? Block::kFile
-                           : block.Type() == OldBlock::kMain
-                               ? KindOfMain(block, file.Read(offset, size))
-                               : Block::kOther;
-  return {kind, size + std::min(block.DataSize(), file.Size()), block.IsContinuation()};
+  const ULONGLONG length = block.HeaderSize() + std::min(block.DataSize(), file.Size());
+  return {KindOf(file, offset, block, isFirst), length, block.IsContinuation()};
 }
 
 /// A walk over the blocks of one file.
@@ -120,8 +131,8 @@ class Walk {
   void Begin();
   void BeginAt(ULONGLONG signature, bool isOld);
   void BeginBehindProgram();
-  Block Read() const {
-    return m_bOld ? ReadOldBlock(m_file, m_nOffset) : ReadNewBlock(m_file, m_nOffset);
+  Block Read(bool isFirst) const {
+    return m_bOld ? ReadOldBlock(m_file, m_nOffset, isFirst) : ReadNewBlock(m_file, m_nOffset);
   }
   bool HasUsualEnd() const;
   Gap FindEnd(ULONGLONG& begun);
@@ -149,16 +160,17 @@ void Walk::Begin() {
 void Walk::BeginAt(ULONGLONG signature, bool isOld) {
   m_bOld = isOld;
   m_nOffset = signature + (isOld ? kOldSignature : kNewSignature).size();
-  m_first = Read();
-  const bool isFirst = m_first.kind == Block::kMain || m_first.kind == Block::kHiding;
-  if (!isFirst && m_first.kind != Block::kFileEnd) m_first.kind = Block::kDamaged;
+  m_first = Read(true);
+  const bool isMain = m_first.kind == Block::kMain || m_first.kind == Block::kHiding;
+  if (!isMain && m_first.kind != Block::kFileEnd) m_first.kind = Block::kDamaged;
   m_nOffset += m_first.length;
 }
 
 /// What looks like the beginning of an archive may be part of the program.
 void Walk::BeginBehindProgram() {
   constexpr std::string_view kMark = kOldSignature.substr(0, kOldSignature.size() - 1);
-  const std::string stub = m_file.Read(0, kLongestStub);
+  const std::string stub =
+      m_file.Read(0, static_cast<DWORD>(std::min(kLongestStub, m_file.Size())));
   for (std::size_t at = stub.find(kMark); at != stub.npos; at = stub.find(kMark, at + 1)) {
     const std::string_view rest = std::string_view(stub).substr(at);
     const bool isOld = rest.starts_with(kOldSignature);
@@ -196,7 +208,7 @@ Gap Walk::FindEnd(ULONGLONG& begun) {
     // In the volume that the walk begins with, the rest of a file is an item.
     if (isFile && (!block.isContinuation || begun == 0)) ++begun;
     if (m_nOffset > m_file.Size()) return {ItemReason::kCutShort, begun, isFile};
-    block = Read();
+    block = Read(false);
     m_nOffset += block.length;
   }
   return {};

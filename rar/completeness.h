@@ -13,7 +13,7 @@
 namespace morvunp::rar {
 
 /// Bytes of an encrypted header of an item at least, in either format.
-inline constexpr ULONGLONG kLeastHiddenHeader = 40;
+inline constexpr ULONGLONG kLeastHiddenHeader = 48;
 
 /// Of an archive, or of a set by the paths of its volumes in their order. Nothing
 /// is found where the blocks are encrypted or a file cannot be read.

@@ -254,7 +254,9 @@ bool CRarUnpacker::Fail(int code) {
   rar::ShowProblem(code);
   ItemReason reason = ProblemOf(code, m_hArchive->Current().HidesWrongPassword());
   const bool isCut = (m_gap.isDataCut && m_gap.items == m_nItems) || IsBeyondEnd();
-  if (code == rar::kBadData && isCut) reason = ItemReason::kCutShort;
+  const bool isDamaged =
+      reason == ItemReason::kDamaged || reason == ItemReason::kWrongPasswordOrDamaged;
+  if (isDamaged && isCut) reason = ItemReason::kCutShort;
   const bool isVolume = reason == ItemReason::kMissingVolume;
   return report.Tell(ItemResult::kFailed, reason, isVolume ? m_strMissingVolume : std::wstring());
 }

@@ -32,10 +32,12 @@ class OldBlock {
   BYTE Type() const { return Byte(2); }
   DWORD HeaderSize() const { return Word(5); }
   bool IsFile() const { return Type() == kFile; }
+  /// It says how much data follows; every file does.
+  bool HasData() const { return (Flags() & kHasData) != 0; }
   /// Bytes behind the header. Of a file its packed data; the high half stands
   /// further behind where it is large.
   ULONGLONG DataSize() const {
-    if ((Flags() & kHasData) == 0 && !IsFile()) return 0;
+    if (!HasData() && !IsFile()) return 0;
     const bool isLarge = (IsFile() || Type() == kService) && (Flags() & kIsLarge) != 0;
     return ULONGLONG{isLarge ? Dword(32) : 0} << 32 | Dword(7);
   }

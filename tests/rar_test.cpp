@@ -165,6 +165,99 @@ TEST_F(RarTest, TellsWhyAListIsCutShort) {
   EXPECT_EQ(unpacker.GetWalkProblem(), ItemReason::kDamaged);
 }
 
+// Cut archives.
+
+TEST_F(RarTest, TellsACutArchiveFromOneThatEndsOtherwise) {
+  using std::string_literals::operator""s;
+  const std::string archive = Built({{.path = "A", .data = "aaaa"}, {.path = "B", .data = "b"}});
+  const std::string old = testsupport::BuildRar4({.path = "A", .data = "aaaa"});
+  const std::string bare = old.substr(0, old.size() - 7);
+  const std::string program = "MZ" + std::string(5000, 'x') + "Rar!\x1a\x07\x01\0x"s;
+  std::string damaged = archive;
+  std::string damagedOld = old;
+  damaged[10] ^= 1;
+  damagedOld[10] ^= 1;
+  const struct {
+    const char* what;
+    std::string bytes;
+    ItemReason problem = ItemReason::kNone;
+  } cases[] = {
+      {"bytes behind the end", archive + std::string(300, 's')},
+      {"a program in front", program + archive + "signature"},
+      {"the same, cut", program + archive.substr(0, archive.size() - 1), ItemReason::kCutShort},
+      {"no end block", archive.substr(0, archive.size() - 8), ItemReason::kCutShort},
+      {"zeros for an end", archive.substr(0, archive.size() - 8) + std::string(8, '\0'),
+       ItemReason::kDamaged},
+      {"a damaged beginning", damaged, ItemReason::kDamaged},
+      {"the older format", old},
+      {"its end block left out", bare},
+      {"the same and other bytes", bare + std::string(300, 's')},
+      {"the same and padding", bare + "\r\n\x1a"},
+      {"its data cut", bare.substr(0, bare.size() - 1), ItemReason::kCutShort},
+      {"its header cut", bare.substr(0, bare.size() - 5), ItemReason::kCutShort},
+      {"its end block cut", old.substr(0, old.size() - 2), ItemReason::kCutShort},
+      {"nothing behind its beginning", old.substr(0, 20), ItemReason::kCutShort},
+      {"its beginning damaged", damagedOld, ItemReason::kDamaged},
+  };
+  for (const auto& [what, bytes, problem] : cases) {
+    SCOPED_TRACE(what);
+    ASSERT_TRUE(OpenBytes(bytes));
+    EXPECT_EQ(unpacker.GetWalkProblem(), problem);
+    EXPECT_EQ(unpacker.IsListComplete(), problem == ItemReason::kNone);
+  }
+}
+
+TEST_F(RarTest, ListsNoItemWhoseHeaderIsCut) {
+  const std::string archive = testsupport::BuildRar4({.path = "NAME", .data = "data"});
+  ASSERT_TRUE(OpenBytes(archive.substr(0, archive.find("NAME") + 2)));
+  EXPECT_THAT(Paths(), IsEmpty());
+  Listen();
+  EXPECT_FALSE(Unpack());
+  EXPECT_THAT(told, IsEmpty());
+  EXPECT_THAT(Names(), IsEmpty());
+}
+
+TEST_F(RarTest, TellsDamageInFrontOfACutForWhatItIs) {
+  std::string archive = Built({{.path = "A", .data = "bad"}, {.path = "B", .data = "cut"}});
+  archive[archive.find("bad")] ^= 1;
+  archive.resize(archive.find("cut") + 1);
+  ASSERT_TRUE(OpenBytes(archive));
+  host.messageBoxAnswers = {IDOK, IDOK};
+  EXPECT_FALSE(Unpack());
+  EXPECT_THAT(problems,
+              ElementsAre(Pair(L"A", ItemReason::kDamaged), Pair(L"B", ItemReason::kCutShort)));
+}
+
+TEST_F(RarTest, TellsAVolumeThatIsCut) {
+  OpenFirstTwoVolumes();
+  for (const char* part : {"set.part3.rar", "set.part4.rar"}) {
+    WriteFile(folder.Path(part), ReadFile(RarFixture(part)));
+  }
+  for (const std::uintmax_t length : {700, 30, 3}) {
+    std::filesystem::resize_file(folder.Path("set.part2.rar"), length);
+    ASSERT_TRUE(Open("set.part1.rar"));
+    EXPECT_FALSE(unpacker.IsListComplete());
+    Listen();
+    host.messageBoxAnswers = {IDOK};
+    EXPECT_FALSE(Unpack());
+    ASSERT_EQ(told.size(), 1U) << length;
+    EXPECT_EQ(told[0].reason, ItemReason::kCutShort) << length;
+    EXPECT_THAT(ends, ElementsAre(Pair(ItemReason::kCutShort, L"")));
+  }
+}
+
+TEST_F(RarTest, TellsThatTheDataOfEncryptedHeadersIsCut) {
+  const std::string archive = ReadFile(RarFixture("encrypted-headers.rar"));
+  host.dialogAnswers = {TypePassword(L"secret")};
+  ASSERT_TRUE(OpenBytes(archive));
+  EXPECT_EQ(Paths().size(), 6U);
+  EXPECT_TRUE(unpacker.IsListComplete());
+  host.dialogAnswers = {TypePassword(L"secret")};
+  ASSERT_TRUE(OpenBytes(archive.substr(0, 360)));
+  Paths();
+  EXPECT_EQ(unpacker.GetWalkProblem(), ItemReason::kCutShort);
+}
+
 TEST_F(RarTest, ForgetsAnswersWhateverTheOpenGives) {
   INIYESTOALL answers{1, 1, 1, 1};
   unpacker.SetIniYesToAll(answers);
@@ -501,6 +594,10 @@ TEST_F(RarTest, CommandListsASplitFileOnceAndUnpacksIt) {
   EXPECT_EQ(items[0].at("path"), "BIG.TXT");
   EXPECT_EQ(items[0].at("packed"), 2692) << "of all parts together";
   EXPECT_EQ(items[0].at("modified"), "2024-02-03T04:05:06Z");
+  const auto all = RunCommand({"info", RarFixture("set.part1.rar")});
+  EXPECT_THAT(all.output, HasSubstr("Files - 2, Folders - 0, Size - 2 695 bytes, Packed - 2 695"));
+  const auto one = RunCommand({"info", RarFixture("set.part1.rar"), "BIG.TXT"});
+  EXPECT_THAT(one.output, HasSubstr("Packed - 2 692 bytes, Ratio - 100%, CRC - 5a4a18f8"));
   const auto unpacked =
       RunCommand({"extract", RarFixture("set.part1.rar"), "-C", folder.Path("out")});
   EXPECT_EQ(unpacked.output,

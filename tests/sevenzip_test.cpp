@@ -289,6 +289,22 @@ TEST_F(SevenZip, OpensSplitSetsFromTheirFirstVolume) {
   EXPECT_FALSE(OpenSet("y.AA")) << "a set ends at the first volume that is missing";
 }
 
+TEST_F(SevenZip, SaysWhatASetLacks) {
+  Put("n", Numbers(30000));
+  Make("-mx0 -v70k");
+  const std::string last = folder.Path("x.7z.003");
+  std::filesystem::resize_file(last, std::filesystem::file_size(last) - 1);
+  EXPECT_FALSE(OpenSet("x.7z.001"));
+  EXPECT_EQ(unpacker.GetWalkProblem(), morvunp::ItemReason::kCutShort);
+  std::filesystem::remove(last);
+  EXPECT_FALSE(OpenSet("x.7z.001"));
+  EXPECT_FALSE(unpacker.IsListComplete());
+  EXPECT_EQ(unpacker.GetWalkProblem(), morvunp::ItemReason::kMissingVolume);
+  const auto result = RunCommand({"list", folder.Path("x.7z.001")});
+  EXPECT_EQ(result.exitCode, 2);
+  EXPECT_THAT(result.errors, testing::HasSubstr("a volume of the set is missing"));
+}
+
 TEST_F(SevenZip, NeverOverwritesAVolumeOfItsSet) {
   Put("x.7z.002", Numbers(30000));
   Make("-mx0 -v70k");

@@ -284,18 +284,6 @@
         <translation>kein Archiv, das morvunp kennt, oder beschädigt</translation>
     </message>
     <message>
-        <source>cut or damaged: not all of its folders could be read</source>
-        <translation>abgeschnitten oder beschädigt: nicht alle Ordner konnten gelesen werden</translation>
-    </message>
-    <message>
-        <source>cut or damaged: its table of files could not be read whole</source>
-        <translation>abgeschnitten oder beschädigt: das Dateiverzeichnis konnte nicht ganz gelesen werden</translation>
-    </message>
-    <message>
-        <source>cut or damaged: the engine found errors in its headers</source>
-        <translation>abgeschnitten oder beschädigt: die Engine fand Fehler in den Kopfdaten</translation>
-    </message>
-    <message>
         <source>the list is cut short</source>
         <translation>die Liste ist unvollständig</translation>
     </message>
@@ -406,6 +394,22 @@
     <message>
         <source>replaced by a later item with the same output path</source>
         <translation>durch ein späteres Element mit demselben Ausgabepfad ersetzt</translation>
+    </message>
+    <message>
+        <source>cut short: the file ends before the archive does</source>
+        <translation>abgeschnitten: die Datei endet vor dem Archiv</translation>
+    </message>
+    <message>
+        <source>damaged: not all of its folders could be read</source>
+        <translation>beschädigt: nicht alle Ordner konnten gelesen werden</translation>
+    </message>
+    <message>
+        <source>damaged: its table of files could not be read whole</source>
+        <translation>beschädigt: das Dateiverzeichnis konnte nicht ganz gelesen werden</translation>
+    </message>
+    <message>
+        <source>damaged: the engine found errors in its headers</source>
+        <translation>beschädigt: die Engine fand Fehler in den Kopfdaten</translation>
     </message>
 </context>
 <context>

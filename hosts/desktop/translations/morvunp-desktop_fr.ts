@@ -284,18 +284,6 @@
         <translation>ce n’est pas une archive que morvunp connaît, ou elle est endommagée</translation>
     </message>
     <message>
-        <source>cut or damaged: not all of its folders could be read</source>
-        <translation>tronquée ou endommagée&#xa0;: tous les dossiers n’ont pas pu être lus</translation>
-    </message>
-    <message>
-        <source>cut or damaged: its table of files could not be read whole</source>
-        <translation>tronquée ou endommagée&#xa0;: la table des fichiers n’a pas pu être lue en entier</translation>
-    </message>
-    <message>
-        <source>cut or damaged: the engine found errors in its headers</source>
-        <translation>tronquée ou endommagée&#xa0;: le moteur a trouvé des erreurs dans les en-têtes</translation>
-    </message>
-    <message>
         <source>the list is cut short</source>
         <translation>la liste est incomplète</translation>
     </message>
@@ -406,6 +394,22 @@
     <message>
         <source>replaced by a later item with the same output path</source>
         <translation>remplacé par un élément ultérieur ayant le même chemin de sortie</translation>
+    </message>
+    <message>
+        <source>cut short: the file ends before the archive does</source>
+        <translation>tronquée&#xa0;: le fichier se termine avant l’archive</translation>
+    </message>
+    <message>
+        <source>damaged: not all of its folders could be read</source>
+        <translation>endommagée&#xa0;: tous les dossiers n’ont pas pu être lus</translation>
+    </message>
+    <message>
+        <source>damaged: its table of files could not be read whole</source>
+        <translation>endommagée&#xa0;: la table des fichiers n’a pas pu être lue en entier</translation>
+    </message>
+    <message>
+        <source>damaged: the engine found errors in its headers</source>
+        <translation>endommagée&#xa0;: le moteur a trouvé des erreurs dans les en-têtes</translation>
     </message>
 </context>
 <context>

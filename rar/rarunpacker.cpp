@@ -183,6 +183,9 @@ int CRarUnpacker::ReadHeader() {
   if (code != rar::kSuccess) {
     const bool isKeyTried = isAtStart && m_hArchive->HasEncryptedHeaders();
     if (m_nWalkProblem == ItemReason::kNone) m_nWalkProblem = ProblemOf(code, isKeyTried);
+    // Nobody packs nothing.
+    const bool isEmpty = code == rar::kEndOfArchive && m_nItems == 0;
+    if (isEmpty && m_gap.hiddenSize != 0) m_nWalkProblem = ItemReason::kCutShort;
     return code;
   }
   const rar::Header& header = m_hArchive->Current();

@@ -205,24 +205,24 @@ TEST_F(CabOptions, GoesOnWhereAFileCannotBeCreated) {
   EXPECT_EQ(told[1].reason, ItemReason::kNameTooLong);
 }
 
-/// Files of two damaged folders take turns: each turn would begin its folder
-/// anew.
-TEST_F(CabOptions, BoundsWhatGoingOnCosts) {
+TEST_F(CabOptions, TellsEachFileBehindTheDamage) {
   CabBuilder builder;
   std::vector<CabFile> files;
-  for (int i = 0; i < 3000; ++i) files.push_back({std::to_string(i), std::string(1000, 'x')});
+  for (int i = 0; i < 3000; ++i) files.push_back({std::to_string(i), std::string(300, 'x')});
   builder.Add(CabMethod::kMszip, files);
   std::string cabinet = builder.Build();
-  const std::size_t last = cabinet.rfind("CK");
-  cabinet[last + 5] = static_cast<char>(cabinet[last + 5] ^ 0x55);
-  cabinet[cabinet.find("CK") + 5] ^= 0x55;
+  std::size_t block = 0;
+  for (int i = 0; i < 14; ++i) block = cabinet.find("CK", block + 2);
+  cabinet[block + 5] ^= 0x55;
   ASSERT_TRUE(OpenBytes(cabinet) && unpacker.FindFile());
   Set({});
   ASSERT_TRUE(unpacker.SetOptions({.goOn = true}));
   Listen();
   Unpack();
   EXPECT_EQ(told.size(), 3000U);
-  EXPECT_EQ(CountOf(ItemResult::kFailed), 3000U);
+  EXPECT_GT(CountOf(ItemResult::kWritten), 1300U);
+  EXPECT_GT(CountOf(ItemReason::kDamaged), 1300U);
+  EXPECT_EQ(CountOf(ItemResult::kWritten) + CountOf(ItemReason::kDamaged), 3000U);
 }
 
 TEST_F(CabOptions, ReadsNamesThatAreMarkedAsUtf8) {

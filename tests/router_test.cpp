@@ -163,6 +163,38 @@ TYPED_TEST(Router, WritesNowhereButBelowTheTarget) {
   EXPECT_THAT(testsupport::TreeOf(this->folder.Path()).size(), 2U) << "the archive and the target";
 }
 
+TYPED_TEST(Router, AsksAboutExistingFilesAsARunDoes) {
+  this->Make({{"A", "new"}, {"B", "new"}});
+  this->Set({.bConfirmReplace = 1});
+  for (const char* name : {"out/a", "out/b"}) {
+    testsupport::WriteFile(this->folder.Path(name), "old");
+  }
+  this->host.dialogAnswers = {testsupport::DialogAnswer::Press(testsupport::kNo),
+                              testsupport::DialogAnswer::Press(testsupport::kYes)};
+  this->Pass([&](const RoutedItem& item) {
+    return Route::To(this->Place(L"", item.path == L"A" ? L"a" : L"b"));
+  });
+  EXPECT_THAT(this->Out(), ElementsAre(Pair("a", "old"), Pair("b", "new")));
+  ASSERT_EQ(this->told.size(), 2U);
+  EXPECT_EQ(this->told[0].result, ItemResult::kKept);
+}
+
+TYPED_TEST(Router, FindsDamageInATest) {
+  this->Make({{"A", "first"}, {"B", "DAMAGED DATA IN THE MIDDLE OF THE ARCHIVE"}, {"C", "last"}});
+  std::string bytes = testsupport::ReadFile(this->folder.Path("x"));
+  const std::size_t data = bytes.find("DAMAGED");
+  // Images have no checksums, and packed data does not show.
+  if (std::is_same_v<typename TypeParam::Unpacker, CIsoUnpacker> || data == bytes.npos) return;
+  bytes[data] ^= 1;
+  ASSERT_TRUE(this->OpenBytes(bytes) && this->unpacker.FindFile());
+  ASSERT_TRUE(this->unpacker.SetOptions({.goOn = true}));
+  this->host.messageBoxAnswers = {IDOK};
+  Keeper keeper;
+  this->unpacker.UnpackItems({}, [&](const RoutedItem&) { return Route::Into(keeper); });
+  ASSERT_EQ(keeper.kept.size(), 3U);
+  EXPECT_EQ(keeper.kept[1].result, ItemResult::kFailed);
+}
+
 TYPED_TEST(Router, IsInterruptedAsARunIs) {
   this->Make({{"A", "a"}, {"B", Pattern(9'000'000)}, {"C", "c"}});
   this->StopIn(L"B", {IDYES});

@@ -233,7 +233,7 @@ TEST_F(RarTest, TellsAVolumeThatIsCut) {
   for (const char* part : {"set.part3.rar", "set.part4.rar"}) {
     WriteFile(folder.Path(part), ReadFile(RarFixture(part)));
   }
-  for (const std::uintmax_t length : {700, 30, 3}) {
+  for (const std::uintmax_t length : {700U, 30U, 3U}) {
     std::filesystem::resize_file(folder.Path("set.part2.rar"), length);
     ASSERT_TRUE(Open("set.part1.rar"));
     EXPECT_FALSE(unpacker.IsListComplete());
@@ -252,7 +252,7 @@ TEST_F(RarTest, TellsMostCutsBehindEncryptedHeaders) {
   ASSERT_TRUE(OpenBytes(archive));
   EXPECT_EQ(Paths().size(), 6U);
   EXPECT_TRUE(unpacker.IsListComplete());
-  for (const std::size_t length : {60, 360}) {
+  for (const std::size_t length : {60U, 360U}) {
     host.dialogAnswers = {TypePassword(L"secret")};
     ASSERT_TRUE(OpenBytes(archive.substr(0, length)));
     Paths();

@@ -203,7 +203,9 @@ bool C7zUnpacker::UnpackItems(const std::wstring& target, const morvunp::ItemRou
     indices.push_back(m_nCurrent);
     return false;
   });
-  return RunOverItems(indices.data(), static_cast<DWORD>(indices.size()), target);
+  const bool isAtEnd = RunOverItems(indices.data(), static_cast<DWORD>(indices.size()), target);
+  m_routes = {};
+  return isAtEnd;
 }
 
 bool C7zUnpacker::RunOverItems(const DWORD* indices, DWORD count, const std::wstring& target) {

@@ -18,6 +18,7 @@ Manner::Manner(Input& input) {
   const std::uint64_t bits = input.Number(2);
   settings = {Bit(bits, 0), Bit(bits, 1), Bit(bits, 2), Bit(bits, 3)};
   firstAnswer = static_cast<unsigned>(bits >> 4 & 3);
+  asksForMore = Bit(bits, 6);
   const auto asked = static_cast<unsigned>(bits >> 8);
   patience = asked == 0 ? kMostPatience : asked;
 }

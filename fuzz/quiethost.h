@@ -19,6 +19,8 @@ struct Manner {
   INIUNPACK settings;
   /// Which button of the replace dialog is pressed first; the others follow.
   unsigned firstAnswer;
+  /// What goes beyond the contract is asked for.
+  bool asksForMore;
   /// After so many messages the user asks for a stop, and insists.
   unsigned patience;
 };

@@ -37,4 +37,17 @@ inline constexpr std::array<Target, 6> kTargets{{
     {"text", RunText, TextSeeds},
 }};
 
+/// The inputs of a target to begin with, each also with the bit set that asks for
+/// what goes beyond the contract; for other targets it is one more input.
+inline std::vector<std::string> SeedsOf(const Target& target) {
+  constexpr char kAsksForMore = 0x40;
+  std::vector<std::string> seeds = target.seeds();
+  for (std::size_t i = 0, count = seeds.size(); i < count; ++i) {
+    if (seeds[i].empty()) continue;
+    seeds.push_back(seeds[i]);
+    seeds.back()[0] = static_cast<char>(seeds.back()[0] ^ kAsksForMore);
+  }
+  return seeds;
+}
+
 }  // namespace fuzz

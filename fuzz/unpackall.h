@@ -1,6 +1,7 @@
 // What a host does with an archive, all of it.
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "fuzz/quiethost.h"
@@ -24,6 +25,58 @@ std::vector<std::wstring> SomePathsOf(U& unpacker) {
   return paths;
 }
 
+/// Every item that is begun is ended, once.
+class StrictSink : public morvunp::ItemSink {
+ public:
+  void Begin(const morvunp::RoutedItem&) override {
+    Require(!m_bBegun, "one item after the other");
+    m_bBegun = true;
+  }
+  bool Write(const void*, std::size_t) override {
+    Require(m_bBegun, "bytes belong to an item");
+    return true;
+  }
+  bool End(const morvunp::ItemReport&) override {
+    Require(m_bBegun, "an item ends once");
+    m_bBegun = false;
+    return true;
+  }
+  bool IsIdle() const { return !m_bBegun; }
+
+ private:
+  bool m_bBegun = false;
+};
+
+inline morvunp::UnpackOptions EveryOption() {
+  morvunp::UnpackOptions options;
+  options.goOn = options.wholeSet = options.safeReplace = options.links = true;
+  options.folderFacts = options.owners = options.pumpAlways = options.utf8Names = true;
+  options.brokenFiles = morvunp::BrokenFiles::kRemove;
+  options.limits.depth = 100;
+  options.onMissingVolume = [](const std::wstring& name) -> std::optional<std::wstring> {
+    return name;
+  };
+  return options;
+}
+
+/// One pass in which every second item goes to a sink; all are told.
+template <class U>
+void RouteAll(U& unpacker, const std::wstring& target) {
+  StrictSink sink;
+  std::size_t wanted = 0;
+  std::size_t told = 0;
+  unpacker.SetItemReport([&](const morvunp::ItemReport& report) {
+    if (report.result != morvunp::ItemResult::kReplaced) ++told;
+  });
+  unpacker.UnpackItems(target, [&](const morvunp::RoutedItem& item) {
+    ++wanted;
+    if (item.position % 2 == 0) return morvunp::Route::Into(sink);
+    return morvunp::Route::To({target, L"routed" + std::to_wstring(item.position % 4)});
+  });
+  unpacker.SetItemReport({});
+  Require(sink.IsIdle() && told == wanted, "every item is told");
+}
+
 /// Opens the archive and asks for and unpacks everything there is. The two
 /// errors that the contract names may be thrown, no other.
 template <class U>
@@ -35,6 +88,7 @@ void UnpackAll(const Manner& manner, const std::wstring& archive) {
   U unpacker;
   host.Attach(unpacker);
   unpacker.SetIni(manner.settings);
+  if (manner.asksForMore) unpacker.SetOptions(EveryOption());
   try {
     if (!unpacker.OpenArchive(archive)) return;
     const std::vector<std::wstring> paths = SomePathsOf(unpacker);
@@ -52,6 +106,8 @@ void UnpackAll(const Manner& manner, const std::wstring& archive) {
     }
     host.BeginRun();
     unpacker.UnpackArchive(target);
+    host.BeginRun();
+    if (manner.asksForMore) RouteAll(unpacker, target);
   } catch (const CAtlException&) {
   } catch (const CInvalidArgException&) {
   }

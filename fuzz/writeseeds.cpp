@@ -11,7 +11,7 @@ int main(int argc, char** argv) {
   }
   for (const fuzz::Target& target : fuzz::kTargets) {
     int number = 0;
-    for (const std::string& seed : target.seeds()) {
+    for (const std::string& seed : fuzz::SeedsOf(target)) {
       testsupport::WriteFile(
           std::string(argv[1]) + "/" + target.name + "/" + std::to_string(number++), seed);
     }

@@ -13,7 +13,7 @@ class FuzzReplay : public testing::TestWithParam<fuzz::Target> {};
 
 TEST_P(FuzzReplay, PassesSeedsAndFindings) {
   const fuzz::Target& target = GetParam();
-  for (const std::string& seed : target.seeds()) {
+  for (const std::string& seed : SeedsOf(target)) {
     target.run(seed);
     // A third and a half of it: most damage is an early end.
     target.run(std::string_view(seed).substr(0, seed.size() / 3));

@@ -89,6 +89,7 @@ bool Cabinet::Open(const std::wstring& path) {
 bool Cabinet::IsCabinet(const std::wstring& path) {
   int file = -1;
   if (_wsopen_s(&file, path.c_str(), _O_BINARY | _O_RDONLY, _SH_DENYWR, 0) != 0) return false;
+  m_cabInfo = {};
   const BOOL isCabinet = m_pfnFDIIsCabinet(m_hfdi, file, &m_cabInfo);
   m_identity = platform::IdentityOf(reinterpret_cast<HANDLE>(_get_osfhandle(file)));
   m_bCut = _lseeki64(file, 0, SEEK_END) < LONGLONG{static_cast<DWORD>(m_cabInfo.cbCabinet)};
@@ -101,22 +102,31 @@ namespace {
 
 /// The callbacks for files carry no context of the caller's.
 thread_local Cabinet* m_pCurrent = nullptr;
+thread_local void* m_pCurrentUser = nullptr;
 
 /// A pass may be begun from the messages of another.
 class CurrentScope {
  public:
-  explicit CurrentScope(Cabinet& cabinet) : m_pOuter(std::exchange(m_pCurrent, &cabinet)) {}
-  ~CurrentScope() { m_pCurrent = m_pOuter; }
+  CurrentScope(Cabinet& cabinet, void* user)
+      : m_pOuter(std::exchange(m_pCurrent, &cabinet)),
+        m_pOuterUser(std::exchange(m_pCurrentUser, user)) {}
+  ~CurrentScope() {
+    m_pCurrent = m_pOuter;
+    m_pCurrentUser = m_pOuterUser;
+  }
   CurrentScope(const CurrentScope&) = delete;
   CurrentScope& operator=(const CurrentScope&) = delete;
 
  private:
   Cabinet* m_pOuter;
+  void* m_pOuterUser;
 };
 
 }  // namespace
 
 Cabinet* Cabinet::Current() { return m_pCurrent; }
+
+void* Cabinet::CurrentUser() { return m_pCurrentUser; }
 
 bool Cabinet::MayRead() { return frame::MayGoOnMeanwhile(m_state); }
 
@@ -155,7 +165,7 @@ bool Cabinet::CopyFrom(const std::wstring& path, int flags, PFNFDINOTIFY notify,
   const std::size_t nameStart = path.rfind(L'\\') + 1;
   std::string name = NarrowPath(std::wstring_view(path).substr(nameStart));
   std::string folder = NarrowPath(std::wstring_view(path).substr(0, nameStart));
-  const CurrentScope current(*this);
+  const CurrentScope current(*this, user);
   const BOOL isCopied =
       m_pfnFDICopy(m_hfdi, name.data(), folder.data(), flags, notify, nullptr, user);
   frame::ThrowKept(Thrown());
@@ -205,6 +215,7 @@ bool Cabinet::Scan(void* user) {
   m_items.RemoveAllItems();
   if (m_hfdi == nullptr) return false;
   m_items.Rewind();
+  frame::ForgetStop(m_state);
   m_items.SetUtf8Names(m_state.m_options.utf8Names);
   const bool isScanned = Copy(CCabUnpacker::FDICallback_Scan, user);
   m_scanProblem = isScanned ? morvunp::ItemReason::kNone : ReasonOfFailure();

@@ -54,6 +54,8 @@ class Cabinet {
   }
   /// The cabinet that is read on this thread; null when none is.
   static Cabinet* Current();
+  /// The one that its pass belongs to.
+  static void* CurrentUser();
   /// The file that is to be opened for this path of a cabinet.
   std::wstring FileOf(const std::wstring& path) const;
   /// False when the user interrupts while it is read.

@@ -51,6 +51,7 @@ bool CCabUnpacker::SetOptions(const morvunp::UnpackOptions& options) {
 // Opening and closing.
 
 bool CCabUnpacker::OpenArchive(const std::wstring& path) {
+  frame::ForgetStop(m_state);
   if (!m_pCabinet->Open(path)) return false;
   if (m_state.m_bKeepYesToAll == 0) m_state.m_iniYesToAll = {};
   return true;

@@ -12,8 +12,7 @@ namespace output = morvunp::output;
 
 namespace {
 
-/// The callbacks carry no context of the caller's: the write callback finds the
-/// unpacker here. It is called on the thread that asked for the file.
+/// The unpacker that wrote a file last.
 thread_local void* m_pThis = nullptr;
 
 constexpr UINT kFailed = static_cast<UINT>(-1);
@@ -59,7 +58,7 @@ UINT CCabUnpacker::FDIRead(INT_PTR file, void* buffer, UINT count) {
 // NOLINTNEXTLINE(readability-non-const-parameter): the interface's signature
 UINT CCabUnpacker::FDIWrite(INT_PTR, void* buffer, UINT count) {
   return frame::KeepException(cab::Cabinet::Thrown(), kFailed, [&] {
-    return static_cast<CCabUnpacker*>(GetThis())->OnWrite(buffer, count);
+    return static_cast<CCabUnpacker*>(cab::Cabinet::CurrentUser())->OnWrite(buffer, count);
   });
 }
 

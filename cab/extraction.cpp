@@ -76,7 +76,7 @@ void CCabUnpacker::BeginItem(const std::wstring& path) {
 bool CCabUnpacker::UnpackFile(const std::wstring& path, const std::wstring& target) {
   cab::Extraction& run = *m_pExtraction;
   run.m_nMode = cab::kFile;
-  if (!LocateFile(path)) return false;
+  if (!LocateFile(path) || frame::WasInterrupted(m_state)) return false;
   const cab::CCabItemInfo& item = *m_pCabinet->Items().Current();
   run.m_strWanted = path;
   run.m_nTotal = item.m_nSize;
@@ -111,6 +111,10 @@ bool CCabUnpacker::UnpackCurrentFile(const std::wstring& name, const std::wstrin
 bool CCabUnpacker::UnpackAt(const morvunp::OutputPlace& place) {
   cab::Extraction& run = *m_pExtraction;
   NoteSet();
+  if (frame::WasInterrupted(m_state)) {
+    return run.m_pRoot->Report().Tell(morvunp::ItemResult::kFailed,
+                                      morvunp::ItemReason::kInterrupted);
+  }
   if (!run.m_pRoot->Enter(place)) return false;
   if (run.m_pRoot->Decide() != output::Root::Answer::kWrite) return false;
   m_state.m_bStopRequest = 0;
@@ -133,9 +137,12 @@ bool CCabUnpacker::UnpackArchive(const std::wstring& target) {
 
 bool CCabUnpacker::UnpackItems(const std::wstring& target, const morvunp::ItemRouter& router) {
   // Items are told by their places in the list.
-  if (m_pCabinet->Items().size() == 0) FindFile();
-  m_pExtraction->m_pRouter = &router;
-  return RunOverItems(cab::kRouted, target);
+  FindFile();
+  if (frame::WasInterrupted(m_state)) return false;
+  const frame::Lent lent(m_pExtraction->m_pRouter, router);
+  const bool isAtEnd = RunOverItems(cab::kRouted, target);
+  m_pExtraction->m_nMode = cab::kFile;
+  return isAtEnd;
 }
 
 bool CCabUnpacker::RunOverItems(DWORD mode, const std::wstring& target) {
@@ -316,7 +323,7 @@ INT_PTR CCabUnpacker::OnCloseFile(const FDINOTIFICATION& notification) {
 
 /// The data of the file in hand cannot be had.
 INT_PTR CCabUnpacker::OnFileFailed(const FDINOTIFICATION& notification) {
-  if (m_state.m_bCancel != 0) return kAbort;
+  if (m_state.m_bCancel != 0 || cab::Cabinet::Thrown()) return kAbort;
   output::Root& root = *m_pExtraction->m_pRoot;
   const bool isMissing =
       notification.fdie == FDIERROR_CABINET_NOT_FOUND && !m_pCabinet->MissingCabinet().empty();
@@ -356,7 +363,9 @@ morvunp::Route CCabUnpacker::RouteOf(ULONGLONG position, const cab::CCabItemInfo
   const cab::Extraction& run = *m_pExtraction;
   const std::wstring path = PathOf(item);
   if (run.m_nMode == cab::kRouted) {
-    const morvunp::Route route = (*run.m_pRouter)({position, path, item.Size(), item.IsFolder()});
+    // A pass that was left by an exception.
+    if (run.m_pRouter == nullptr) return morvunp::Route::PassOver();
+    morvunp::Route route = (*run.m_pRouter)({position, path, item.Size(), item.IsFolder()});
     if (route.IsEnd()) run.m_pRoot->Report().SetEnd({});
     return route;
   }

@@ -54,19 +54,21 @@ bool MayGoOnMeanwhile(CUnpackState& state) {
   // A stop is to act within 0.2 s, and a look at the queue is to cost nothing.
   constexpr std::chrono::milliseconds kBetween{50};
   if (!state.m_options.pumpAlways) return true;
+  // The answer holds until the operation has ended.
+  if (state.m_bCancel != 0) return false;
   const auto now = std::chrono::steady_clock::now();
   if (now - state.m_lastPump < kBetween) return true;
   state.m_lastPump = now;
   return MayGoOn(state);
 }
 
-void BeginOpening(CUnpackState& state) {
+void ForgetStop(CUnpackState& state) {
   if (!state.m_options.pumpAlways) return;
   state.m_bCancel = 0;
   state.m_bStopRequest = 0;
 }
 
-bool WasOpeningInterrupted(const CUnpackState& state) {
+bool WasInterrupted(const CUnpackState& state) {
   return state.m_options.pumpAlways && state.m_bCancel != 0;
 }
 

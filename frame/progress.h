@@ -31,9 +31,10 @@ bool ReportBlock(CUnpackState& state, ULONGLONG done, ULONGLONG total);
 /// where the options ask for it. False when the user interrupts.
 bool MayGoOnMeanwhile(CUnpackState& state);
 
-/// Around the opening of an archive in which it may be so.
-void BeginOpening(CUnpackState& state);
-bool WasOpeningInterrupted(const CUnpackState& state);
+/// Before an operation in which it may be so: stops of earlier ones are over.
+void ForgetStop(CUnpackState& state);
+/// Behind one.
+bool WasInterrupted(const CUnpackState& state);
 
 /// Reports a written file or a created folder. `lastReport` is the class's
 /// string of this thread, to which the message points.

@@ -51,6 +51,7 @@ bool OutputFile::WriteBytes(std::span<const BYTE> bytes) {
 }
 
 CopyResult OutputFile::FailToRead() {
+  if (frame::WasInterrupted(m_state)) return CopyResult::kCancelled;
   m_root.Report().TellRefusal();
   return CopyResult::kFailed;
 }

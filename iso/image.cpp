@@ -49,11 +49,11 @@ bool Image::Open(const std::wstring& path) {
   if (path.empty()) return false;
   CheckIsoImage(path);
   if (m_bUDF) m_volumes.RemoveUDFAllItems();
-  frame::BeginOpening(m_state);
+  frame::ForgetStop(m_state);
   const bool opened = m_bISO9660 ? OpenISO9660(path) : m_bUDF && OpenUDF(path);
   if (!opened) return false;
   m_items.RemoveAllItems();
-  return Scan() && !frame::WasOpeningInterrupted(m_state);
+  return Scan() && !frame::WasInterrupted(m_state);
 }
 
 bool Image::Scan() {
@@ -147,7 +147,6 @@ bool Image::WriteItem(const CIsoItemInfo& item, output::Root& root, CUnpackState
     case CopyResult::kDone:
       break;
     case CopyResult::kFailed:
-      if (state.m_bCancel != 0) return Interrupt(root);
       root.Report().Tell(morvunp::ItemResult::kFailed, morvunp::ItemReason::kDamaged);
       root.Out().KeepBroken();
       return false;

@@ -49,6 +49,8 @@ class File {
   /// The data of the item in hand goes to a sink and not to the disk.
   void Attach(morvunp::ItemSink& sink) { m_pSink = &sink; }
   bool HasSink() const { return m_pSink != nullptr; }
+  /// What the item before was attached to is no longer meant.
+  void Detach();
 
   /// The data of the item in hand is text that is kept and makes no file: what a
   /// symbolic link says. No more is kept than shows that it is longer than this.
@@ -94,7 +96,6 @@ class File {
   bool MayStay(morvunp::BrokenFiles asFormat) const;
   void EndBroken(morvunp::BrokenFiles asFormat);
   bool TakeName();
-  void Detach();
   void Keep(const void* bytes, DWORD length);
   bool Hand(const void* bytes, DWORD length);
   bool HandZeros(ULONGLONG length);

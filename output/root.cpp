@@ -18,6 +18,8 @@ using morvunp::ItemResult;
 
 Root::~Root() {
   try {
+    // A folder may be about to lose the permission that this takes.
+    m_file.Remove();
     m_folderFacts.Settle(m_folders);
   } catch (const std::bad_alloc&) {
     // Not even memory for a path is left: the folders stay as they are.
@@ -25,6 +27,7 @@ Root::~Root() {
 }
 
 void Root::Begin(Item item) {
+  m_file.Detach();
   m_reporter.Begin(std::move(item));
   if (!m_budget.TakeItem()) m_reporter.TellLimit();
 }

@@ -24,6 +24,7 @@ template <class Record = void, class U, class RouteOf, class ItemOf, class Unpac
 bool UnpackByWalking(U& unpacker, CUnpackState& state, Root& root, RouteOf routeOf, ItemOf itemOf,
                      Unpack unpack) {
   state.m_bCancel = 0;
+  frame::ForgetStop(state);
   bool result = false;
   bool isEnded = false;
   using Info = std::conditional_t<std::is_void_v<Record>, typename U::ShortInfo, Record>;

@@ -120,6 +120,8 @@ class Walk {
   explicit Walk(const std::wstring& path) : m_file(path) { Begin(); }
 
   /// The file begins and ends as most whole archives do.
+  /// The volume says that no other follows it.
+  bool IsLastVolume() const;
   bool IsWhole() const { return m_first.kind == Block::kMain && HasUsualEnd(); }
 
   /// Bytes of the file where all behind the first block is encrypted, else 0.
@@ -181,6 +183,16 @@ void Walk::BeginBehindProgram() {
   m_first.kind = Block::kEnd;
 }
 
+bool Walk::IsLastVolume() const {
+  if (!IsWhole()) return false;
+  // An end block of the usual length of old archives names no next volume.
+  if (m_bOld) return true;
+  constexpr ULONGLONG kHasNext = 1;
+  const std::string end = m_file.Read(m_file.Size() - NewBlock::kEndLength, NewBlock::kEndLength);
+  const auto block = NewBlock::Decode(end);
+  return block && (Fields(block->rest).Number() & kHasNext) == 0;
+}
+
 bool Walk::HasUsualEnd() const {
   if (m_nOffset + NewBlock::kEndLength > m_file.Size()) return false;
   const std::string end = m_file.Read(m_file.Size() - NewBlock::kEndLength, NewBlock::kEndLength);
@@ -214,9 +226,20 @@ Gap Walk::FindEnd(ULONGLONG& begun) {
   return {};
 }
 
+/// What stands beside a set under the name of one more volume is none.
+std::vector<std::wstring> VolumesOfSet(const std::vector<std::wstring>& named) {
+  std::vector<std::wstring> volumes;
+  for (const std::wstring& path : named) {
+    volumes.push_back(path);
+    if (named.size() > 1 && Walk(path).IsLastVolume()) break;
+  }
+  return volumes;
+}
+
 }  // namespace
 
-Gap FindGap(const std::vector<std::wstring>& volumes) {
+Gap FindGap(const std::vector<std::wstring>& named) {
+  const std::vector<std::wstring> volumes = VolumesOfSet(named);
   const bool isWhole = std::all_of(volumes.begin(), volumes.end(),
                                    [](const auto& path) { return Walk(path).IsWhole(); });
   if (isWhole) return {};

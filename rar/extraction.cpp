@@ -198,9 +198,16 @@ void CRarUnpacker::Resume() {
   if (isOver || !m_hArchive->HasLostPlace() || m_pRun->resumed == kMostResumed) return;
   ++m_pRun->resumed;
   m_strMissingVolume.clear();
-  if (m_hArchive->Resume(m_strArchive, [this] { UsePassword(); })) {
-    m_nWalkProblem = ItemReason::kNone;
-  }
+  m_strVolumeAsked.clear();
+  m_bWalking = true;
+  const bool isResumed = m_hArchive->Resume(m_strArchive, [this] {
+    UsePassword();
+    m_hArchive->SetCallback(CallbackProc, reinterpret_cast<LPARAM>(this));
+  });
+  m_hArchive->ClearCallback();
+  m_bWalking = false;
+  frame::ThrowKept(m_pThrown);
+  if (isResumed) m_nWalkProblem = ItemReason::kNone;
 }
 
 bool CRarUnpacker::Write() {
@@ -445,7 +452,9 @@ int CRarUnpacker::CallbackProc(UINT message, LPARAM userData, LPARAM p1, LPARAM 
 int CRarUnpacker::OnCallback(UINT message, LPARAM p1, LPARAM p2) {
   switch (message) {
     case rar::kChangeVolume:
-      return p2 == rar::kVolumeMissing ? OnVolumeMissing(reinterpret_cast<char*>(p1)) : rar::kGoOn;
+      if (p2 == rar::kVolumeMissing) return OnVolumeMissing(reinterpret_cast<char*>(p1));
+      m_strVolumeAsked.clear();
+      return rar::kGoOn;
     case rar::kProcessData:
       return OnData(reinterpret_cast<const void*>(p1), static_cast<std::size_t>(p2));
     case rar::kNeedPassword:
@@ -475,19 +484,26 @@ int CRarUnpacker::OnData(const void* bytes, std::size_t length) {
 }
 
 /// `name` is the path at which the engine looks, and where it takes another one
-/// from. Each volume is asked for once.
+/// from. The host is asked once for each volume; one that the engine cannot use
+/// would be asked for again and again.
 int CRarUnpacker::OnVolumeMissing(char* name) {
   constexpr std::size_t kCapacity = 1024;
   const std::wstring path = platform::ToLibraryPath(name);
   const auto& ask = m_state.m_options.onMissingVolume;
-  const bool isNew = ask && m_volumesAsked.insert(path).second;
-  const auto answer = isNew ? ask(std::wstring(frame::NameOf(path))) : std::nullopt;
-  const std::string native = answer ? platform::ToNativePath(*answer) : std::string();
-  if (native.empty() || native.size() >= kCapacity) {
+  auto answer = m_volumeAnswers.find(path);
+  if (ask && answer == m_volumeAnswers.end()) {
+    const auto where = ask(std::wstring(frame::NameOf(path)));
+    const std::string native = where ? platform::ToNativePath(*where) : std::string();
+    answer = m_volumeAnswers.insert({path, native}).first;
+  }
+  const bool isKnown = answer != m_volumeAnswers.end() && !answer->second.empty() &&
+                       answer->second.size() < kCapacity && path != m_strVolumeAsked;
+  if (!isKnown) {
     m_strMissingVolume = path;
     return rar::kStop;
   }
-  std::copy_n(native.c_str(), native.size() + 1, name);
+  m_strVolumeAsked = path;
+  std::copy_n(answer->second.c_str(), answer->second.size() + 1, name);
   return rar::kGoOn;
 }
 

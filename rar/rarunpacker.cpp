@@ -80,7 +80,7 @@ bool CRarUnpacker::OpenArchive(const std::wstring& path) {
   m_bPasswordSet = 0;
   m_nLeastSize = 0;
   m_nWalkProblem = ItemReason::kNone;
-  m_volumesAsked.clear();
+  m_volumeAnswers.clear();
   const bool isOpen = m_hArchive->Open(path);
   m_nHeader = isOpen ? 0 : -1;
   const auto volumes = rar::PathsOfSet(path, isOpen && m_hArchive->IsVolume());
@@ -126,6 +126,7 @@ bool CRarUnpacker::FindFile() {
   m_nItems = 0;
   m_nLeastSize = 0;
   m_strMissingVolume.clear();
+  m_strVolumeAsked.clear();
   // What was just opened stands where a walk begins; opening it again would cost
   // the derivation of another key.
   const bool isFresh = m_hArchive->IsOpen() && m_hArchive->IsAtStart() && m_nHeader == 0 &&

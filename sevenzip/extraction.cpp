@@ -126,17 +126,22 @@ bool C7zUnpacker::RunExtract(const DWORD* indices, DWORD count,
   return m_state.m_bCancel == 0 && result == S_OK;
 }
 
+bool C7zUnpacker::IsEncrypted(DWORD index) const {
+  sevenzip::Property isEncrypted;
+  m_pEngine->Archive()->GetProperty(index, sevenzip::kpidEncrypted, isEncrypted.Receive());
+  return isEncrypted.IsTrue();
+}
+
 /// Without a password: what is encrypted is told, the rest comes out.
 HRESULT C7zUnpacker::ExtractPlainRest(sevenzip::C7zExtractCallback& callback) {
   callback.ForgetRefusal();
   std::vector<DWORD> plain;
   SEVENZIPFILEFULLINFO info;
-  sevenzip::Property isEncrypted;
+  m_bPlainOnly = true;
   for (m_nCurrent = m_nNext; m_nCurrent < m_nItemCount; ++m_nCurrent) {
     const bool isRead = GetFileFullInfo(info);
     if (!isRead || RouteInRun(info.strPath, frame::IsFolderItem(info)).IsPassOver()) continue;
-    m_pEngine->Archive()->GetProperty(m_nCurrent, sevenzip::kpidEncrypted, isEncrypted.Receive());
-    if (!isEncrypted.IsTrue()) {
+    if (!IsEncrypted(m_nCurrent)) {
       plain.push_back(m_nCurrent);
       continue;
     }
@@ -157,6 +162,7 @@ bool C7zUnpacker::TellRest(morvunp::RunReport end) {
     m_nCurrent = m_nNext++;
     const bool isRead = GetFileFullInfo(info);
     if (!isRead || RouteInRun(info.strPath, frame::IsFolderItem(info)).IsPassOver()) continue;
+    if (m_bPlainOnly && IsEncrypted(m_nCurrent)) continue;
     if (std::exchange(isAsked, false)) {
       BeginItem(info);
       m_pRoot->Report().Tell(morvunp::ItemResult::kFailed, end.reason);
@@ -164,7 +170,7 @@ bool C7zUnpacker::TellRest(morvunp::RunReport end) {
     }
     m_pRoot->Report().TellNotReached({m_nCurrent, info.strPath, info.nSize}, end.reason);
   }
-  if (!isCut) end.reason = GetWalkProblem();
+  if (!isCut && !m_bRouterEnded) end.reason = GetWalkProblem();
   return m_pRoot->TellEnd(end);
 }
 
@@ -190,6 +196,7 @@ bool C7zUnpacker::UnpackArchive(const std::wstring& target) {
 bool C7zUnpacker::UnpackItems(const std::wstring& target, const morvunp::ItemRouter& router) {
   m_nMode = kRoutedRun;
   m_routes.clear();
+  m_bRouterEnded = false;
   std::vector<DWORD> indices;
   // Before it begins the engine wants to know all items that are wanted.
   FindItem([&](const SEVENZIPFILESHORTINFO& info) {
@@ -198,6 +205,7 @@ bool C7zUnpacker::UnpackItems(const std::wstring& target, const morvunp::ItemRou
     const bool isFolder = frame::IsFolderItem(info);
     const morvunp::Route route =
         router({m_nCurrent, info.strPath, isFolder ? 0 : size.Number64(), isFolder});
+    m_bRouterEnded = route.IsEnd();
     if (route.IsEnd() || route.IsPassOver()) return route.IsEnd();
     m_routes.emplace_back(m_nCurrent, route);
     indices.push_back(m_nCurrent);
@@ -205,6 +213,7 @@ bool C7zUnpacker::UnpackItems(const std::wstring& target, const morvunp::ItemRou
   });
   const bool isAtEnd = RunOverItems(indices.data(), static_cast<DWORD>(indices.size()), target);
   m_routes = {};
+  m_bRouterEnded = false;
   return isAtEnd;
 }
 
@@ -212,6 +221,7 @@ bool C7zUnpacker::RunOverItems(const DWORD* indices, DWORD count, const std::wst
   m_state.m_bCancel = 0;
   m_state.m_bStopRequest = 0;
   m_bReplaceCancelled = 0;
+  m_bPlainOnly = false;
   m_strTarget = target;
   m_nNext = 0;
   if (m_pEngine->Archive() == nullptr) return false;

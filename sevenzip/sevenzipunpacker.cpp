@@ -73,6 +73,7 @@ bool C7zUnpacker::SetOptions(const morvunp::UnpackOptions& options) {
 bool C7zUnpacker::OpenArchive(const std::wstring& path) {
   m_bHasCurrent = false;
   m_nOpenProblem = ItemReason::kNone;
+  frame::ForgetStop(m_state);
   if (!m_pEngine->CreateArchive(path)) return false;
   const auto stream = sevenzip::Create<sevenzip::CInFileStream>(m_state);
   if (!stream->Open(path)) return false;
@@ -84,6 +85,7 @@ bool C7zUnpacker::OpenArchive(const std::wstring& path) {
 bool C7zUnpacker::OpenMultiVolumeArchive(const std::wstring& firstVolume) {
   m_bHasCurrent = false;
   m_nOpenProblem = ItemReason::kNone;
+  frame::ForgetStop(m_state);
   if (!m_pEngine->CreateArchive(firstVolume)) return false;
   const auto split = sevenzip::Create<NArchive::NSplit::CHandler>();
   const auto callback = sevenzip::Create<sevenzip::C7zmvOpenCallback>(m_state);

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <stdexcept>
 
 #include "support/bytes.h"
 #include "support/cabbuilder.h"
@@ -188,6 +189,36 @@ TEST_F(CabOptions, GoesOnBehindADamagedFolder) {
     EXPECT_TRUE(Out(name) == expected.at(name)) << name;
   }
   EXPECT_THAT(ends.back(), Pair(ItemReason::kNone, L""));
+}
+
+/// A message that comes while the cabinet is read may throw.
+TEST_F(CabOptions, EndsWhereTheHostThrows) {
+  CabBuilder builder;
+  builder.Add(CabMethod::kStored, {{"a", Pattern(3'000'000)}, {"b", "b"}});
+  ASSERT_TRUE(OpenBytes(builder.Build()) && unpacker.FindFile());
+  Set({});
+  ASSERT_TRUE(unpacker.SetOptions({.goOn = true, .pumpAlways = true}));
+  Listen();
+  host.onProgress = [this] {
+    if (!host.progressMessages.back().name.empty()) return;
+    host.onProgress = nullptr;
+    throw std::runtime_error("host");
+  };
+  EXPECT_THROW(Unpack(), std::runtime_error);
+  EXPECT_THAT(Names(), IsEmpty());
+  EXPECT_LE(told.size(), 1U) << "nothing behind it is begun";
+}
+
+TEST_F(CabOptions, TakesNoListOfAnotherCabinet) {
+  ASSERT_TRUE(OpenBytes(CabBuilder().Add(CabMethod::kStored, {{"1", "1"}, {"2", "2"}}).Build()));
+  ASSERT_TRUE(unpacker.FindFile());
+  ASSERT_TRUE(OpenBytes(CabBuilder().Add(CabMethod::kStored, {{"only", "x"}}).Build()));
+  std::vector<std::wstring> asked;
+  EXPECT_TRUE(unpacker.UnpackItems({}, [&](const RoutedItem& item) {
+    asked.emplace_back(item.path);
+    return Route::PassOver();
+  }));
+  EXPECT_THAT(asked, ElementsAre(L"only"));
 }
 
 TEST_F(CabOptions, GoesOnWhereAFileCannotBeCreated) {

@@ -217,6 +217,8 @@ TYPED_TEST(Router, StopsWhileItOpens) {
   EXPECT_FALSE(this->Open() && this->unpacker.FindFile());
   EXPECT_EQ(this->host.messageBoxes.size(), 1U);
   EXPECT_TRUE(this->Open() && this->unpacker.FindFile());
+  EXPECT_TRUE(this->Pass([](const RoutedItem&) { return Route::PassOver(); }));
+  EXPECT_EQ(this->host.messageBoxes.size(), 1U) << "one stop, one question";
 }
 
 TYPED_TEST(Router, LetsExceptionsOfSinksThrough) {

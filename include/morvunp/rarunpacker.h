@@ -2,9 +2,9 @@
 #pragma once
 
 #include <exception>
+#include <map>
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -264,8 +264,11 @@ class MORVUNP_API CRarUnpacker {
   morvunp::ItemReason m_nWalkProblem = morvunp::ItemReason::kNone;
   /// The engine is at work for the walk and not for an item.
   bool m_bWalking = false;
-  /// Where volumes were missed.
-  std::set<std::wstring> m_volumesAsked;
+  /// Where the host said that volumes are which were missed; empty where it does
+  /// not know.
+  std::map<std::wstring, std::string> m_volumeAnswers;
+  /// The engine asked for this one last and has not opened it since.
+  std::wstring m_strVolumeAsked;
   morvunp::rar::Gap m_gap;
   BYTE m_bCountsOnce = 0;
   /// Bytes that the archive has at least, from what the walk has come to.

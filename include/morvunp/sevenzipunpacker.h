@@ -201,6 +201,7 @@ class MORVUNP_API C7zUnpacker {
   bool ProcessItem(DWORD index);
   bool RunExtract(const DWORD* indices, DWORD count,
                   morvunp::sevenzip::C7zExtractCallback& callback);
+  bool IsEncrypted(DWORD index) const;
   HRESULT ExtractPlainRest(morvunp::sevenzip::C7zExtractCallback& callback);
   bool RunOverItems(const DWORD* indices, DWORD count, const std::wstring& target);
   std::optional<morvunp::OutputPlace> PlaceInRun(const std::wstring& path, bool isFolder) const;
@@ -212,6 +213,10 @@ class MORVUNP_API C7zUnpacker {
   morvunp::output::Root* m_pRoot = nullptr;
   /// Of a routed run: what is wanted, by rising place in the walk.
   std::vector<std::pair<DWORD, morvunp::Route>> m_routes;
+  /// The router wanted no more behind these.
+  bool m_bRouterEnded = false;
+  /// Encrypted items were told to lack a password.
+  bool m_bPlainOnly = false;
   /// The first item that the run in hand has not come to.
   DWORD m_nNext = 0;
   /// The item in hand cannot be decoded without a password.

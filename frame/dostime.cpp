@@ -3,7 +3,6 @@
 #include "morvunp/dostime.h"
 
 namespace frame = morvunp::frame;
-namespace platform = morvunp::platform;
 
 std::optional<__time64_t> morvunp::TimeOfDosDateTime(DWORD dateTime) {
   FILETIME local;

@@ -5,9 +5,6 @@
 #include "frame/itempath.h"
 #include "morvunp/outputplace.h"
 
-namespace frame = morvunp::frame;
-namespace output = morvunp::output;
-
 namespace morvunp::output {
 namespace {
 

@@ -4,7 +4,6 @@
 #include "output/root.h"
 
 namespace frame = morvunp::frame;
-namespace output = morvunp::output;
 
 namespace {
 

@@ -124,7 +124,8 @@ HRESULT C7zExtractCallback::ReadProperties(DWORD index) {
 
   result = ReadAs(VT_BOOL, index, kpidIsDir, value);
   if (result != S_OK) return result;
-  m_bIsDir = value.IsTrue();
+  const bool isInRun = m_pUnpacker->m_nMode != C7zUnpacker::kSingleItem;
+  m_bIsDir = value.IsTrue() || (isInRun && m_pUnpacker->m_bFolderInHand);
 
   result = ReadAs(VT_FILETIME, index, kpidMTime, value);
   if (result != S_OK) return result;

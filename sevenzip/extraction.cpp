@@ -222,6 +222,7 @@ bool C7zUnpacker::RunOverItems(const DWORD* indices, DWORD count, const std::wst
   m_state.m_bStopRequest = 0;
   m_bReplaceCancelled = 0;
   m_bPlainOnly = false;
+  m_bFolderInHand = false;
   m_strTarget = target;
   m_nNext = 0;
   if (m_pEngine->Archive() == nullptr) return false;
@@ -260,6 +261,7 @@ bool C7zUnpacker::ProcessItem(DWORD index) {
   SEVENZIPFILEFULLINFO info;
   if (!GetFileFullInfo(info)) return false;
   const bool isFolder = frame::IsFolderItem(info);
+  m_bFolderInHand = isFolder;
   const morvunp::Route route = RouteInRun(info.strPath, isFolder);
   if (route.IsPassOver()) return false;
   BeginItem(info);

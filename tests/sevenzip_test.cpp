@@ -4,12 +4,14 @@
 #include <gmock/gmock.h>
 #include <sys/file.h>
 #include <unistd.h>
+#include <zlib.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 
 #include "sevenzip/volumesequence.h"
+#include "support/bytes.h"
 #include "support/command.h"
 #include "support/rooms.h"
 #include "support/unpacktest.h"
@@ -104,6 +106,36 @@ TEST_F(SevenZip, AnswersNothingWithoutAnArchive) {
   EXPECT_FALSE(unpacker.GetFileShortInfo(info));
   C7zUnpacker copy(unpacker);
   EXPECT_FALSE(copy.FindFile()) << "a copy has no archive";
+}
+
+/// As some writers mark folders; this one has data all the same.
+TEST_F(SevenZip, WritesNothingOfAFolderIntoTheFileBeforeIt) {
+  Put("a", "first");
+  Put("bX", "second");
+  Make("-mx0 -mhc=off");
+  std::string bytes = ReadFile(folder.Path("x.7z"));
+  const std::size_t name = bytes.find(std::string("b\0X\0", 4));
+  ASSERT_NE(name, bytes.npos);
+  bytes[name + 2] = '/';
+  const auto number = [&](std::size_t at) {
+    return static_cast<unsigned char>(bytes[at]) | static_cast<unsigned char>(bytes[at + 1]) << 8;
+  };
+  const auto putSum = [&](std::size_t at, std::size_t from, std::size_t length) {
+    const auto* start = reinterpret_cast<const Bytef*>(bytes.data() + from);
+    const std::string sum = testsupport::Little(crc32(0, start, static_cast<uInt>(length)), 4);
+    bytes.replace(at, 4, sum);
+  };
+  const auto offset = static_cast<std::size_t>(number(12));
+  putSum(28, 32 + offset, static_cast<std::size_t>(number(20)));
+  putSum(8, 12, 20);
+  ASSERT_TRUE(OpenBytes(bytes));
+  Set({});
+  EXPECT_TRUE(Unpack());
+  EXPECT_THAT(Names(), ElementsAre("a", "b/"));
+  EXPECT_EQ(Out("a"), "first");
+  WriteFile(folder.Path("out/a"), "existing");
+  EXPECT_TRUE(Unpack());
+  EXPECT_EQ(Out("a"), "first");
 }
 
 TEST_F(SevenZip, GoesOnWhereAFileCannotBeCreated) {

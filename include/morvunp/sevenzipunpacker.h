@@ -213,6 +213,8 @@ class MORVUNP_API C7zUnpacker {
   morvunp::output::Root* m_pRoot = nullptr;
   /// Of a routed run: what is wanted, by rising place in the walk.
   std::vector<std::pair<DWORD, morvunp::Route>> m_routes;
+  /// The item in hand is a folder, if only by the separator behind its name.
+  bool m_bFolderInHand = false;
   /// The router wanted no more behind these.
   bool m_bRouterEnded = false;
   /// Encrypted items were told to lack a password.
